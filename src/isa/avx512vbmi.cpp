@@ -1,0 +1,7 @@
+#include "block/avx512.hpp"
+#include "isa/tables.hpp"
+#include "isa/unit.hpp"
+
+namespace kro {
+const Kernels avx512vbmiKernels = kernelsOf<Avx512<true>>("avx512vbmi");
+}

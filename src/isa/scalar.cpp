@@ -1,0 +1,7 @@
+#include "block/cell.hpp"
+#include "isa/tables.hpp"
+#include "isa/unit.hpp"
+
+namespace kro {
+const Kernels scalarKernels = kernelsOf<Cell>("scalar");
+}
