@@ -46,7 +46,7 @@ struct Avx2 {
     }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
-        return _mm256_srai_epi16(a, n);
+        return n == 0 ? a : _mm256_srai_epi16(a, n);
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {

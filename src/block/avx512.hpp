@@ -63,7 +63,7 @@ struct Avx512 {
     }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
-        return _mm512_srai_epi16(a, n);
+        return n == 0 ? a : _mm512_srai_epi16(a, n);
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {

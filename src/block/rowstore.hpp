@@ -117,7 +117,7 @@ KRO_INLINE void put(const RowTarget& row, B block, const P& pixels) {
     if constexpr (kind == Output::mono) {
         V::store(row.own + x, lumaOf<V>(row, pixels));
     } else {
-        const auto own = bytesOf<V>(pixels.own), green = bytesOf<V>(pixels.green), other = bytesOf<V>(pixels.other);
+        const auto [own, green, other] = channelBytes<V>(pixels);
         if constexpr (kind == Output::planar) {
             V::store(row.own + x, own);
             V::store(row.green + x, green);

@@ -50,7 +50,7 @@ struct Ssse3 {
     }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
-        return _mm_srai_epi16(a, n);
+        return n == 0 ? a : _mm_srai_epi16(a, n);
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {

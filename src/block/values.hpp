@@ -103,6 +103,16 @@ KRO_INLINE Pixels<OwnColour, Green, OtherColour> makePixels(OwnColour own, Green
     return {own, green, other};
 }
 
+// The three channels as bytes in column order.
+template <class V>
+struct Channels {
+    typename V::Bytes own, green, other;
+};
+template <class V, class A, class B, class C>
+KRO_INLINE Channels<V> channelBytes(const Pixels<A, B, C>& pixels) {
+    return {bytesOf<V>(pixels.own), bytesOf<V>(pixels.green), bytesOf<V>(pixels.other)};
+}
+
 // Orders the values at colour sites and at green sites by column parity.
 template <bool colourOdd, class Colour, class Green>
 KRO_INLINE auto sites(Colour atColour, Green atGreen) {

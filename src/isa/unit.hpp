@@ -5,6 +5,7 @@
 #include "KRODemosaicingFuncs/expansion.hpp"
 #include "KRODemosaicingFuncs/reduction.hpp"
 #include "demosaicingBilinear/bilinear.hpp"
+#include "demosaicingEdge/edge.hpp"
 #include "demosaicingNearest/nearest.hpp"
 #include "isa/kernels.hpp"
 #include "isa/pending.hpp"
@@ -27,7 +28,8 @@ constexpr Kernels kernelsOf(const char* name) {
           Nearest<V, Output::mono>::frame},
          {Bilinear<V, Output::bgr>::frame, Bilinear<V, Output::bgra>::frame, Bilinear<V, Output::planar>::frame,
           Bilinear<V, Output::mono>::frame},
-         {nullptr, nullptr, nullptr, nullptr}},
+         {Edge<V, Output::bgr>::frame, Edge<V, Output::bgra>::frame, Edge<V, Output::planar>::frame,
+          Edge<V, Output::mono>::frame}},
         reduceRun<V>,
         E::monoToBgr,
         E::monoToBgra,
