@@ -139,5 +139,146 @@ private:
     }
 };
 
+// Rows handed over one by one: a band whose last row is the mosaic's last where the band has 4 or 5 rows.
+struct Band {
+    const uint8_t* const* rows;
+    int32_t height;
+
+    KRO_INLINE const uint8_t* operator[](int32_t y) const { return rows[mirrored(y, height)]; }
+};
+constexpr int32_t stepBand = 6;
+
+// The row-pair step (band of 6 rows, completes rows 1 and 2) and the bottom kernels (bands of 4 and 5, complete all rows
+// from 1 on). `greenRow` holds the greens of row 0 at even columns and of row 1 at odd columns; the step leaves those of
+// rows 2 and 3 in it. `target` addresses row 2 of the band.
+template <class V, Output kind>
+struct EdgeBand {
+    using Strip = EdgeStrip<V, kind, Band>;
+    static constexpr bool hasGreenBytes = kind == Output::bgr || kind == Output::bgra;
+
+    static int32_t run(const uint8_t* const* rows, int32_t height, int32_t width, Target target, uint8_t* greenRow) {
+        const bool step = height == stepBand;
+        const Band source{rows, height};
+        uint8_t* const row3 = target.plane[0] + static_cast<ptrdiff_t>(width) * pixelBytes(kind);
+        for (uint8_t*& plane : target.plane) {
+            plane -= plane == nullptr ? 0 : 2 * static_cast<ptrdiff_t>(width) * pixelBytes(kind);
+        }
+        uint8_t carried[2] = {0, 0};  // greens left of the strip, overwritten by the strip before
+        for (int32_t x = 0; x < width;) {
+            const int32_t end = Edge<V, kind>::stripEnd(x, width);
+            Strip strip{source, height, width, phaseRG, target, {x, end}, {1, step ? 3 : 0}, {}};
+            strip.differences.startAt(x);
+            fromGreenRow(strip, greenRow, carried);
+            strip.green(2);
+            strip.green(3);
+            strip.colour(1);
+            strip.colour(2);
+            if (step) {
+                carried[0] = greenRow[end - 2];
+                carried[1] = greenRow[end - 1];
+                toGreenRow(strip, greenRow);
+            } else {
+                bottomRows(strip);
+            }
+            x = end;
+        }
+        if (step && hasGreenBytes) {
+            putGreenBytes(rows[3], greenRow, width, row3);
+        }
+        return 0;
+    }
+
+private:
+    static void bottomRows(Strip& strip) {
+        if (strip.height == 5) {
+            strip.green(4);
+        }
+        for (int32_t y = 3; y < strip.height; ++y) {
+            strip.colour(y);
+        }
+    }
+    static void fromGreenRow(Strip& strip, const uint8_t* greenRow, const uint8_t (&carried)[2]) {
+        const Columns made = strip.greenColumns();
+        for (int32_t x = made.begin; x < made.end; ++x) {
+            const int32_t y = x & 1;
+            const int32_t green = x < strip.columns.begin ? carried[y] : greenRow[x];
+            *strip.differences.at(y, x) = static_cast<int16_t>(strip.source[y][x] - green);
+        }
+        strip.differences.mirrorSides(0, made, false, strip.width);
+        strip.differences.mirrorSides(1, made, true, strip.width);
+    }
+    static void toGreenRow(const Strip& strip, uint8_t* greenRow) {
+        for (int32_t x = strip.columns.begin; x < strip.columns.end; ++x) {
+            const int32_t y = 2 + (x & 1);
+            greenRow[x] = static_cast<uint8_t>(strip.source[y][x] - *strip.differences.at(y, x));
+        }
+    }
+    // Greens of row 3 stand in the output already where the step does not work in blocks of 16: in columns 0 and 1 and
+    // from the first column after the blocks.
+    static void putGreenBytes(const uint8_t* samples, const uint8_t* greenRow, int32_t width, uint8_t* row) {
+        const int32_t afterBlocks = width < 20 ? 2 : 18 + ((width - 20) & ~15);
+        for (int32_t x = 0; x < width; x = x == 1 ? afterBlocks : x + 1) {
+            row[static_cast<ptrdiff_t>(x) * pixelBytes(kind) + 1] = x % 2 != 0 ? greenRow[x] : samples[x];
+        }
+    }
+};
+
+// Exported routines.
+template <class V>
+struct EdgeKernels {
+    template <Output kind>
+    static int32_t frame(const uint8_t* source, int32_t height, int32_t width, Phase phase, const Target& target) {
+        Edge<V, kind>::frame({plainSource(source), height, width, phase, target});
+        return 0;
+    }
+    static Target ordered(uint8_t* destination, uint32_t swap) { return interleavedTarget(destination, swap != 0); }
+    static Target grey(uint8_t* destination, uint32_t swap) {
+        return swap == 0 ? greyTarget(destination, {77, 150, 29}) : greyTarget(destination, {29, 150, 77});
+    }
+
+#define KRO_FRAMES(first, phase)                                                                                  \
+    static int32_t first##ToBgr8_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination, \
+                                      uint32_t swap) {                                                            \
+        return frame<Output::bgr>(source, height, width, phase, ordered(destination, swap));                      \
+    }                                                                                                             \
+    static int32_t first##ToBgra8_edge(const uint8_t* source, int32_t height, int32_t width,                      \
+                                       uint8_t* destination, uint32_t swap) {                                     \
+        return frame<Output::bgra>(source, height, width, phase, ordered(destination, swap));                     \
+    }                                                                                                             \
+    static int32_t first##ToBgr8P_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* red,        \
+                                       uint8_t* green, uint8_t* blue, uint8_t*) {                                 \
+        return frame<Output::planar>(source, height, width, phase, planarTarget(red, green, blue));               \
+    }                                                                                                             \
+    static int32_t first##ToMono8_edge(const uint8_t* source, int32_t height, int32_t width,                      \
+                                       uint8_t* destination, uint32_t swap, uint8_t*) {                           \
+        return frame<Output::mono>(source, height, width, phase, grey(destination, swap));                        \
+    }
+    KRO_FRAMES(rg8, phaseRG)
+    KRO_FRAMES(gb8, phaseGB)
+#undef KRO_FRAMES
+
+#define KRO_BANDS(name, height)                                                                                   \
+    static int32_t rg8ToBgr8_edge_##name(const uint8_t* const* band, int32_t width, uint8_t* output,              \
+                                         uint8_t* greenRow, uint32_t swap) {                                      \
+        return EdgeBand<V, Output::bgr>::run(band, height, width, ordered(output, swap), greenRow);               \
+    }                                                                                                             \
+    static int32_t rg8ToBgra8_edge_##name(const uint8_t* const* band, int32_t width, uint8_t* output,             \
+                                          uint8_t* greenRow, uint32_t swap) {                                     \
+        return EdgeBand<V, Output::bgra>::run(band, height, width, ordered(output, swap), greenRow);              \
+    }                                                                                                             \
+    static int32_t rg8ToBgr8P_edge_##name(const uint8_t* const* band, int32_t width, uint8_t* red,                \
+                                          uint8_t* green, uint8_t* blue, uint8_t* greenRow) {                     \
+        return EdgeBand<V, Output::planar>::run(band, height, width, planarTarget(red, green, blue), greenRow);   \
+    }                                                                                                             \
+    static int32_t rg8ToMono8_edge_##name(const uint8_t* const* band, int32_t width, uint8_t* output,             \
+                                          uint8_t* greenRow, uint32_t swap) {                                     \
+        return EdgeBand<V, Output::mono>::run(band, height, width, grey(output, swap), greenRow);                 \
+    }
+    KRO_BANDS(body, stepBand)
+    KRO_BANDS(last2Rows, 4)
+    KRO_BANDS(last3Rows, 5)
+#undef KRO_BANDS
+};
+
 }  // namespace
 }  // namespace kro

@@ -7,26 +7,6 @@ namespace kro {
 namespace {
 
 struct PendingKernels {
-    static constexpr decltype(&::rg8ToBgr8_edge) rg8ToBgr8_edge = nullptr;
-    static constexpr decltype(&::gb8ToBgr8_edge) gb8ToBgr8_edge = nullptr;
-    static constexpr decltype(&::rg8ToBgra8_edge) rg8ToBgra8_edge = nullptr;
-    static constexpr decltype(&::gb8ToBgra8_edge) gb8ToBgra8_edge = nullptr;
-    static constexpr decltype(&::rg8ToBgr8P_edge) rg8ToBgr8P_edge = nullptr;
-    static constexpr decltype(&::gb8ToBgr8P_edge) gb8ToBgr8P_edge = nullptr;
-    static constexpr decltype(&::rg8ToMono8_edge) rg8ToMono8_edge = nullptr;
-    static constexpr decltype(&::gb8ToMono8_edge) gb8ToMono8_edge = nullptr;
-    static constexpr decltype(&::rg8ToBgr8_edge_body) rg8ToBgr8_edge_body = nullptr;
-    static constexpr decltype(&::rg8ToBgra8_edge_body) rg8ToBgra8_edge_body = nullptr;
-    static constexpr decltype(&::rg8ToBgr8P_edge_body) rg8ToBgr8P_edge_body = nullptr;
-    static constexpr decltype(&::rg8ToMono8_edge_body) rg8ToMono8_edge_body = nullptr;
-    static constexpr decltype(&::rg8ToBgr8_edge_last2Rows) rg8ToBgr8_edge_last2Rows = nullptr;
-    static constexpr decltype(&::rg8ToBgra8_edge_last2Rows) rg8ToBgra8_edge_last2Rows = nullptr;
-    static constexpr decltype(&::rg8ToBgr8P_edge_last2Rows) rg8ToBgr8P_edge_last2Rows = nullptr;
-    static constexpr decltype(&::rg8ToMono8_edge_last2Rows) rg8ToMono8_edge_last2Rows = nullptr;
-    static constexpr decltype(&::rg8ToBgr8_edge_last3Rows) rg8ToBgr8_edge_last3Rows = nullptr;
-    static constexpr decltype(&::rg8ToBgra8_edge_last3Rows) rg8ToBgra8_edge_last3Rows = nullptr;
-    static constexpr decltype(&::rg8ToBgr8P_edge_last3Rows) rg8ToBgr8P_edge_last3Rows = nullptr;
-    static constexpr decltype(&::rg8ToMono8_edge_last3Rows) rg8ToMono8_edge_last3Rows = nullptr;
     static constexpr decltype(&::demosaicingBilinearRGGBU16) demosaicingBilinearRGGBU16 = nullptr;
     static constexpr decltype(&::demosaicingBilinearRGGBU16P) demosaicingBilinearRGGBU16P = nullptr;
     static constexpr decltype(&::bilinearFirstRowsRGGBU16) bilinearFirstRowsRGGBU16 = nullptr;

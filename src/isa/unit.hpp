@@ -14,7 +14,7 @@ namespace kro {
 namespace {
 
 template <class V>
-struct Entries : ReductionKernels<V>, ExpansionKernels<V>, NearestKernels<V>, BilinearKernels<V>, PendingKernels {};
+struct Entries : ReductionKernels<V>, ExpansionKernels<V>, NearestKernels<V>, BilinearKernels<V>, EdgeKernels<V>, PendingKernels {};
 
 template <class V>
 constexpr Kernels kernelsOf(const char* name) {
