@@ -1,0 +1,271 @@
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <regex>
+
+#include "cases.hpp"
+#include "instructions.hpp"
+#include "marks.hpp"
+#include "peers.hpp"
+#include "race.hpp"
+#include "report.hpp"
+#include "stream.hpp"
+#include "table.hpp"
+
+namespace bench {
+namespace {
+
+constexpr const char* examples = R"(
+Examples:
+  kro-bench                                          every kernel at 1280x960 and 1920x1080
+  kro-bench --filter 'bilinear/.*BGR8$' --isa avx2   some of them
+  kro-bench --sizes all --json all.json              every size, for later
+  kro-bench --sizes 1280x960,1280x960+1 --together   aligned rows and rows at odd addresses in the same rounds
+  kro-bench --marks                                  the marks and what is reached
+  kro-bench --consumer --bypass --sizes 4096x3000    with a reader of the picture, and stores past the cache
+  kro-bench --instructions                           instructions per pixel instead of time, as CSV
+)";
+
+constexpr const char* allSizes =
+    "64x64,640x480,1280x960,1279x960,1280x960+1,1920x1080,1921x1080,1920x1080+1,2448x2048,4096x3000";
+
+struct Options {
+    std::string filter = ".";
+    std::string isa;
+    std::string sizes = "1280x960,1920x1080";
+    std::string jsonFile, csvFile;
+    std::vector<std::string> modules;
+    int rounds = 31;
+    int core = 0;
+    bool together = false, consumer = false, bypass = false, noPeers = false;
+    bool list = false, marks = false, instructions = false;
+};
+
+std::vector<Shape> shapesFrom(const std::string& text) {
+    std::vector<Shape> shapes;
+    std::istringstream names(text == "all" ? allSizes : text);
+    for (std::string name; std::getline(names, name, ',');) {
+        shapes.push_back(shapeFrom(name));
+    }
+    return shapes;
+}
+
+// Whatever the benchmark writes to: a file, or standard output for "-".
+void writeTo(const std::string& name, const std::function<void(std::ostream&)>& write) {
+    if (name == "-") {
+        write(std::cout);
+        return;
+    }
+    std::ofstream file(name);
+    write(file);
+    if (!file.flush()) {
+        throw std::runtime_error("cannot write " + name);
+    }
+}
+
+class Benchmark {
+public:
+    explicit Benchmark(const Options& options)
+        : options_(options), filter_(options.filter), tables_(ownTables()), facts_{options.rounds, options.core,
+                                                                                   options.consumer} {
+        if (!options.modules.empty()) {
+            tables_.clear();  // two builds are compared with each other
+        }
+        for (const std::string& module : options.modules) {
+            const std::vector<Table> more = tablesOfModule(module);
+            tables_.insert(tables_.end(), more.begin(), more.end());
+        }
+        const auto unwanted = [&](const Table& t) { return !options.isa.empty() && t.instructionSet != options.isa; };
+        tables_.erase(std::remove_if(tables_.begin(), tables_.end(), unwanted), tables_.end());
+        if (tables_.empty()) {
+            throw std::runtime_error("this processor has no instruction set " + options.isa);
+        }
+    }
+
+    void list() const {
+        for (const Case& each : wantedCases()) {
+            std::cout << each.name << ":";
+            const Frame frame({16, 16, false}, each.samples, each.outputBytesPerPixel);
+            for (const Table& table : tables_) {
+                std::cout << (each.bind(table, frame) ? " " : " missing:") << table.label();
+            }
+            for (const Peer& peer : allPeers()) {
+                std::cout << (peer.caseName == each.name ? "; " + peer.name : "");
+            }
+            std::cout << "\n";
+        }
+    }
+
+    void countInstructions() const {
+        const Shape shape{640, 32, false};
+        std::cout << "case,isa,instructions_per_pixel\n";
+        for (const Case& each : wantedCases()) {
+            const Frame frame(shape, each.samples, each.outputBytesPerPixel);
+            for (const Table& table : tables_) {
+                if (const Work work = each.bind(table, frame)) {
+                    std::printf("%s,%s,%.4f\n", each.name.c_str(), table.label().c_str(),
+                                static_cast<double>(instructionsOf(work)) / static_cast<double>(frame.pixels()));
+                    std::fflush(stdout);
+                }
+            }
+        }
+    }
+
+    void run() {
+        pinToCore(options_.core);
+        const std::vector<Shape> shapes = options_.marks ? shapesForMarks() : shapesFrom(options_.sizes);
+        const bool quiet = options_.jsonFile == "-" || options_.csvFile == "-" || options_.marks;
+        if (!quiet || options_.marks) {
+            printHeading(std::cout, facts_);
+        }
+        for (const Case& each : wantedCases()) {
+            for (const std::vector<Shape>& group : groupsOf(shapes)) {
+                const std::vector<Result> results = measure(each, group);
+                results_.insert(results_.end(), results.begin(), results.end());
+                if (!quiet) {
+                    printTable(std::cout, results);
+                }
+            }
+        }
+        if (options_.marks) {
+            printMarks(std::cout, results_);
+        }
+        write();
+    }
+
+private:
+    std::vector<Case> wantedCases() const {
+        std::vector<Case> cases;
+        for (const Case& each : allCases()) {
+            if (std::regex_search(each.name, filter_) && (!options_.marks || hasMarks(each.name))) {
+                cases.push_back(each);
+            }
+        }
+        if (cases.empty()) {
+            throw std::runtime_error("no case matches " + options_.filter + " (see --list)");
+        }
+        return cases;
+    }
+
+    // Sizes of one group take their turns in the same rounds.
+    std::vector<std::vector<Shape>> groupsOf(const std::vector<Shape>& shapes) const {
+        if (options_.together || options_.marks) {
+            return {shapes};
+        }
+        std::vector<std::vector<Shape>> groups;
+        for (const Shape& shape : shapes) {
+            groups.push_back({shape});
+        }
+        return groups;
+    }
+
+    std::vector<Result> measure(const Case& each, const std::vector<Shape>& shapes) const {
+        std::vector<std::unique_ptr<Frame>> frames;
+        std::vector<Contestant> contestants;
+        for (const Shape& shape : shapes) {
+            frames.push_back(std::make_unique<Frame>(shape, each.samples, each.outputBytesPerPixel));
+            enter(each, *frames.back(), frames.size() - 1, contestants);
+        }
+        race(contestants, options_.rounds);
+        return resultsOf(each.name, shapes, contestants);
+    }
+
+    void enter(const Case& each, const Frame& frame, size_t shape, std::vector<Contestant>& contestants) const {
+        const auto add = [&](const std::string& name, Kind kind, const std::string& isa, const Work& work) {
+            if (work) {
+                contestants.push_back({name, kind, isa, shape, withConsumer(work, frame)});
+            }
+        };
+        for (const StreamVariant& variant :
+             streamVariants(frame.sourceSize(), frame.destinationSize(), options_.bypass)) {
+            add(variant.name, variant.bypassesCache ? Kind::bypassingStream : Kind::stream, "",
+                [loop = variant.loop, &frame] {
+                    loop(frame.source<uint8_t>(), frame.sourceSize(), frame.destination(), frame.destinationSize());
+                });
+        }
+        for (const Table& table : tables_) {
+            add(table.label(), Kind::kernel, table.instructionSet, each.bind(table, frame));
+        }
+        if (!options_.noPeers) {
+            for (const Peer& peer : allPeers()) {
+                if (peer.caseName == each.name) {
+                    add(peer.name, Kind::peer, "", peer.bind(frame));
+                }
+            }
+        }
+    }
+
+    Work withConsumer(const Work& work, const Frame& frame) const {
+        if (!options_.consumer) {
+            return work;
+        }
+        return [work, &frame] {
+            work();
+            const uint64_t sum = consume(frame.destination(), frame.destinationSize());
+            __asm__ volatile("" : : "g"(sum));
+        };
+    }
+
+    void write() const {
+        if (!options_.jsonFile.empty()) {
+            writeTo(options_.jsonFile, [this](std::ostream& out) { writeJson(out, facts_, results_); });
+        }
+        if (!options_.csvFile.empty()) {
+            writeTo(options_.csvFile, [this](std::ostream& out) { writeCsv(out, results_); });
+        }
+    }
+
+    Options options_;
+    std::regex filter_;
+    std::vector<Table> tables_;
+    RunFacts facts_;
+    std::vector<Result> results_;
+};
+
+void declare(CLI::App& app, Options& options) {
+    app.footer(examples);
+    app.add_option("--filter", options.filter, "Regular expression: cases to run (see --list)");
+    app.add_option("--isa", options.isa, "Only this instruction set: scalar, ssse3, avx2, avx512bw, avx512vbmi");
+    app.add_option("--sizes", options.sizes, "Like 1280x960,1280x960+1 (+1: rows at odd addresses), or all");
+    app.add_option("--rounds", options.rounds, "Interleaved rounds")->check(CLI::Range(1, 100000));
+    app.add_option("--core", options.core, "The core to run on")->check(CLI::Range(0, 1023));
+    app.add_option("--json", options.jsonFile, "Write results to this file, - for standard output");
+    app.add_option("--csv", options.csvFile, "Write results to this file, - for standard output");
+    app.add_option("--module", options.modules, "LABEL=FILE: kernels of another build (see scripts/compare-builds)");
+    app.add_flag("--together", options.together, "Sizes take turns in the same rounds, to be compared");
+    app.add_flag("--consumer", options.consumer, "Time includes reading the finished picture once");
+    app.add_flag("--bypass", options.bypass, "Also a stream with stores that bypass the cache");
+    app.add_flag("--no-peers", options.noPeers, "Without other libraries");
+    app.add_flag("--list", options.list, "Name the cases, their instruction sets and peers");
+    app.add_flag("--marks", options.marks, "Only the kernels that have marks, and whether they reach them");
+    app.add_flag("--instructions", options.instructions, "Count instructions per pixel instead of time");
+}
+
+int runWith(const Options& options) {
+    Benchmark benchmark(options);
+    if (options.list) {
+        benchmark.list();
+    } else if (options.instructions) {
+        benchmark.countInstructions();
+    } else {
+        benchmark.run();
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+    CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries"};
+    bench::Options options;
+    bench::declare(app, options);
+    CLI11_PARSE(app, argc, argv);
+    try {
+        return bench::runWith(options);
+    } catch (const std::exception& problem) {
+        std::cerr << "kro-bench: " << problem.what() << "\n";
+        return 1;
+    }
+}
