@@ -69,7 +69,7 @@ KRO_OUTLINE void eachCell(Columns columns, int32_t width, const Text& text) {
     }
 }
 template <class V, class Text>
-KRO_OUTLINE void endBlock(int32_t x, int32_t width, const Text& text) {
+KRO_INLINE void endBlock(int32_t x, int32_t width, const Text& text) {
     text(EndBlock<V>{x, width - x - V::columns});
 }
 template <class V, int reach, class Text>
@@ -88,8 +88,9 @@ KRO_INLINE void eachBlock(Columns columns, int32_t width, const Text& text) {
                 x += step;
             }
             const int32_t lastInner = (end < width - reach ? end : width - reach) - step;
+            const Text inner = text;  // a copy that no call takes the address of stays in registers
             for (; x <= lastInner; x += step) {
-                text(InnerBlock<V>{x});
+                inner(InnerBlock<V>{x});
             }
             if (x < end) {
                 endBlock<V>(end - step, width, text);

@@ -9,10 +9,12 @@ namespace {
 
 // Colour differences S - G of four rows of a strip of columns, a lane for each red or blue site. Small enough for the
 // first-level cache; wider frames are walked in several strips.
-constexpr int32_t stripColumns = 2048;
+constexpr int32_t stripColumns = 8192;
 
 class DifferenceRows {
 public:
+    DifferenceRows() {}  // user-provided: the rows are not cleared
+
     // Lane of column x (and x + 1): differences of row y at the columns where that row has its colour.
     KRO_INLINE int16_t* at(int32_t y, int32_t x) { return rows_[y & 3] + margin + (x - origin_) / 2; }
     KRO_INLINE const int16_t* at(int32_t y, int32_t x) const { return rows_[y & 3] + margin + (x - origin_) / 2; }
@@ -63,14 +65,10 @@ struct EdgeStrip {
     }
     void colour(int32_t y) {
         const Phase row = phaseOfRow(phase, y);
-        RowTarget out = rowTarget<kind>(target, row, y, width);
-        out.zeroAlpha = y >= zeroAlphaRows.begin && y < zeroAlphaRows.end ? alphaColumns(width) : Columns{0, 0};
         const bool ownFirst = ordered && ownComesFirst(target, row);
-        if (row.greenFirst) {
-            (ownFirst ? colourRow<true, ordered> : colourRow<true, false>)(*this, y, out);
-        } else {
-            (ownFirst ? colourRow<false, ordered> : colourRow<false, false>)(*this, y, out);
-        }
+        const auto make = row.greenFirst ? (ownFirst ? colourRow<true, ordered> : colourRow<true, false>)
+                                         : (ownFirst ? colourRow<false, ordered> : colourRow<false, false>);
+        make(*this, row, y);
     }
 
 private:
@@ -85,12 +83,18 @@ private:
         });
     }
     template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void colourRow(const EdgeStrip& strip, int32_t y, const RowTarget& target) {
+    static KRO_OUTLINE void colourRow(const EdgeStrip& strip, Phase row, int32_t y) {
+        RowTarget out = rowTarget<kind>(strip.target, row, y, strip.width);
+        if (y < strip.zeroAlphaRows.begin || y >= strip.zeroAlphaRows.end) {
+            out.zeroAlpha = {0, 0};
+        } else {
+            out.zeroAlpha = alphaColumns(strip.width);
+        }
         const DifferenceRows& d = strip.differences;
         const uint8_t* const here = strip.source[y];
         const int16_t *const above = d.at(mirrored(y - 1, strip.height), 0), *const same = d.at(y, 0),
                       *const below = d.at(mirrored(y + 1, strip.height), 0);
-        eachBlock<V, 1>(strip.columns, strip.width, [=, out = target](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<V, 1>(strip.columns, strip.width, [=](auto block) KRO_INLINE_LAMBDA {
             put<kind, ownFirst>(out, block, edgePixels<colourOdd>(block, here, above, same, below));
         });
     }

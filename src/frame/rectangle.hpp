@@ -45,41 +45,40 @@ struct Rectangle {
     }
     static void frame(const FrameJob& job) { run(job, {0, job.height}, {0, job.width}); }
 
-    static void row(const Target& target, Phase phase, ptrdiff_t y, int32_t width, Columns columns,
-                    const RowInput& input) {
-        const RowTarget out = rowTarget<kind>(target, phase, y, width);
+    static KRO_INLINE void row(const Target& target, Phase phase, ptrdiff_t y, int32_t width, Columns columns,
+                               const RowInput& in) {
         const bool ownFirst = ordered && ownComesFirst(target, phase);
-        if (phase.greenFirst) {
-            (ownFirst ? single<true, ordered> : single<true, false>)(out, width, columns, input);
-        } else {
-            (ownFirst ? single<false, ordered> : single<false, false>)(out, width, columns, input);
-        }
+        const auto one = phase.greenFirst ? (ownFirst ? single<true, ordered> : single<true, false>)
+                                          : (ownFirst ? single<false, ordered> : single<false, false>);
+        one(target, phase, y, width, columns, in.above, in.here, in.below, in.top);
     }
 
 private:
     template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void single(const RowTarget& out, int32_t width, Columns columns, const RowInput& in) {
-        eachBlock<V, 1>(columns, width, [target = out, in](auto block) KRO_INLINE_LAMBDA {
-            put<kind, ownFirst>(target, block, Family::template row<colourOdd>(block, in.above, in.here, in.below));
+    static KRO_OUTLINE void single(const Target& target, Phase phase, ptrdiff_t y, int32_t width, Columns columns,
+                                   const uint8_t* above, const uint8_t* here, const uint8_t* below, bool top) {
+        const RowTarget out = rowTarget<kind>(target, phase, y, width);
+        eachBlock<V, 1>(columns, width, [=](auto block) KRO_INLINE_LAMBDA {
+            put<kind, ownFirst>(out, block, Family::template row<colourOdd>(block, above, here, below));
         });
-        Family::template exception<kind, colourOdd, ownFirst>(out, in);
+        Family::template exception<kind, colourOdd, ownFirst>(out, {above, here, below, top});
     }
 
-    static void pair(const FrameJob& job, const Rows<V>& source, int32_t y, Columns columns) {
+    static KRO_INLINE void pair(const FrameJob& job, const Rows<V>& source, int32_t y, Columns columns) {
         const Phase upper = phaseOfRow(job.phase, y);
-        const RowTarget first = rowTarget<kind>(job.target, upper, y, job.width);
-        const RowTarget second = rowTarget<kind>(job.target, phaseOfRow(upper, 1), y + 1, job.width);
         const bool ownFirst = ordered && ownComesFirst(job.target, upper);
-        (ownFirst ? both<ordered> : both<false>)(first, second, job.width, columns, source[y - 1], source[y],
+        (ownFirst ? both<ordered> : both<false>)(job.target, upper, y, job.width, columns, source[y - 1], source[y],
                                                  source[y + 1], source[y + 2]);
     }
 
     // Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands before its
     // first store: bytes may alias, so the compiler could not reuse loads across stores.
     template <bool ownFirst>
-    static KRO_OUTLINE void both(const RowTarget& upper, const RowTarget& lower, int32_t width, Columns columns,
+    static KRO_OUTLINE void both(const Target& target, Phase phase, ptrdiff_t y, int32_t width, Columns columns,
                                  const uint8_t* above, const uint8_t* here, const uint8_t* next,
                                  const uint8_t* below) {
+        const RowTarget upper = rowTarget<kind>(target, phase, y, width);
+        const RowTarget lower = rowTarget<kind>(target, phaseOfRow(phase, 1), y + 1, width);
         eachBlock<V, 1>(columns, width, [=](auto block) KRO_INLINE_LAMBDA {
             const auto one = Family::template row<true>(block, above, here, next);
             const auto two = Family::template row<false>(block, here, next, below);
