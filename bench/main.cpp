@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <regex>
 
 #include "cases.hpp"
 #include "instructions.hpp"
+#include "machine.hpp"
 #include "marks.hpp"
 #include "peers.hpp"
 #include "race.hpp"
@@ -69,8 +71,8 @@ public:
     explicit Benchmark(const Options& options)
         : options_(options), filter_(options.filter), tables_(ownTables()), facts_{options.rounds, options.core,
                                                                                    options.consumer} {
-        if (!options.modules.empty()) {
-            tables_.clear();  // two builds are compared with each other
+        if (comparesBuilds()) {
+            tables_.clear();
         }
         for (const std::string& module : options.modules) {
             const std::vector<Table> more = tablesOfModule(module);
@@ -98,16 +100,10 @@ public:
     }
 
     void countInstructions() const {
-        const Shape shape{640, 32, false};
-        std::cout << "case,isa,instructions_per_pixel\n";
+        std::cout << "case,isa,bits,frame,instructions_per_pixel\n";
         for (const Case& each : wantedCases()) {
-            const Frame frame(shape, each.samples, each.outputBytesPerPixel);
             for (const Table& table : tables_) {
-                if (const Work work = each.bind(table, frame)) {
-                    std::printf("%s,%s,%.4f\n", each.name.c_str(), table.label().c_str(),
-                                static_cast<double>(instructionsOf(work)) / static_cast<double>(frame.pixels()));
-                    std::fflush(stdout);
-                }
+                countInstructions(each, table);
             }
         }
     }
@@ -115,8 +111,8 @@ public:
     void run() {
         pinToCore(options_.core);
         const std::vector<Shape> shapes = options_.marks ? shapesForMarks() : shapesFrom(options_.sizes);
-        const bool quiet = options_.jsonFile == "-" || options_.csvFile == "-" || options_.marks;
-        if (!quiet || options_.marks) {
+        const bool quiet = options_.jsonFile == "-" || options_.csvFile == "-";
+        if (!quiet) {
             printHeading(std::cout, facts_);
         }
         for (const Case& each : wantedCases()) {
@@ -124,17 +120,38 @@ public:
                 const std::vector<Result> results = measure(each, group);
                 results_.insert(results_.end(), results.begin(), results.end());
                 if (!quiet) {
-                    printTable(std::cout, results);
+                    print(results);
                 }
             }
         }
-        if (options_.marks) {
+        if (options_.marks && !quiet) {
             printMarks(std::cout, results_);
         }
         write();
     }
 
 private:
+    // Every step costs microseconds, so frames are small: wide enough for the widest loop, less for the slow cells.
+    void countInstructions(const Case& each, const Table& table) const {
+        const Shape shape{table.instructionSet == "scalar" ? 64 : 640, 16, false};
+        const Frame frame(shape, each.samples, each.outputBytesPerPixel);
+        if (const Work work = each.bind(table, frame)) {
+            const double perPixel = static_cast<double>(instructionsOf(work)) / static_cast<double>(frame.pixels());
+            std::cout << each.name << ',' << table.label() << ',' << bitsOfThisBuild << ',' << nameOf(shape) << ','
+                      << std::fixed << std::setprecision(4) << perPixel << std::endl;
+        }
+    }
+
+    bool comparesBuilds() const { return !options_.modules.empty(); }
+
+    void print(const std::vector<Result>& results) const {
+        if (comparesBuilds()) {
+            printRatios(std::cout, results, tables_.front().build, tables_.back().build);
+        } else if (!options_.marks) {
+            printTable(std::cout, results);
+        }
+    }
+
     std::vector<Case> wantedCases() const {
         std::vector<Case> cases;
         for (const Case& each : allCases()) {
@@ -172,25 +189,26 @@ private:
     }
 
     void enter(const Case& each, const Frame& frame, size_t shape, std::vector<Contestant>& contestants) const {
-        const auto add = [&](const std::string& name, Kind kind, const std::string& isa, const Work& work) {
+        const auto add = [&](const std::string& name, Kind kind, const Work& work, const Table& table = {}) {
             if (work) {
-                contestants.push_back({name, kind, isa, shape, withConsumer(work, frame)});
+                contestants.push_back(
+                    {name, kind, table.instructionSet, table.build, shape, withConsumer(work, frame)});
             }
         };
         for (const StreamVariant& variant :
              streamVariants(frame.sourceSize(), frame.destinationSize(), options_.bypass)) {
-            add(variant.name, variant.bypassesCache ? Kind::bypassingStream : Kind::stream, "",
+            add(variant.name, variant.bypassesCache ? Kind::bypassingStream : Kind::stream,
                 [loop = variant.loop, &frame] {
                     loop(frame.source<uint8_t>(), frame.sourceSize(), frame.destination(), frame.destinationSize());
                 });
         }
         for (const Table& table : tables_) {
-            add(table.label(), Kind::kernel, table.instructionSet, each.bind(table, frame));
+            add(table.label(), Kind::kernel, each.bind(table, frame), table);
         }
-        if (!options_.noPeers) {
+        if (!options_.noPeers && !comparesBuilds()) {
             for (const Peer& peer : allPeers()) {
                 if (peer.caseName == each.name) {
-                    add(peer.name, Kind::peer, "", peer.bind(frame));
+                    add(peer.name, Kind::peer, peer.bind(frame));
                 }
             }
         }
@@ -232,7 +250,8 @@ void declare(CLI::App& app, Options& options) {
     app.add_option("--core", options.core, "The core to run on")->check(CLI::Range(0, 1023));
     app.add_option("--json", options.jsonFile, "Write results to this file, - for standard output");
     app.add_option("--csv", options.csvFile, "Write results to this file, - for standard output");
-    app.add_option("--module", options.modules, "LABEL=FILE: kernels of another build (see scripts/compare-builds)");
+    app.add_option("--module", options.modules, "LABEL=FILE, twice: compare two builds (see scripts/compare-builds)")
+        ->expected(2);
     app.add_flag("--together", options.together, "Sizes take turns in the same rounds, to be compared");
     app.add_flag("--consumer", options.consumer, "Time includes reading the finished picture once");
     app.add_flag("--bypass", options.bypass, "Also a stream with stores that bypass the cache");

@@ -14,6 +14,7 @@ struct Contestant {
     std::string name;
     Kind kind;
     std::string instructionSet;  // of kernels
+    std::string build;           // of kernels of a loaded module
     size_t shape;                // index of the frame shape it runs on
     Work work;
     int repeats = 1;

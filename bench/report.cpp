@@ -9,6 +9,11 @@
 namespace bench {
 namespace {
 
+// Medians and minima of one and the same kernel stay within these.
+constexpr struct {
+    double slower, faster;
+} noise{0.97, 1.03};
+
 template <class... Values>
 std::string format(const char* pattern, Values... values) {
     char text[512];
@@ -99,7 +104,7 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
                 continue;
             }
             results.push_back({caseName, shapes[shape], contestant.name, contestant.kind, contestant.instructionSet,
-                               contestant.median(), contestant.minimum(), limit.median() / contestant.median(),
+                               contestant.build, contestant.median(), contestant.minimum(), limit.median() / contestant.median(),
                                limit.minimum() / contestant.minimum()});
         }
     }
@@ -127,6 +132,25 @@ void printTable(std::ostream& out, const std::vector<Result>& resultsOfOneCase) 
     out.flush();
 }
 
+void printRatios(std::ostream& out, const std::vector<Result>& results, const std::string& before,
+                 const std::string& after) {
+    for (const Result& result : results) {
+        const Result* old = find(results, result.caseName, nameOf(result.shape), result.instructionSet, before);
+        if (result.kind != Kind::kernel || result.build != after || old == nullptr) {
+            continue;
+        }
+        const double ofMedians = old->medianNanoseconds / result.medianNanoseconds;
+        const double ofMinima = old->minimumNanoseconds / result.minimumNanoseconds;
+        const char* verdict = std::max(ofMedians, ofMinima) < noise.slower   ? "  slower"
+                              : std::min(ofMedians, ofMinima) > noise.faster ? "  faster"
+                                                                             : "";
+        out << format("%-31s %-11s %-11s %9.0f %9.0f %7.3f  (%.3f)%s\n", result.caseName.c_str(),
+                      nameOf(result.shape).c_str(), result.instructionSet.c_str(), old->megapixelsPerSecond(),
+                      result.megapixelsPerSecond(), ofMedians, ofMinima, verdict);
+    }
+    out.flush();
+}
+
 void writeJson(std::ostream& out, const RunFacts& facts, const std::vector<Result>& results) {
     out << "{\n  \"processor\": " << quoted(processorName()) << ",\n  \"caches\": " << quoted(cacheSizes())
         << ",\n  \"compiler\": " << quoted(compilerName()) << ",\n  \"bits\": " << bitsOfThisBuild
@@ -148,10 +172,10 @@ void writeCsv(std::ostream& out, const std::vector<Result>& results) {
 }
 
 const Result* find(const std::vector<Result>& results, const std::string& caseName, const std::string& shapeName,
-                   const std::string& instructionSet) {
+                   const std::string& instructionSet, const std::string& build) {
     const auto found = std::find_if(results.begin(), results.end(), [&](const Result& result) {
         return result.kind == Kind::kernel && result.caseName == caseName && nameOf(result.shape) == shapeName &&
-               result.instructionSet == instructionSet;
+               result.instructionSet == instructionSet && result.build == build;
     });
     return found == results.end() ? nullptr : &*found;
 }

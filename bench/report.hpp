@@ -16,6 +16,7 @@ struct Result {
     std::string name;
     Kind kind;
     std::string instructionSet;
+    std::string build;
     double medianNanoseconds;
     double minimumNanoseconds;
     double shareOfMedians;  // of the stream limit of the same shape and run
@@ -37,10 +38,13 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
 
 void printHeading(std::ostream& out, const RunFacts& facts);
 void printTable(std::ostream& out, const std::vector<Result>& resultsOfOneCase);
+// The kernels of two builds against each other.
+void printRatios(std::ostream& out, const std::vector<Result>& results, const std::string& before,
+                 const std::string& after);
 void writeJson(std::ostream& out, const RunFacts& facts, const std::vector<Result>& results);
 void writeCsv(std::ostream& out, const std::vector<Result>& results);
 
 const Result* find(const std::vector<Result>& results, const std::string& caseName, const std::string& shapeName,
-                   const std::string& instructionSet);
+                   const std::string& instructionSet, const std::string& build = "");
 
 }  // namespace bench
