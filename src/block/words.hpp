@@ -1,15 +1,13 @@
 // 16-bit samples, a lane each, in column order. The scalar back end of two columns defines what the others compute.
 #pragma once
 
-#include "block/inline.hpp"
+#include "block/cell.hpp"
 #include "block/tables.hpp"
-#include "frame/geometry.hpp"
 
 namespace kro {
 namespace {
 
 // The back ends that go with a back end of bytes: `Words` has 16-bit lanes, `Wide` as many lanes of 32 bits.
-struct Cell;
 template <class V>
 struct WordsOf;
 

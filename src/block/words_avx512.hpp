@@ -30,8 +30,10 @@ struct Avx512Words {
     }
 
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
-    static KRO_INLINE Lanes iota() { return _mm512_cvtepu8_epi16(_mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
-                                   16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31)); }
+    static KRO_INLINE Lanes iota() {
+        return _mm512_cvtepu8_epi16(_mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18,
+                                                     19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31));
+    }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
@@ -64,7 +66,9 @@ struct Avx512Words {
         return _mm512_permutexvar_epi16(_mm512_load_si512(rotation.word), channel);
     }
     static KRO_INLINE __m512i blendThird(__m512i a, int q, __m512i b) {
-        return _mm512_mask_mov_epi16(a, static_cast<Mask>(everyThirdBit(q)), b);
+        static constexpr Mask third[3] = {static_cast<Mask>(everyThirdBit(0)), static_cast<Mask>(everyThirdBit(1)),
+                                          static_cast<Mask>(everyThirdBit(2))};
+        return _mm512_mask_mov_epi16(a, third[q], b);
     }
 };
 

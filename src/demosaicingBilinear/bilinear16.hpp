@@ -65,24 +65,24 @@ KRO_INLINE auto bilinearPixels16(B block, const uint16_t* above, const uint16_t*
                        atSites(M::four(left, right), M::two(down))};
 }
 
-// Inner blocks wrap whole, end blocks where their columns do.
+// Inner blocks lie within the columns that wrap; of end blocks some columns may.
 template <bool blueRow, class W>
-KRO_INLINE Pixels16<W> wrappingPixels16(InnerWords<W> block, Columns, const uint16_t* above, const uint16_t* here,
-                                        const uint16_t* below) {
+KRO_INLINE Pixels16<W> bodyPixels16(InnerWords<W> block, Columns, const uint16_t* above, const uint16_t* here,
+                                    const uint16_t* below) {
     return bilinearPixels16<WrappingMeans, blueRow>(block, above, here, below);
 }
 template <bool blueRow, class W>
-KRO_INLINE Pixels16<W> wrappingPixels16(EndWords<W> block, Columns wraps, const uint16_t* above, const uint16_t* here,
-                                        const uint16_t* below) {
+KRO_INLINE Pixels16<W> bodyPixels16(EndWords<W> block, Columns wraps, const uint16_t* above, const uint16_t* here,
+                                    const uint16_t* below) {
     const auto lane = [&](int32_t column) {
         const int32_t place = column - block.x;
         return W::all(place < -1 ? -1 : place > W::columns ? W::columns : place);
     };
     const auto wrapping = bilinearPixels16<WrappingMeans, blueRow>(block, above, here, below);
     const auto exact = bilinearPixels16<ExactMeans, blueRow>(block, above, here, below);
-    const auto begun = W::greater(W::iota(), lane(wraps.begin - 1)), left = W::greater(lane(wraps.end), W::iota());
+    const auto begun = W::greater(W::iota(), lane(wraps.begin - 1)), open = W::greater(lane(wraps.end), W::iota());
     const auto pick = [&](auto inside, auto outside)
-        KRO_INLINE_LAMBDA { return W::select(begun, W::select(left, inside, outside), outside); };
+        KRO_INLINE_LAMBDA { return W::select(begun, W::select(open, inside, outside), outside); };
     return {pick(wrapping.own, exact.own), pick(wrapping.green, exact.green), pick(wrapping.other, exact.other)};
 }
 
@@ -92,33 +92,205 @@ struct Target16 {
     bool redFirst;  // interleaved: words R, G, B instead of B, G, R
 };
 
-// One output row of either kind.
-template <bool planar>
+// One output row: the first word of each channel.
 struct Row16 {
-    uint16_t* channel[3];  // blue, green, red; interleaved: the row only
-    bool ownFirst;
-
-    KRO_INLINE Row16(const Target16& target, bool blueRow, ptrdiff_t y, int32_t width)
-        : ownFirst(blueRow != target.redFirst) {
-        for (int c = 0; c < 3; ++c) {
-            channel[c] = target.plane[c] == nullptr ? nullptr : target.plane[c] + y * width * (planar ? 1 : 3);
-        }
-    }
+    uint16_t *own, *green, *other;
 };
-
-template <class W>
-KRO_INLINE void storeRun(uint16_t* out, typename W::Lanes lanes) {
-    W::store(out, W::packed(lanes));
+template <bool planar>
+KRO_INLINE Row16 row16(const Target16& target, bool blueRow, ptrdiff_t y, int32_t width) {
+    const bool ownFirst = blueRow != target.redFirst;
+    if constexpr (planar) {
+        const ptrdiff_t offset = y * width;
+        return {target.plane[ownFirst ? 0 : 2] + offset, target.plane[1] + offset,
+                target.plane[ownFirst ? 2 : 0] + offset};
+    }
+    uint16_t* const row = target.plane[0] + 3 * y * width;
+    return {row + (ownFirst ? 0 : 2), row + 1, row + (ownFirst ? 2 : 0)};
 }
-template <bool planar, bool blueRow, bool ownFirst, template <class> class Block, class W>
-KRO_INLINE void put16(const Row16<planar>& row, const Block<W>& block, const Pixels16<W>& pixels) {
+
+template <bool planar, bool ownFirst, class B, class W>
+KRO_INLINE void put16(const Row16& row, const B& block, const Pixels16<W>& pixels) {
     const ptrdiff_t x = block.x;
     if constexpr (planar) {
-        W::store(row.channel[blueRow ? 0 : 2] + x, pixels.own);
-        W::store(row.channel[1] + x, pixels.green);
-        W::store(row.channel[blueRow ? 2 : 0] + x, pixels.other);
+        W::store(row.own + x, pixels.own);
+        W::store(row.green + x, pixels.green);
+        W::store(row.other + x, pixels.other);
     } else {
-        W::store3(row.channel[0] + 3 * x, ownFirst ? pixels.own : pixels.other, pixels.green,
+        W::store3(row.green - 1 + 3 * x, ownFirst ? pixels.own : pixels.other, pixels.green,
                   ownFirst ? pixels.other : pixels.own);
     }
 }
+template <bool planar, bool ownFirst>
+KRO_INLINE void put16(const Row16& row, const EndWords<CellWords>& block, const Pixels16<CellWords>& pixels) {
+    constexpr ptrdiff_t stride = planar ? 1 : 3;
+    const auto putColumn = [&](ptrdiff_t x, int32_t own, int32_t green, int32_t other) {
+        row.own[x * stride] = static_cast<uint16_t>(own);
+        row.green[x * stride] = static_cast<uint16_t>(green);
+        row.other[x * stride] = static_cast<uint16_t>(other);
+    };
+    if (block.wantEven) {
+        putColumn(block.x, pixels.own.even, pixels.green.even, pixels.other.even);
+    }
+    if (block.wantOdd) {
+        putColumn(block.x + 1, pixels.own.odd, pixels.green.odd, pixels.other.odd);
+    }
+}
+
+struct Frame16 {
+    const uint16_t* source;
+    int32_t height, width;
+    Target16 target;
+
+    KRO_INLINE const uint16_t* row(int32_t y) const { return source + static_cast<ptrdiff_t>(mirrored(y, height)) * width; }
+};
+
+// Columns whose sums wrap in the rows of the body: blocks of eight that leave more than a border column.
+constexpr Columns wrappingColumns(int32_t width) { return {1, width < 10 ? 1 : 9 + ((width - 10) & ~7)}; }
+
+template <class V, bool planar>
+struct Bilinear16 {
+    using W = typename WordsOf<V>::Words;
+
+    static void run(const Frame16& frame, RowSpan rows, Columns columns, Columns wraps) {
+        for (int32_t y = rows.begin; y < rows.end;) {
+            const bool blueRow = y % 2 != 0;
+            if (rowsInPairs && blueRow && y + 1 < rows.end) {
+                (frame.target.redFirst ? pair<false> : pair<true>)(frame, y, columns, wraps);
+                y += 2;
+                continue;
+            }
+            const bool ownFirst = blueRow != frame.target.redFirst;
+            if (blueRow) {
+                (ownFirst ? single<true, true> : single<true, false>)(frame, y, columns, wraps);
+            } else {
+                (ownFirst ? single<false, true> : single<false, false>)(frame, y, columns, wraps);
+            }
+            ++y;
+        }
+    }
+    static int32_t frame(const Frame16& frame) {
+        const Columns all{0, frame.width};
+        const int32_t border = firstBorder(frame.height);
+        run(frame, {0, 1}, all, {});
+        run(frame, {1, border}, all, wrappingColumns(frame.width));
+        run(frame, {border, frame.height}, all, {});
+        return 0;
+    }
+    // Blocks that wrap put blue first whatever the order.
+    static KroCoverage body(Frame16 frame) {
+        const KroCoverage border{firstBorder(frame.width), firstBorder(frame.height)};
+        const RowSpan rows{1, border.second};
+        const Columns wraps = wrappingColumns(frame.width);
+        if (frame.target.redFirst) {
+            run(frame, rows, {wraps.end, border.first}, {});
+            frame.target.redFirst = false;
+            run(frame, rows, wraps, wraps);
+        } else {
+            run(frame, rows, {1, border.first}, wraps);
+        }
+        return border;
+    }
+    static void firstRows(const Frame16& frame) { run(frame, {0, 1}, {0, frame.width}, {}); }
+    static void firstCols(const Frame16& frame) { run(frame, {1, frame.height}, {0, 1}, {}); }
+    static void lastRows(const Frame16& frame, int32_t start) {
+        run(frame, {start, frame.height}, {1, 1 + 2 * borderPairs(frame.width)}, {});
+    }
+    static void lastCols(const Frame16& frame, int32_t start) {
+        run(frame, {1, frame.height}, {start, frame.width}, {});
+    }
+
+private:
+    template <bool blueRow, bool ownFirst>
+    static KRO_OUTLINE void single(const Frame16& frame, int32_t y, Columns columns, Columns wraps) {
+        const Row16 out = row16<planar>(frame.target, blueRow, y, frame.width);
+        const uint16_t *const above = frame.row(y - 1), *const here = frame.row(y), *const below = frame.row(y + 1);
+        eachWordBlock<W>(columns, wraps, frame.width, [=](auto block) KRO_INLINE_LAMBDA {
+            put16<planar, ownFirst>(out, block, bodyPixels16<blueRow>(block, wraps, above, here, below));
+        });
+    }
+    // A blue row and the red row below it: all loads of a step before its first store.
+    template <bool ownFirst>
+    static KRO_OUTLINE void pair(const Frame16& frame, int32_t y, Columns columns, Columns wraps) {
+        const Row16 upper = row16<planar>(frame.target, true, y, frame.width);
+        const Row16 lower = row16<planar>(frame.target, false, y + 1, frame.width);
+        const uint16_t *const above = frame.row(y - 1), *const here = frame.row(y), *const next = frame.row(y + 1),
+                       *const below = frame.row(y + 2);
+        eachWordBlock<W>(columns, wraps, frame.width, [=](auto block) KRO_INLINE_LAMBDA {
+            const auto one = bodyPixels16<true>(block, wraps, above, here, next);
+            const auto two = bodyPixels16<false>(block, wraps, here, next, below);
+            put16<planar, ownFirst>(upper, block, one);
+            put16<planar, !ownFirst>(lower, block, two);
+        });
+    }
+};
+
+// Exported routines.
+template <class V>
+struct Bilinear16Kernels {
+    using Interleaved = Bilinear16<V, false>;
+    using Planar = Bilinear16<V, true>;
+    static constexpr int32_t anyHeight = 4;  // the first row ends where no bottom border is in sight
+
+    // Only the value 1 puts red first.
+    static Frame16 interleaved(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
+                               uint32_t order) {
+        return {source, height, width, {{destination, nullptr, nullptr}, order == 1}};
+    }
+    static Frame16 planes(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red, int32_t height,
+                          int32_t width) {
+        return {source, height, width, {{blue, green, red}, false}};
+    }
+
+    static int32_t demosaicingBilinearRGGBU16(const uint16_t* source, int32_t height, int32_t width,
+                                              uint16_t* destination) {
+        return Interleaved::frame(interleaved(source, destination, height, width, 0));
+    }
+    static void bilinearFirstRowsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t width,
+                                         uint32_t order) {
+        Interleaved::firstRows(interleaved(source, destination, anyHeight, width, order));
+    }
+    static void bilinearFirstColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
+                                         uint32_t order) {
+        Interleaved::firstCols(interleaved(source, destination, height, width, order));
+    }
+    static KroCoverage bilinearBodyRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height,
+                                           int32_t width, uint32_t order) {
+        return Interleaved::body(interleaved(source, destination, height, width, order));
+    }
+    static void bilinearLastRowsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
+                                        int32_t firstBorderRow, uint32_t order) {
+        Interleaved::lastRows(interleaved(source, destination, height, width, order), firstBorderRow);
+    }
+    static void bilinearLastColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
+                                        int32_t firstBorderCol, uint32_t order) {
+        Interleaved::lastCols(interleaved(source, destination, height, width, order), firstBorderCol);
+    }
+
+    static int32_t demosaicingBilinearRGGBU16P(const uint16_t* source, int32_t height, int32_t width, uint16_t* blue,
+                                               uint16_t* green, uint16_t* red) {
+        return Planar::frame(planes(source, blue, green, red, height, width));
+    }
+    static void bilinearFirstRowsRGGBU16P(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red,
+                                          int32_t width) {
+        Planar::firstRows(planes(source, blue, green, red, anyHeight, width));
+    }
+    static void bilinearFirstColsRGGBU16P(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red,
+                                          int32_t height, int32_t width) {
+        Planar::firstCols(planes(source, blue, green, red, height, width));
+    }
+    static KroCoverage bilinearBodyRGGBU16P(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red,
+                                            int32_t height, int32_t width) {
+        return Planar::body(planes(source, blue, green, red, height, width));
+    }
+    static void bilinearLastRowsRGGBU16P(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red,
+                                         int32_t height, int32_t width, int32_t firstBorderRow) {
+        Planar::lastRows(planes(source, blue, green, red, height, width), firstBorderRow);
+    }
+    static void bilinearLastColsRGGBU16P(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red,
+                                         int32_t height, int32_t width, int32_t firstBorderCol) {
+        Planar::lastCols(planes(source, blue, green, red, height, width), firstBorderCol);
+    }
+};
+
+}  // namespace
+}  // namespace kro

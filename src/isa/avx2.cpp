@@ -1,4 +1,4 @@
-#include "block/avx2.hpp"
+#include "block/words_avx2.hpp"
 #include "isa/tables.hpp"
 #include "isa/unit.hpp"
 

@@ -1,4 +1,4 @@
-#include "block/avx512.hpp"
+#include "block/words_avx512.hpp"
 #include "isa/tables.hpp"
 #include "isa/unit.hpp"
 

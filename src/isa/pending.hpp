@@ -7,18 +7,6 @@ namespace kro {
 namespace {
 
 struct PendingKernels {
-    static constexpr decltype(&::demosaicingBilinearRGGBU16) demosaicingBilinearRGGBU16 = nullptr;
-    static constexpr decltype(&::demosaicingBilinearRGGBU16P) demosaicingBilinearRGGBU16P = nullptr;
-    static constexpr decltype(&::bilinearFirstRowsRGGBU16) bilinearFirstRowsRGGBU16 = nullptr;
-    static constexpr decltype(&::bilinearFirstColsRGGBU16) bilinearFirstColsRGGBU16 = nullptr;
-    static constexpr decltype(&::bilinearBodyRGGBU16) bilinearBodyRGGBU16 = nullptr;
-    static constexpr decltype(&::bilinearLastRowsRGGBU16) bilinearLastRowsRGGBU16 = nullptr;
-    static constexpr decltype(&::bilinearLastColsRGGBU16) bilinearLastColsRGGBU16 = nullptr;
-    static constexpr decltype(&::bilinearFirstRowsRGGBU16P) bilinearFirstRowsRGGBU16P = nullptr;
-    static constexpr decltype(&::bilinearFirstColsRGGBU16P) bilinearFirstColsRGGBU16P = nullptr;
-    static constexpr decltype(&::bilinearBodyRGGBU16P) bilinearBodyRGGBU16P = nullptr;
-    static constexpr decltype(&::bilinearLastRowsRGGBU16P) bilinearLastRowsRGGBU16P = nullptr;
-    static constexpr decltype(&::bilinearLastColsRGGBU16P) bilinearLastColsRGGBU16P = nullptr;
     static constexpr decltype(&::demosaicingEdgeRGGBU16) demosaicingEdgeRGGBU16 = nullptr;
     static constexpr decltype(&::demosaicingEdgeGRBGU16) demosaicingEdgeGRBGU16 = nullptr;
     static constexpr decltype(&::demosaicingEdgeGBRGU16) demosaicingEdgeGBRGU16 = nullptr;

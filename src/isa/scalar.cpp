@@ -1,4 +1,4 @@
-#include "block/cell.hpp"
+#include "block/words.hpp"
 #include "isa/tables.hpp"
 #include "isa/unit.hpp"
 

@@ -1,4 +1,4 @@
-#include "block/ssse3.hpp"
+#include "block/words_ssse3.hpp"
 #include "isa/tables.hpp"
 #include "isa/unit.hpp"
 

@@ -5,6 +5,7 @@
 #include "KRODemosaicingFuncs/expansion.hpp"
 #include "KRODemosaicingFuncs/reduction.hpp"
 #include "demosaicingBilinear/bilinear.hpp"
+#include "demosaicingBilinear/bilinear16.hpp"
 #include "demosaicingEdge/edge.hpp"
 #include "demosaicingNearest/nearest.hpp"
 #include "isa/kernels.hpp"
@@ -14,7 +15,13 @@ namespace kro {
 namespace {
 
 template <class V>
-struct Entries : ReductionKernels<V>, ExpansionKernels<V>, NearestKernels<V>, BilinearKernels<V>, EdgeKernels<V>, PendingKernels {};
+struct Entries : ReductionKernels<V>,
+                 ExpansionKernels<V>,
+                 NearestKernels<V>,
+                 BilinearKernels<V>,
+                 Bilinear16Kernels<V>,
+                 EdgeKernels<V>,
+                 PendingKernels {};
 
 template <class V>
 constexpr Kernels kernelsOf(const char* name) {
