@@ -18,8 +18,9 @@ struct InnerBlock {
     }
 };
 
-// A block at the first or last columns of its row: `room` columns follow it.
-template <class V>
+// A block at the first columns of its row, or the last, or (in a row not much longer than a block) both. On the right
+// `room` columns follow it: 0, or 1 where an odd width leaves one to a cell.
+template <class V, bool first, bool last>
 struct EndBlock {
     using Vector = V;
     int32_t x;
@@ -27,17 +28,15 @@ struct EndBlock {
 
     template <int k>
     KRO_INLINE typename V::Bytes tap(const uint8_t* row) const {
-        if constexpr (k < 0) {
-            if (x == 0) {
-                return V::template loadMirroredLeft<-k>(row);
-            }
+        if constexpr (first && k < 0) {
+            return V::template loadMirroredLeft<-k>(row);
         }
-        if constexpr (k > 0) {
+        if constexpr (last && k > 0) {
             if (room == 0) {
                 return V::template loadMirroredRight<k>(row + x);
             }
         }
-        if constexpr (k > 1) {
+        if constexpr (last && k > 1) {
             if (room == 1) {
                 return V::template loadMirroredRight<k - 1>(row + x + 1);
             }
@@ -63,14 +62,18 @@ struct CellBlock {
 // more a wide block that ends at the last even column (rows are not multiples of the block), cells for the rest.
 // `reach` is the farthest tap of the text.
 template <class Text>
-KRO_OUTLINE void eachCell(Columns columns, int32_t width, const Text& text) {
+KRO_INLINE void eachCell(Columns columns, int32_t width, const Text& text) {
     for (int32_t x = columns.begin & ~1; x < columns.end; x += 2) {
         text(CellBlock{x, width, x >= columns.begin, x + 1 < columns.end});
     }
 }
+template <class Text>
+KRO_RARE void fewCells(Columns columns, int32_t width, const Text& text) {
+    eachCell(columns, width, text);
+}
 template <class V, class Text>
-KRO_INLINE void endBlock(int32_t x, int32_t width, const Text& text) {
-    text(EndBlock<V>{x, width - x - V::columns});
+KRO_RARE void onlyBlock(int32_t x, int32_t room, const Text& text) {
+    text(EndBlock<V, true, true>{x, room});
 }
 template <class V, int reach, class Text>
 KRO_INLINE void eachBlock(Columns columns, int32_t width, const Text& text) {
@@ -80,28 +83,34 @@ KRO_INLINE void eachBlock(Columns columns, int32_t width, const Text& text) {
     if constexpr (step > 2) {
         if (end - begin >= step) {
             if (columns.begin < begin) {
-                eachCell({columns.begin, begin}, width, text);
+                fewCells({columns.begin, begin}, width, text);
             }
             int32_t x = begin;
             if (x < reach) {
-                endBlock<V>(x, width, text);
-                x += step;
+                if (width - step < reach) {
+                    onlyBlock<V>(0, width - step, text);
+                } else {
+                    text(EndBlock<V, true, false>{0, 0});
+                }
+                x = step;
             }
-            const int32_t lastInner = (end < width - reach ? end : width - reach) - step;
             const Text inner = text;  // a copy that no call takes the address of stays in registers
+            const int32_t lastInner = (end < width - reach ? end : width - reach) - step;
             for (; x <= lastInner; x += step) {
                 inner(InnerBlock<V>{x});
             }
             if (x < end) {
-                endBlock<V>(end - step, width, text);
+                text(EndBlock<V, false, true>{end - step, width - end});
             }
             if (end < columns.end) {
-                eachCell({end, columns.end}, width, text);
+                fewCells({end, columns.end}, width, text);
             }
-            return;
+        } else {
+            fewCells(columns, width, text);
         }
+    } else {
+        eachCell(columns, width, text);
     }
-    eachCell(columns, width, text);
 }
 
 }  // namespace

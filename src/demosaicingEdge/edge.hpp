@@ -39,12 +39,54 @@ private:
     alignas(64) int16_t rows_[4][lanes];
 };
 
-// One strip of a frame (or of a band of rows): rows come in pairs, greens ahead of colours. `Source` gives row pointers,
-// mirrored at the top and bottom.
-template <class V, Output kind, class Source>
-struct EdgeStrip {
+// The two passes over one row of a strip. Greens do not depend on the output.
+template <class V>
+struct EdgeGreen {
+    static void row(bool colourOdd, const uint8_t* const (&rows)[5], Columns columns, int32_t width, int16_t* out) {
+        (colourOdd ? make<true> : make<false>)(rows[0], rows[1], rows[2], rows[3], rows[4], columns, width, out);
+    }
+
+private:
+    template <bool colourOdd>
+    static KRO_OUTLINE void make(const uint8_t* above2, const uint8_t* above, const uint8_t* here,
+                                 const uint8_t* below, const uint8_t* below2, Columns columns, int32_t width,
+                                 int16_t* out) {
+        eachBlock<V, 2>(columns, width, [=](auto block) KRO_INLINE_LAMBDA {
+            using W = typename decltype(block)::Vector;
+            W::storeLanes(out + block.x / 2, greenDifference<colourOdd>(block, above2, above, here, below, below2));
+        });
+    }
+};
+
+template <class V, Output kind>
+struct EdgeColour {
     static constexpr bool ordered = kind == Output::bgr || kind == Output::bgra;
 
+    static void row(const Target& target, Phase phase, int32_t y, int32_t width, Columns columns, bool zeroAlpha,
+                    const uint8_t* here, const int16_t* above, const int16_t* same, const int16_t* below) {
+        const bool ownFirst = ordered && ownComesFirst(target, phase);
+        const auto make = phase.greenFirst ? (ownFirst ? put<true, ordered> : put<true, false>)
+                                           : (ownFirst ? put<false, ordered> : put<false, false>);
+        make(target, phase, y, width, columns, zeroAlpha, here, above, same, below);
+    }
+
+private:
+    template <bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void put(const Target& target, Phase phase, int32_t y, int32_t width, Columns columns,
+                                bool zeroAlpha, const uint8_t* here, const int16_t* above, const int16_t* same,
+                                const int16_t* below) {
+        RowTarget out = rowTarget<kind>(target, phase, y, width);
+        out.zeroAlpha = zeroAlpha ? alphaColumns(width) : Columns{0, 0};
+        eachBlock<V, 1>(columns, width, [=](auto block) KRO_INLINE_LAMBDA {
+            kro::put<kind, ownFirst>(out, block, edgePixels<colourOdd>(block, here, above, same, below));
+        });
+    }
+};
+
+// One strip of a frame (or of a band of rows): greens run ahead of colours. `Source` gives row pointers, mirrored at the
+// top and bottom.
+template <class V, Output kind, class Source>
+struct EdgeStrip {
     const Source& source;
     int32_t height, width;
     Phase phase;
@@ -57,46 +99,17 @@ struct EdgeStrip {
     Columns greenColumns() const {
         return {columns.begin > 0 ? columns.begin - 2 : 0, columns.end < width ? columns.end + 2 : width};
     }
-
-    KRO_OUTLINE void green(int32_t y) {
+    void green(int32_t y) {
         const bool colourOdd = phaseOfRow(phase, y).greenFirst;
-        (this->*(colourOdd ? &EdgeStrip::greenRow<true> : &EdgeStrip::greenRow<false>))(y);
+        EdgeGreen<V>::row(colourOdd, {source[y - 2], source[y - 1], source[y], source[y + 1], source[y + 2]},
+                          greenColumns(), width, differences.at(y, 0));
         differences.mirrorSides(y, greenColumns(), colourOdd, width);
     }
     void colour(int32_t y) {
-        const Phase row = phaseOfRow(phase, y);
-        const bool ownFirst = ordered && ownComesFirst(target, row);
-        const auto make = row.greenFirst ? (ownFirst ? colourRow<true, ordered> : colourRow<true, false>)
-                                         : (ownFirst ? colourRow<false, ordered> : colourRow<false, false>);
-        make(*this, row, y);
-    }
-
-private:
-    template <bool colourOdd>
-    KRO_OUTLINE void greenRow(int32_t y) {
-        const uint8_t* const rows[5] = {source[y - 2], source[y - 1], source[y], source[y + 1], source[y + 2]};
-        int16_t* const out = differences.at(y, 0);
-        eachBlock<V, 2>(greenColumns(), width, [=](auto block) KRO_INLINE_LAMBDA {
-            using W = typename decltype(block)::Vector;
-            W::storeLanes(out + block.x / 2, greenDifference<colourOdd>(block, rows[0], rows[1], rows[2], rows[3],
-                                                                        rows[4]));
-        });
-    }
-    template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void colourRow(const EdgeStrip& strip, Phase row, int32_t y) {
-        RowTarget out = rowTarget<kind>(strip.target, row, y, strip.width);
-        if (y < strip.zeroAlphaRows.begin || y >= strip.zeroAlphaRows.end) {
-            out.zeroAlpha = {0, 0};
-        } else {
-            out.zeroAlpha = alphaColumns(strip.width);
-        }
-        const DifferenceRows& d = strip.differences;
-        const uint8_t* const here = strip.source[y];
-        const int16_t *const above = d.at(mirrored(y - 1, strip.height), 0), *const same = d.at(y, 0),
-                      *const below = d.at(mirrored(y + 1, strip.height), 0);
-        eachBlock<V, 1>(strip.columns, strip.width, [=](auto block) KRO_INLINE_LAMBDA {
-            put<kind, ownFirst>(out, block, edgePixels<colourOdd>(block, here, above, same, below));
-        });
+        EdgeColour<V, kind>::row(target, phaseOfRow(phase, y), y, width, columns,
+                                 y >= zeroAlphaRows.begin && y < zeroAlphaRows.end, source[y],
+                                 differences.at(mirrored(y - 1, height), 0), differences.at(y, 0),
+                                 differences.at(mirrored(y + 1, height), 0));
     }
 };
 
