@@ -94,7 +94,7 @@ int startOf(Region region, Size size) {
     return region == Region::lastRows ? borderStart(size.height) : borderStart(size.width);
 }
 
-constexpr uint32_t arbitraryWeights[][3] = {{77, 150, 29},  {29, 150, 77},       {0, 256, 0},
+constexpr uint32_t arbitraryWeights[][3] = {{77, 150, 29},  {29, 150, 77},         {0, 256, 0},
                                             {300, 1, 4000}, {65535, 65535, 65535}, {0x10001u, 0xFFFFFFFFu, 7}};
 
 Style styleOf(Kind kind, uint32_t swap, const uint32_t* weights) {
@@ -156,8 +156,7 @@ TEST_P(Bilinear, RegionRoutinesWriteTheirRectangleAndNothingElse) {
 TEST_P(Bilinear, BodyOfFewerThanFourRowsCoversNothing) {
     for (int height : {3, 2, 1}) {
         const Size size{height, 20};
-        const uint8_t* const from =
-            source.hold(sampleBytes(Content::noise, size, 1), guard::Placement::againstEnd);
+        const uint8_t* const from = source.hold(sampleBytes(Content::noise, size, 1), guard::Placement::againstEnd);
         for (const kro::Kernels* table : usableTables()) {
             destination.check(
                 *table, untouched(bytes(size)),
@@ -362,7 +361,7 @@ TEST(BilinearOddities, BilinearGreenFirstOddWidthMarkedValues) {
             const std::vector<uint8_t> after = toBgr(*table, phase, m);
             // The colour at the odd columns of row 0: red in GR, in byte 2; blue in GB, in byte 0.
             const size_t top = phase == Phase::gr ? 2 : 0;
-            EXPECT_EQ(25, before[19 * 3 + 1] - after[19 * 3 + 1]) << table->name;           // green at (0, W - 2)
+            EXPECT_EQ(25, before[19 * 3 + 1] - after[19 * 3 + 1]) << table->name;  // green at (0, W - 2)
             EXPECT_EQ(50, before[(21 + 19) * 3 + top] - after[(21 + 19) * 3 + top]) << table->name;
             EXPECT_EQ(50, before[(21 + 20) * 3 + top] - after[(21 + 20) * 3 + top]) << table->name;
             EXPECT_EQ((m.at(0, 0) + m.at(0, 20) + 2 * m.at(1, 19)) >> 2, after[19 * 3 + 1]);

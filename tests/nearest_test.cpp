@@ -103,7 +103,9 @@ TEST_P(Nearest, RowRoutinesWriteTheirRowsFromRowsThatStandAlone) {
                         ASSERT_TRUE(destination.check(
                             *table, expected,
                             [&](uint8_t* to) { callRows(*table, body, kind(), rows, width, to, swap); },
-                            [&] { return std::string(body ? "body" : "last row") + " width " + std::to_string(width); }));
+                            [&] {
+                                return std::string(body ? "body" : "last row") + " width " + std::to_string(width);
+                            }));
                     }
                 }
             }

@@ -1,0 +1,29 @@
+#!/bin/sh
+# No writable data of the library's own, and no library needed beyond the C++ runtime.
+# usage: check-library.sh LIBRARY
+set -eu
+library=$1
+status=0
+
+writable=$(readelf -SW "$library" | sed -n 's/^ *\[ *\([0-9]*\)\] \(\.data\|\.bss\|\.tdata\|\.tbss\) .*/\1/p')
+for section in $writable; do
+    # What the compiler's start files and its CPU record bring along.
+    own=$(readelf -sW "$library" | awk -v section="$section" '$7 == section && $4 == "OBJECT" { print $8 }' | sort -u |
+        grep -Ev '^(completed\.[0-9]+|__dso_handle|__TMC_END__|__cpu_model|__cpu_features2|dtor_idx.*|object\.[0-9]+)$' ||
+        true)
+    if [ -n "$own" ]; then
+        echo "writable data: $own"
+        status=1
+    fi
+done
+
+for needed in $(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
+    case $needed in
+        libstdc++.so.* | libm.so.* | libgcc_s.so.* | libc.so.* | ld-linux*) ;;
+        *)
+            echo "needs $needed"
+            status=1
+            ;;
+    esac
+done
+exit $status

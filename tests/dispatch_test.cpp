@@ -1,0 +1,108 @@
+// The tables of kernels: complete, distinct, and exactly those that this processor can run.
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "support.hpp"
+
+namespace {
+
+struct Member {
+    const char* routine;
+    const void* address;
+};
+
+std::vector<Member> membersOf(const kro::Kernels& table) {
+    std::vector<Member> members;
+#define KRO_KERNEL(routine, ...) members.push_back({#routine, reinterpret_cast<const void*>(table.routine)});
+#include "isa/kernels.def"
+#undef KRO_KERNEL
+    return members;
+}
+
+bool processorHas(const std::vector<std::string>& wanted) {
+    std::ifstream info("/proc/cpuinfo");
+    std::string line;
+    std::set<std::string> flags;
+    while (std::getline(info, line)) {
+        if (line.rfind("flags", 0) == 0) {
+            std::istringstream words(line);
+            for (std::string word; words >> word;) {
+                flags.insert(word);
+            }
+            break;
+        }
+    }
+    for (const std::string& flag : wanted) {
+        if (flags.count(flag) == 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TEST(Dispatch, TablesAreThoseThatTheProcessorRuns) {
+    const std::vector<std::string> wide = {"avx512f", "avx512bw", "avx512vl", "avx512dq"};
+    std::vector<std::string> widest = wide;
+    widest.push_back("avx512vbmi");
+    const struct {
+        const char* name;
+        std::vector<std::string> flags;
+    } all[] = {{"scalar", {}}, {"ssse3", {"ssse3"}}, {"avx2", {"avx2"}}, {"avx512bw", wide}, {"avx512vbmi", widest}};
+    std::vector<std::string> expected;
+    for (const auto& set : all) {
+        if (processorHas(set.flags)) {
+            expected.push_back(set.name);
+        }
+    }
+    std::vector<std::string> found;
+    for (const kro::Kernels* table : usableTables()) {
+        found.push_back(table->name);
+    }
+    EXPECT_EQ(expected, found);
+}
+
+TEST(Dispatch, BestIsTheLastUsableTable) { EXPECT_EQ(usableTables().back(), &kro::bestKernels()); }
+
+TEST(Dispatch, ListingHonoursTheRoomGiven) {
+    const kro::Kernels* tables[2] = {nullptr, nullptr};
+    const int count = kro::usableKernels(tables, 1);
+    EXPECT_EQ(static_cast<int>(usableTables().size()), count);
+    EXPECT_NE(nullptr, tables[0]);
+    EXPECT_EQ(nullptr, tables[1]);
+}
+
+TEST(Dispatch, EveryTableIsComplete) {
+    for (const kro::Kernels* table : usableTables()) {
+        for (const Member& member : membersOf(*table)) {
+            EXPECT_NE(nullptr, member.address) << table->name << " " << member.routine;
+        }
+        for (const auto& family : table->frame) {
+            for (const auto kernel : family) {
+                EXPECT_TRUE(kernel != nullptr) << table->name;
+            }
+        }
+    }
+}
+
+// What is tested under a table's name is that table's own code.
+TEST(Dispatch, NoRoutineIsSharedBetweenTables) {
+    std::set<const void*> seen;
+    size_t count = 0;
+    for (const kro::Kernels* table : usableTables()) {
+        for (const Member& member : membersOf(*table)) {
+            if (member.address != nullptr) {
+                EXPECT_TRUE(seen.insert(member.address).second) << table->name << " " << member.routine;
+                ++count;
+            }
+        }
+        for (const auto& family : table->frame) {
+            for (const auto kernel : family) {
+                EXPECT_TRUE(seen.insert(reinterpret_cast<const void*>(kernel)).second) << table->name;
+            }
+        }
+    }
+    EXPECT_GT(count, 0u);
+}
+
+}  // namespace

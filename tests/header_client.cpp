@@ -1,0 +1,1 @@
+#include "header_client.c"  // the same text, as C++
