@@ -13,12 +13,11 @@ struct SetMark {
     double share;
 };
 
-// At 1280x960 and 1920x1080, whole frames with borders. In 32 bits the mark of the best set holds for both AVX-512
-// tables' better one.
+// At 1280x960 and 1920x1080, whole frames with borders.
 struct Marks {
     const char* caseName;
     SetMark wide[4];
-    SetMark narrow[3];   // 32 bits
+    SetMark narrow[3];   // 32 bits; "best": the better of the AVX-512 tables
     double largeFrames;  // the best set at 4096x3000; 0: none
 };
 
@@ -115,8 +114,8 @@ std::string shareCell(const Result* result, double mark) {
 
 std::string plainCell(const std::vector<Result>& results, const Marks& marks, const char* size, const char* set) {
     const Result* result = find(results, marks.caseName, size, set);
-    const bool bestOf32 = bitsOfThisBuild == 32 && isAvx512(set) && result == best(results, marks.caseName, size);
-    return shareCell(result, bestOf32 ? marks.narrow[0].share : markOf(marks.caseName, size, set));
+    const bool otherIsBest = bitsOfThisBuild == 32 && isAvx512(set) && result != best(results, marks.caseName, size);
+    return shareCell(result, otherIsBest ? 0 : markOf(marks.caseName, size, set));
 }
 
 // What rows at odd addresses and odd widths cost: the rate against that of the plain size, in the same rounds.
@@ -165,8 +164,11 @@ double markOf(const std::string& caseName, const std::string& shapeName, const s
     if (marks == nullptr || !isPlain(shapeName)) {
         return 0;
     }
-    return bitsOfThisBuild == 32 ? shareNamed(std::begin(marks->narrow), std::end(marks->narrow), instructionSet)
-                                 : shareNamed(std::begin(marks->wide), std::end(marks->wide), instructionSet);
+    if (bitsOfThisBuild == 64) {
+        return shareNamed(std::begin(marks->wide), std::end(marks->wide), instructionSet);
+    }
+    return shareNamed(std::begin(marks->narrow), std::end(marks->narrow),
+                      isAvx512(instructionSet) ? "best" : instructionSet);
 }
 
 bool hasMarks(const std::string& caseName) { return marksOf(caseName) != nullptr; }

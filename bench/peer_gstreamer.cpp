@@ -25,10 +25,18 @@ std::shared_ptr<GstBuffer> bufferOver(void* memory, size_t size) {
     return {gst_buffer_new_wrapped_full(GstMemoryFlags(0), memory, size, 0, size, nullptr, nullptr), Unref()};
 }
 
+// It pads rows to four bytes, ours are not padded; and it crashes on unaligned destinations.
+bool serves(const Frame& frame) {
+    return frame.width() % 4 == 0 && reinterpret_cast<uintptr_t>(frame.destination()) % 16 == 0;
+}
+
 Work bayerToRgb(const Frame& frame) {
+    if (!serves(frame)) {
+        return {};
+    }
     GstElement* made = gst_element_factory_make("bayer2rgb", nullptr);
-    if (made == nullptr || frame.width() % 4 != 0) {
-        return {};  // its rows are padded to four bytes, ours are not
+    if (made == nullptr) {
+        return {};
     }
     gst_object_ref_sink(made);
     const std::shared_ptr<GstElement> element(made, Unref());
