@@ -7,9 +7,9 @@
 #include "demosaicingBilinear/bilinear.hpp"
 #include "demosaicingBilinear/bilinear16.hpp"
 #include "demosaicingEdge/edge.hpp"
+#include "demosaicingEdge/edge16.hpp"
 #include "demosaicingNearest/nearest.hpp"
 #include "isa/kernels.hpp"
-#include "isa/pending.hpp"
 
 namespace kro {
 namespace {
@@ -21,7 +21,7 @@ struct Entries : ReductionKernels<V>,
                  BilinearKernels<V>,
                  Bilinear16Kernels<V>,
                  EdgeKernels<V>,
-                 PendingKernels {};
+                 Edge16Kernels<V> {};
 
 template <class V>
 constexpr Kernels kernelsOf(const char* name) {
