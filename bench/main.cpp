@@ -66,6 +66,13 @@ void writeTo(const std::string& name, const std::function<void(std::ostream&)>& 
     }
 }
 
+// Before minutes are spent on what could not be kept.
+void requireWritable(const std::string& name) {
+    if (!name.empty() && name != "-" && !std::ofstream(name, std::ios::app)) {
+        throw std::runtime_error("cannot write " + name);
+    }
+}
+
 class Benchmark {
 public:
     explicit Benchmark(const Options& options)
@@ -109,6 +116,8 @@ public:
     }
 
     void run() {
+        requireWritable(options_.jsonFile);
+        requireWritable(options_.csvFile);
         pinToCore(options_.core);
         const std::vector<Shape> shapes = options_.marks ? shapesForMarks() : shapesFrom(options_.sizes);
         const bool quiet = options_.jsonFile == "-" || options_.csvFile == "-";
@@ -280,7 +289,11 @@ int main(int argc, char** argv) {
     CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries"};
     bench::Options options;
     bench::declare(app, options);
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& problem) {
+        return app.exit(problem) == 0 ? 0 : 2;
+    }
     try {
         return bench::runWith(options);
     } catch (const std::exception& problem) {

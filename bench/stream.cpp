@@ -1,6 +1,9 @@
 #include "stream.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <iterator>
 #include <numeric>
 
 namespace bench {
@@ -9,19 +12,19 @@ namespace {
 struct Width {
     const char* name;
     bool usable;
-    StreamLoop (*loop)(size_t in, size_t out, StreamKind kind);
+    StreamLoop (*loop)(size_t ratio, StreamKind kind);
 };
 
-struct Ratio {
-    size_t in;
-    size_t out;
-};
-
-// Odd frames of packed samples hold a last group of which one sample counts; it does not change the ratio.
-Ratio ratioOf(size_t sourceSize, size_t destinationSize) {
-    const size_t twelfths = (sourceSize * 12 + destinationSize / 2) / destinationSize;
-    const size_t common = std::gcd(twelfths, size_t{12});
-    return {twelfths / common, 12 / common};
+// The nearest one: odd frames of packed samples hold a last group of which one sample counts.
+size_t ratioOf(size_t sourceSize, size_t destinationSize) {
+    const auto distance = [=](const StreamRatio& ratio) {
+        return std::fabs(static_cast<double>(sourceSize) / static_cast<double>(destinationSize) -
+                         static_cast<double>(ratio.in) / static_cast<double>(ratio.out));
+    };
+    const auto* nearest =
+        std::min_element(std::begin(streamRatios), std::end(streamRatios),
+                         [&](const StreamRatio& a, const StreamRatio& b) { return distance(a) < distance(b); });
+    return static_cast<size_t>(nearest - streamRatios);
 }
 
 }  // namespace
@@ -32,17 +35,17 @@ std::vector<StreamVariant> streamVariants(size_t sourceSize, size_t destinationS
         {"avx2", __builtin_cpu_supports("avx2") != 0, streamLoopAvx2},
         {"sse2", __builtin_cpu_supports("sse2") != 0, streamLoopSse2},
     };
-    const Ratio ratio = ratioOf(sourceSize, destinationSize);
+    const size_t ratio = ratioOf(sourceSize, destinationSize);
     std::vector<StreamVariant> variants;
     for (const Width& width : widths) {
         if (!width.usable || variants.size() >= 4) {
             continue;  // the two widest are enough: a narrower one never was the fastest
         }
         const std::string name = width.name;
-        variants.push_back({name, width.loop(ratio.in, ratio.out, StreamKind::plain), false});
-        variants.push_back({name + " x4", width.loop(ratio.in, ratio.out, StreamKind::unrolled), false});
+        variants.push_back({name, width.loop(ratio, StreamKind::plain), false});
+        variants.push_back({name + " x4", width.loop(ratio, StreamKind::unrolled), false});
         if (withBypass && variants.size() == 2) {
-            variants.push_back({name + " bypassing", width.loop(ratio.in, ratio.out, StreamKind::bypass), true});
+            variants.push_back({name + " bypassing", width.loop(ratio, StreamKind::bypass), true});
         }
     }
     return variants;

@@ -23,10 +23,17 @@ std::vector<StreamVariant> streamVariants(size_t sourceSize, size_t destinationS
 // Reads the whole picture, as the program that receives it would.
 uint64_t consume(const uint8_t* bytes, size_t size);
 
-// Per width: the loop that moves `in` vectors in and `out` out at a step; null where the ratio has none.
+// Bytes in to bytes out, of every case there is.
+struct StreamRatio {
+    size_t in;
+    size_t out;
+};
+constexpr StreamRatio streamRatios[] = {{1, 1}, {1, 2}, {1, 3}, {1, 4}, {2, 1}, {2, 3}, {3, 2}, {3, 4}};
+
+// Per width: the loop that moves streamRatios[ratio].in vectors in and .out vectors out at a step.
 enum class StreamKind { plain, unrolled, bypass };
-StreamLoop streamLoopSse2(size_t in, size_t out, StreamKind kind);
-StreamLoop streamLoopAvx2(size_t in, size_t out, StreamKind kind);
-StreamLoop streamLoopAvx512(size_t in, size_t out, StreamKind kind);
+StreamLoop streamLoopSse2(size_t ratio, StreamKind kind);
+StreamLoop streamLoopAvx2(size_t ratio, StreamKind kind);
+StreamLoop streamLoopAvx512(size_t ratio, StreamKind kind);
 
 }  // namespace bench

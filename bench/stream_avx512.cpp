@@ -4,4 +4,4 @@ static constexpr size_t vectorBytes = 64;
 
 #include "stream_loop.hpp"
 
-bench::StreamLoop bench::streamLoopAvx512(size_t in, size_t out, StreamKind kind) { return anyLoop(in, out, kind); }
+bench::StreamLoop bench::streamLoopAvx512(size_t ratio, StreamKind kind) { return anyLoop(ratio, kind); }

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "stream.hpp"
 
@@ -66,8 +68,10 @@ void stream(const uint8_t* source, size_t sourceSize, uint8_t* destination, size
     }
 }
 
-template <size_t in, size_t out>
+template <size_t ratio>
 bench::StreamLoop loopOf(bench::StreamKind kind) {
+    constexpr size_t in = bench::streamRatios[ratio].in;
+    constexpr size_t out = bench::streamRatios[ratio].out;
     switch (kind) {
         case bench::StreamKind::plain:
             return stream<in, out, false>;
@@ -79,15 +83,13 @@ bench::StreamLoop loopOf(bench::StreamKind kind) {
 }
 
 template <size_t... ratios>
-bench::StreamLoop loopAmong(size_t in, size_t out, bench::StreamKind kind) {
-    bench::StreamLoop found = nullptr;
-    ((ratios == in * 10 + out ? void(found = loopOf<ratios / 10, ratios % 10>(kind)) : void()), ...);
-    return found;
+bench::StreamLoop loopAmong(std::index_sequence<ratios...>, size_t ratio, bench::StreamKind kind) {
+    constexpr bench::StreamLoop (*loops[])(bench::StreamKind) = {loopOf<ratios>...};
+    return loops[ratio](kind);
 }
 
-// Every ratio of bytes in to bytes out that a case has.
-bench::StreamLoop anyLoop(size_t in, size_t out, bench::StreamKind kind) {
-    return loopAmong<11, 12, 13, 14, 21, 23, 32, 34>(in, out, kind);
+bench::StreamLoop anyLoop(size_t ratio, bench::StreamKind kind) {
+    return loopAmong(std::make_index_sequence<std::size(bench::streamRatios)>(), ratio, kind);
 }
 
 }  // namespace
