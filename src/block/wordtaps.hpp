@@ -71,29 +71,27 @@ KRO_INLINE void eachWordBlock(Columns columns, Columns inner, int32_t width, con
     constexpr int32_t step = W::columns;
     const int32_t begin = (columns.begin + 1) & ~1;
     const int32_t end = columns.end & ~1;
-    if (step == 2 || end - begin < step) {
+    if (end - begin < step) {
         eachWordCell(columns, width, text);
         return;
     }
-    if constexpr (step > 2) {
-        if (columns.begin < begin) {
-            eachWordCell({columns.begin, begin}, width, text);
-        }
-        int32_t x = begin;
-        if (x < inner.begin) {
-            endWordBlock<W>(x, width, text);
-            x += step;
-        }
-        const int32_t lastInner = (end < inner.end ? end : inner.end) - step;
-        for (; x <= lastInner; x += step) {
-            text(InnerWords<W>{x});
-        }
-        for (; x < end; x += step) {
-            endWordBlock<W>(x < end - step ? x : end - step, width, text);
-        }
-        if (end < columns.end) {
-            eachWordCell({end, columns.end}, width, text);
-        }
+    if (columns.begin < begin) {
+        eachWordCell({columns.begin, begin}, width, text);
+    }
+    int32_t x = begin;
+    if (x < inner.begin) {
+        endWordBlock<W>(x, width, text);
+        x += step;
+    }
+    const int32_t lastInner = (end < inner.end ? end : inner.end) - step;
+    for (; x <= lastInner; x += step) {
+        text(InnerWords<W>{x});
+    }
+    for (; x < end; x += step) {
+        endWordBlock<W>(x < end - step ? x : end - step, width, text);
+    }
+    if (end < columns.end) {
+        eachWordCell({end, columns.end}, width, text);
     }
 }
 
