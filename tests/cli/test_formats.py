@@ -92,5 +92,3 @@ class Formats(Case):
                            ("rggb9", "unknown"), ("BayerRG", "unknown"), ("", "unknown pixel format ''")):
             self.kro_fails(2, "mosaic", "picture.ppm", "-f", name, "-o", "x.raw", says=says)
         self.assertEqual(self.names(), ["picture.ppm"])
-
-

@@ -86,6 +86,8 @@ private:
     const OutputFormat* chooseOutput(const std::string& input, const InputFormat& format) const;
     void addTarget(Unit unit, std::optional<uint64_t> number);
     void reserveTarget(const Unit& unit);
+    bool keepWritable();
+    void sayInferred() const;
     void convertUnit(const Unit& unit, Developer& developer);
     void convertStream(Unit unit, Developer& developer);
     void put(const Unit& unit, const Bytes& frame, Developer& developer);
@@ -126,7 +128,7 @@ Conversion::Conversion(const ConvertRequest& request)
 
 const OutputFormat* Conversion::chooseOutput(const std::string& input, const InputFormat& format) const {
     if (options_.depth == 16) {
-        requireDeepPath(input, format, options_.algorithm);
+        requireDeepPath(input, format, options_);
         return nullptr;
     }
     const OutputFormat& output = options_.output != nullptr ? *options_.output : defaultOutput(names_.type(), format);
@@ -154,6 +156,7 @@ void Conversion::planInput(const std::string& input) {
 void Conversion::planFrames(const InputFile& file, Unit unit) {
     const FrameRange range = framesInFile(file, unit.layout, range_);
     for (unit.frame = range.first; unit.frame <= range.last; unit.frame++) {
+        // A range that happens to end in one frame is numbered like any other.
         const bool numbered = !range.single() || (range_.chosen && !range_.single());
         addTarget(unit, numbered ? std::optional<uint64_t>(unit.frame) : std::nullopt);
     }
@@ -167,13 +170,9 @@ void Conversion::addTarget(Unit unit, std::optional<uint64_t> number) {
 }
 
 void Conversion::reserveTarget(const Unit& unit) {
-    if (unit.target.empty()) {
-        return;
-    }
-    if (!targets_.insert(unit.target).second) {
+    if (!unit.target.empty() && !targets_.insert(unit.target).second) {
         throw UsageFailure(unit.target + " would be written twice, the second time from " + unit.input);
     }
-    checkTarget(unit.target, inputs_, !request_.noClobber);
 }
 
 bool Conversion::plan() {
@@ -188,14 +187,22 @@ bool Conversion::plan() {
             good = false;
         }
     }
+    for (const Unit& unit : units_) {
+        reserveTarget(unit);
+    }
     names_.makeFolder();
+    return keepWritable() && good;
+}
+
+bool Conversion::keepWritable() {
+    bool good = true;
     std::vector<Unit> ready;
     for (const Unit& unit : units_) {
         try {
-            reserveTarget(unit);
+            if (!unit.target.empty()) {
+                checkTarget(unit.target, inputs_, !request_.noClobber);
+            }
             ready.push_back(unit);
-        } catch (const UsageFailure&) {
-            throw;
         } catch (const Failure& failure) {
             console::error(failure.what());
             good = false;
@@ -257,12 +264,22 @@ unsigned Conversion::threads() const {
     return request_.jobs != 0 ? request_.jobs : std::max(1u, std::thread::hardware_concurrency());
 }
 
+void Conversion::sayInferred() const {
+    std::set<std::string> said;
+    for (const Unit& unit : units_) {
+        if (!unit.layout.note.empty() && said.insert(unit.layout.note).second) {
+            console::note(unit.layout.note);
+        }
+    }
+}
+
 bool Conversion::run() {
+    sayInferred();
     guardAgainstInterrupts();
     const bool good = runOnThreads(units_.size(), threads(), [this](std::size_t index, Developer& developer) {
         convertUnit(units_[index], developer);
     });
-    if (written_ > 1) {
+    if (good && written_ > 1 && !names_.isStandardOutput()) {
         console::note(std::to_string(written_) + " pictures written");
     }
     return good;

@@ -50,13 +50,8 @@ DeepEdge deepEdge(Phase phase) {
 }
 
 // The significant bits that the samples have when they reach the library.
-int significantBits(const InputFormat& format, const DevelopOptions& options, const std::string& name) {
-    const int bits = std::min(options.bits.value_or(format.bits), format.bits) - options.shift;
-    if (bits < 1) {
-        throw UsageFailure(name + ": --shift " + std::to_string(options.shift) + " leaves nothing of " + format.name +
-                           " samples");
-    }
-    return bits;
+int significantBits(const InputFormat& format, const DevelopOptions& options) {
+    return std::min(options.bits.value_or(format.bits), format.bits) - options.shift;
 }
 
 }  // namespace
@@ -72,13 +67,18 @@ KroAlgorithm parseAlgorithm(const std::string& name) {
     return static_cast<KroAlgorithm>(found - algorithmNames.begin());
 }
 
-void requireDeepPath(const std::string& name, const InputFormat& format, KroAlgorithm algorithm) {
+void requireDeepPath(const std::string& name, const InputFormat& format, const DevelopOptions& options) {
+    const KroAlgorithm algorithm = options.algorithm;
     const bool exists =
         (algorithm == KRO_EDGE && format.isBayer()) || (algorithm == KRO_BILINEAR && format.phase == Phase::rg);
     if (!exists) {
         throw UsageFailure(name + ": no 16-bit path for " + format.name + " with " +
                            algorithmNames[static_cast<std::size_t>(algorithm)] +
                            "; there are edge for every Bayer frame and bilinear for BayerRG frames");
+    }
+    if (significantBits(format, options) < 1) {
+        throw UsageFailure(name + ": --shift " + std::to_string(options.shift) + " leaves nothing of " + format.name +
+                           " samples");
     }
 }
 
@@ -92,7 +92,7 @@ Picture Developer::develop(const Bytes& frame, const FrameLayout& layout, const 
         }
         return picture;
     }
-    const int bits = significantBits(*layout.format, options, name);
+    const int bits = significantBits(*layout.format, options);
     Picture picture = developDeep(frame, layout, options, name);
     const uint32_t white = (1u << bits) - 1;
     applyTone(picture, options.tone, white, options.scale ? picture.maximum() : white);
@@ -125,7 +125,7 @@ Picture Developer::developDeep(const Bytes& frame, const FrameLayout& layout, co
     picture.data.resize(size.samples() * 3 * sizeof(uint16_t));
     uint16_t* target = reinterpret_cast<uint16_t*>(picture.data.data());
     const int32_t status = options.algorithm == KRO_BILINEAR
-                               ? demosaicingBilinearRGGBU16(samples_.data(), size.height, size.width, target)
+                               ? kroDemosaicingBilinearU16(samples_.data(), size.height, size.width, target)
                                : deepEdge(phase)(samples_.data(), size.height, size.width, target);
     checkStatus(status, name);
     return picture;

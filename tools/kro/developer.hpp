@@ -24,8 +24,8 @@ struct DevelopOptions {
 
 KroAlgorithm parseAlgorithm(const std::string& name);
 
-// A usage failure that says what exists, where the frame has no 16-bit path.
-void requireDeepPath(const std::string& name, const InputFormat& format, KroAlgorithm algorithm);
+// A usage failure that says what exists, where the frame has no 16-bit path or the options leave no bits of it.
+void requireDeepPath(const std::string& name, const InputFormat& format, const DevelopOptions& options);
 
 // Turns frames into pictures. Owns a handle, so each thread has one of its own.
 class Developer {

@@ -294,7 +294,7 @@ const InputFormat& requireInputFormat(const std::string& name) {
     }
     const std::string why = explainUnknown(name);
     throw UsageFailure("unknown pixel format '" + name + "'" +
-                       (why.empty() ? suggestion(name, namesOf(inputTable)) : why) + " (kro formats lists all)");
+                       (why.empty() ? suggestion(name, namesOf(inputTable)) + " (kro formats lists all)" : why));
 }
 
 const OutputFormat& requireOutputFormat(const std::string& name) {

@@ -6,7 +6,6 @@
 #include <regex>
 #include <vector>
 
-#include "console.hpp"
 #include "failure.hpp"
 
 namespace cli {
@@ -178,7 +177,7 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
         const char* what = !request.sizeText.empty()     ? "format"
                            : !request.formatName.empty() ? "size"
                                                          : "size and format";
-        console::note(path + ": read as " + layout.text() + ", " + what + " from its name");
+        layout.note = path + ": read as " + layout.text() + ", " + what + " from its name";
     }
     return layout;
 }

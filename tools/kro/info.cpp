@@ -175,6 +175,9 @@ void printFrame(const Bytes& frame, const FrameLayout& layout, uint64_t number) 
 }
 
 void printLayout(const InputFile& file, const FrameLayout& layout) {
+    if (!layout.note.empty()) {
+        console::note(layout.note);
+    }
     std::printf("%s: %s (0x%08X), first row %.2s, second %.2s, %d bits, %zu bytes a frame\n",
                 file.shownName().c_str(), layout.text().c_str(), layout.format->code,
                 layout.format->isBayer() ? firstSites(layout.format->phase) : "YY",

@@ -1,6 +1,7 @@
 #include <kro/kro.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -66,7 +67,9 @@ void addFrameOptions(CLI::App& command, FrameRequest& frame, std::string& frames
     command.add_option("-f,--format", frame.formatName, "Pixel format: a PFNC name, a short name or a hex code")
         ->type_name("FORMAT");
     command.add_option("-s,--size", frame.sizeText, "Size of a frame")->type_name("WxH");
-    command.add_option("--skip", frame.skip, "Bytes to pass over before the first frame")->type_name("BYTES");
+    command.add_option("--skip", frame.skip, "Bytes to pass over before the first frame")
+        ->type_name("BYTES")
+        ->check([](const std::string& text) { return std::string(text[0] == '-' ? "must not be negative" : ""); });
     command.add_option("--frames,--frame", frames, "Frames to take, counted from 1: 3, 2-5 or 2- (all)")
         ->type_name("N[-M]");
 }
@@ -92,16 +95,18 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     command.add_flag("--scale", request.scale, "With --depth 16: stretch samples to the full 16 bits");
     command.add_option("--bits", request.bits, "With --depth 16: significant bits, where fewer than the format's")
         ->type_name("N")
-        ->check(CLI::Range(1, 16));
+        ->check(CLI::Range(1, 16).description("1..16"));
     command.add_option("--shift", request.shift, "With --depth 16: shift samples right before the library")
         ->type_name("N")
-        ->check(CLI::Range(0, 15));
+        ->check(CLI::Range(0, 15).description("0..15"));
     command.add_option("--wb", request.balance, "White balance of the picture: none, gray or R,G,B gains (none)")
         ->type_name("GAINS");
     command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
         ->type_name("CURVE");
     command.add_flag("--opaque", request.opaque, "Set alpha to 255");
-    command.add_option("-j,--jobs", request.jobs, "Threads (one a core)")->type_name("N")->check(CLI::Range(1, 1024));
+    command.add_option("-j,--jobs", request.jobs, "Threads (one a core)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024).description("1..1024"));
     command.add_flag("--no-clobber", request.noClobber, "Do not replace files that exist");
     addQuiet(command);
     command.footer(convertExamples);
@@ -185,6 +190,20 @@ int finishOutput(int result) {
     return result;
 }
 
+// CLI11 would only say that some subcommand is required.
+void requireKnownCommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    if (word.empty() || word[0] == '-' || std::find(names.begin(), names.end(), word) != names.end()) {
+        return;
+    }
+    const std::string nearest = nearestName(word, names);
+    throw UsageFailure("unknown command '" + word + "'" + (nearest.empty() ? "" : ", did you mean " + nearest + "?") +
+                       " (see kro --help)");
+}
+
 int run(int count, char** arguments) {
     if (count > 1 && std::string(arguments[1]) == "bench") {
         becomeBench(arguments + 1);
@@ -193,6 +212,7 @@ int run(int count, char** arguments) {
     CLI::App app{"kro: raw camera frames to pictures", "kro"};
     Requests requests;
     describeApp(app, requests);
+    requireKnownCommand(app, count > 1 ? arguments[1] : "");
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& answer) {

@@ -153,7 +153,9 @@ void writeSpecialFile(const fs::path& target, const Bytes& data) {
 }  // namespace
 
 void guardAgainstInterrupts() {
+    // A reader that went away and a file that may not grow are failures to write, not reasons to die.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {

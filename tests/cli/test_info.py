@@ -1,0 +1,78 @@
+"""kro info, the help texts and the version."""
+
+import os
+import subprocess
+
+from support import COMMAND, FORMATS, Case
+
+
+class Info(Case):
+    def test_sites(self):
+        values = {"R": 100, "Gr": 200, "Gb": 300, "B": 400}
+        cells = {"RG": ("R", "Gr", "Gb", "B"), "GR": ("Gr", "R", "B", "Gb"), "GB": ("Gb", "B", "R", "Gr"),
+                 "BG": ("B", "Gb", "Gr", "R")}
+        for phase, cell in cells.items():
+            for kind in ("10", "12", "16", "10Packed", "12Packed"):
+                pixel_format = FORMATS["Bayer" + phase + kind]
+                samples = [values[cell[2 * (y & 1) + (x & 1)]] for y in range(6) for x in range(8)]
+                samples[0] += 7
+                self.write("f.raw", pixel_format.pack(samples))
+                said = self.kro("info", "f.raw", "-f", pixel_format.name, "-s", "8x6").decode()
+                self.assertIn(f"8x6 {pixel_format.name} (0x{pixel_format.code:08X})", said)
+                for site, value in (("R", 100), ("G (red rows)", 200), ("G (blue rows)", 300), ("B", 400)):
+                    most = value + (7 if values[cell[0]] == value else 0)
+                    mean = (12 * value + most - value) / 12
+                    fields = [line.split(site, 1)[1].split() for line in said.splitlines()
+                              if line.startswith(f"  {site} ")][0]
+                    self.assertEqual(fields[:2], [str(value), str(most)], (pixel_format.name, site))
+                    self.assertAlmostEqual(float(fields[2]), mean, delta=0.051)
+                self.assertIn(f"significant bits seen: 9 of {pixel_format.bits}", said)
+
+    def test_grey_and_frames(self):
+        self.write("m_8x6_Mono8.raw", bytes([3] * 48 + [5] * 48 + [9] * 48))
+        said = self.kro("info", "m_8x6_Mono8.raw").decode()
+        self.assertIn("3 frames in the file", said)
+        self.assertEqual(said.count("  grey "), 3)
+        said = self.kro("info", "m_8x6_Mono8.raw", "--frame", "2").decode()
+        self.assertIn("3 frames in the file", said)
+        self.assertRegex(said, r"(?s)frame 2\n.*  grey +5 +5 +5\.0")
+        self.assertNotIn("frame 3\n", said)
+        piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=bytes([3] * 48)).decode()
+        self.assertRegex(piped, r"  grey +3 +3 +3\.0")
+
+    def test_hints(self):
+        self.write("m_8x6_Mono16.raw", b"\0\x10" * 48)
+        said = self.kro("info", "m_8x6_Mono16.raw").decode()
+        self.assertIn("significant bits seen: 13 of 16, the low 12 always 0", said)
+        self.write("m_8x6_Mono10.raw", b"\0\x10" * 48)
+        self.assertIn("samples above 1023", self.kro("info", "m_8x6_Mono10.raw").decode())
+
+
+class Help(Case):
+    def test_help_has_examples(self):
+        self.assertIn("Examples:", self.kro("--help").decode())
+        for command in ("convert", "mosaic", "formats", "info"):
+            said = self.kro(command, "--help").decode()
+            self.assertIn("Example", said)
+            self.assertIn(f"kro {command}", said)
+
+    def test_version(self):
+        self.assertRegex(self.kro("--version").decode(), r"^kro \d+\.\d+\.\d+\n$")
+
+
+class Bench(Case):
+    """kro bench becomes kro-bench; one in PATH that is ours shows how."""
+
+    def test_arguments_and_exit_code_are_passed(self):
+        self.write("kro-bench", b"#!/bin/sh\nprintf '<%s>' \"$@\"\nexit 7\n")
+        os.chmod(self.path("kro-bench"), 0o755)
+        beside = os.path.join(os.path.dirname(os.path.realpath(COMMAND)), "kro-bench")
+        build = os.path.join(os.path.dirname(os.path.dirname(os.path.realpath(COMMAND))), "bench", "kro-bench")
+        if os.path.exists(beside) or os.path.exists(build):
+            self.skipTest("a real kro-bench stands nearer than PATH")
+        environment = dict(os.environ, PATH=self.folder + ":" + os.environ["PATH"])
+        result = subprocess.run([COMMAND, "bench", "--json", "a b"], env=environment, stdout=subprocess.PIPE)
+        self.assertEqual((result.returncode, result.stdout), (7, b"<--json><a b>"))
+        environment["PATH"] = "/nowhere"
+        result = subprocess.run([COMMAND, "bench"], env=environment, stderr=subprocess.PIPE)
+        self.assertEqual((result.returncode, result.stderr.count(b"\n")), (1, 1))

@@ -1,0 +1,110 @@
+"""Size and format from file names, and names of what is written."""
+
+import os
+
+from support import FORMATS, Case
+
+
+class InputNames(Case):
+    def inferred(self, name, size, more=()):
+        self.write(name, b"\0" * size)
+        result = self.call("convert", name, "-o", "x.ppm", *more)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        said = result.stderr.decode()
+        self.assertEqual(said.count("\n"), 1, said)
+        return said.split("read as ")[1].split(",")[0]
+
+    def test_names_that_say_it(self):
+        n = 40 * 30
+        for name, size, wanted in (
+                ("outdoor_40x30_BayerGR8.raw", n, "BayerGR8"), ("x_40x30_10bit_RGGB.raw", 2 * n, "BayerRG10"),
+                ("x_40x30_10bit_RGGB.raw", n * 3 // 2, "BayerRG10Packed"), ("40x30.rggb10le", 2 * n, "BayerRG10"),
+                ("chart_40x30_BayerRG10.raw", 2 * n, "BayerRG10"), ("a-40X30-gbrg8.bin", n, "BayerGB8"),
+                ("a_40x30_bggr.raw", n, "BayerBG8"), ("a_40x30_BGGR_12bit_packed.raw", n * 3 // 2, "BayerBG12Packed"),
+                ("a_40x30_Mono12Packed.raw", n * 3 // 2, "Mono12Packed"), ("a_40x30_gray8.raw", n, "Mono8"),
+                ("0x12_40x30_BayerRG8.raw", n, "BayerRG8"), ("12bit_40x30_grbg.raw", 2 * n, "BayerGR12"),
+                ("BayerRG12_packed_40x30.raw", n * 3 // 2, "BayerRG12Packed"), ("r_40x30_mono_16b.raw", 2 * n, "Mono16"),
+                ("bayer_rggb16_40x30.raw", 2 * n, "BayerRG16"), ("my_bg_40x30_BayerGB8.raw", n, "BayerGB8")):
+            self.assertEqual(self.inferred(name, size), "40x30 " + wanted, name)
+
+    def test_options_come_before_names(self):
+        n = 40 * 30
+        self.assertEqual(self.inferred("a_40x30_BayerRG8.raw", n, ("-f", "GB8")), "40x30 BayerGB8")
+        self.assertEqual(self.inferred("b_40x30_BayerRG8.raw", n, ("-s", "20x60")), "20x60 BayerRG8")
+        result = self.call("convert", "b_40x30_BayerRG8.raw", "-s", "30x40", "-f", "BayerBG8", "-o", "x.png")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        result = self.call("convert", "b_40x30_BayerRG8.raw", "-q", "-o", "x.png")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_names_that_do_not(self):
+        n = 640 * 480
+        for name, size, more, says in (
+                ("a.raw", n, (), "--size"), ("a_640x480.raw", n, (), "--format"),
+                ("a_2x2_BayerRG8.raw", 4, (), "--size"), ("b.raw", n, ("-f", "rggb8"), "640x480"),
+                ("c_640x480_RGGB.raw", 2 * n, (), "BayerRG10, BayerRG12 or BayerRG16"),
+                ("d_640x480_bg.raw", n, (), "--format"), ("e_99999999999x4_BayerRG8.raw", n, (), "--size")):
+            self.write(name, b"\0" * size)
+            self.kro_fails(2, "convert", name, "-o", "x.png", *more, says=[name, says])
+        self.assertNotIn("x.png", self.names())
+
+
+class OutputNames(Case):
+    def setUp(self):
+        super().setUp()
+        self.film = self.frame_file("film_8x6_BayerRG8.raw", 8, 6, "BayerRG8", frames=5)
+        self.write("one_8x6_BayerRG8.raw", self.film[:48])
+
+    def new_names(self):
+        return [name for name in self.names() if not name.endswith(".raw")]
+
+    def test_numbers(self):
+        for more, wanted in (((), [1, 2, 3, 4, 5]), (("--frames", "2-4"), [2, 3, 4]), (("--frames", "4-"), [4, 5]),
+                             (("--frames", "5-"), [5])):
+            self.kro("convert", "film_8x6_BayerRG8.raw", "-o", "x.ppm", *more)
+            self.assertEqual(self.new_names(), [f"x-{n:04}.ppm" for n in wanted])
+            for n in wanted:
+                self.write("f.raw", self.film[48 * (n - 1):48 * n])
+                alone = self.kro("convert", "f.raw", "-f", "rggb8", "-s", "8x6", "-o", "-", "--to", "ppm")
+                self.assertEqual(self.read(f"x-{n:04}.ppm"), alone)
+                os.remove(self.path(f"x-{n:04}.ppm"))
+
+    def test_one_frame_has_no_number(self):
+        self.kro("convert", "film_8x6_BayerRG8.raw", "--frame", "3", "-o", "x.png")
+        self.kro("convert", "one_8x6_BayerRG8.raw", "-o", "y.png")
+        self.assertEqual(self.new_names(), ["x.png", "y.png"])
+
+    def test_patterns(self):
+        self.kro("convert", "film_8x6_BayerRG8.raw", "--frames", "1-2", "-o", "{frame}of{name}.png")
+        self.kro("convert", "film_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "--frame", "1", "-o", "p-{name}.ppm")
+        self.assertEqual(self.new_names(), ["0001offilm_8x6_BayerRG8.png", "0002offilm_8x6_BayerRG8.png",
+                                            "p-film_8x6_BayerRG8.ppm", "p-one_8x6_BayerRG8.ppm"])
+
+    def test_folder(self):
+        self.kro("convert", "film_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "-o", "deep/er/", "--to", "bmp")
+        self.assertEqual(sorted(os.listdir(self.path("deep/er"))),
+                         [f"film_8x6_BayerRG8-000{n}.bmp" for n in range(1, 6)] + ["one_8x6_BayerRG8.bmp"])
+        self.kro("convert", "one_8x6_BayerRG8.raw", "-o", "deep")
+        self.assertIn("one_8x6_BayerRG8.png", os.listdir(self.path("deep")))
+
+    def test_no_two_inputs_for_one_output(self):
+        self.kro_fails(2, "convert", "film_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "-o", "x.png", says="FOLDER/")
+        self.kro_fails(2, "convert", "./one_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "-o", "new/", says="twice")
+        self.kro_fails(2, "convert", "film_8x6_BayerRG8.raw", says="-o")
+        self.assertEqual(self.new_names(), [])
+
+    def test_mosaic_names_are_understood_again(self):
+        for pixel_format in FORMATS.values():
+            self.kro("convert", "one_8x6_BayerRG8.raw", "-o", "pic.png")
+            self.kro("mosaic", "pic.png", "-f", pixel_format.name, "-o", "frames/")
+            self.kro("convert", f"frames/pic_8x6_{pixel_format.name}.raw", "-o", "back.png")
+
+    def test_many_on_all_cores(self):
+        for jobs in ("1", "2", "7"):
+            names = []
+            for i in range(20):
+                names.append(f"m{i}_16x8_BayerGB12.raw")
+                self.frame_file(names[-1], 16, 8, "BayerGB12", seed=i)
+            self.kro("convert", *names, "-j", jobs, "-o", f"j{jobs}/", "--to", "ppm")
+            for name in names:
+                alone = self.kro("convert", name, "-o", "-", "--to", "ppm")
+                self.assertEqual(self.read(f"j{jobs}/{name[:-4]}.ppm"), alone)
