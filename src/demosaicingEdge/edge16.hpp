@@ -37,14 +37,14 @@ KRO_INLINE constexpr int32_t farIndex(int32_t index, int32_t n) {
     return index < 0 ? index + 4 : index >= n ? index - 4 : index;
 }
 
-// Four rows of a strip of columns, each with room on both sides. Small enough for the nearer caches; wider frames are
+// The three rows in view of a strip of columns, each with room on both sides. Small enough for the nearer caches; wider frames are
 // walked in several strips.
 constexpr int32_t strip16Columns = 2048;
 
 template <class Word>
 class PairRows {
 public:
-    KRO_INLINE Word* at(int32_t pair, int32_t x) { return rows_[pair & 3] + margin + (x - origin_); }
+    KRO_INLINE Word* at(int32_t pair, int32_t x) { return rows_[(pair + 3) % 3] + margin + (x - origin_); }
     void startAt(int32_t origin) { origin_ = origin; }
 
     // Continues a row of `width` columns by what stands `back` columns inside, `count` on each side.
@@ -64,7 +64,7 @@ public:
 private:
     static constexpr int32_t margin = 128;
     int32_t origin_ = 0;
-    alignas(64) Word rows_[4][strip16Columns + 2 * margin];
+    alignas(64) Word rows_[3][strip16Columns + 2 * margin];
 };
 
 // Samples of at most 12 bits keep every step within signed 16 bits: second differences are at most 8190, gradient sums
@@ -121,17 +121,18 @@ private:
 
     // ---- folding ----
 
+    // The rows that give a pair its colours and its greens: the same two but at the top and bottom of the frame.
+    struct Folded {
+        const uint16_t *upperColours, *lowerColours, *upperGreens, *lowerGreens;
+    };
     void fold(int32_t pair) {
         const int32_t y = 2 * pair, height = frame_.height;
         const Columns made{columns_.begin > 0 ? columns_.begin - 64 : 0,
                            columns_.end + 64 < frame_.width ? columns_.end + 64 : frame_.width};
-        bool deep = foldRows(frame_.row(mirrored(y, height)), frame_.row(mirrored(y + 1, height)), made,
-                             colours_.at(pair, 0), greens_.at(pair, 0));
-        if (y < 0 || y + 1 >= height) {
-            // Far samples; the greens that come along fall into a row that is not in use yet.
-            deep |= foldRows(frame_.row(farIndex(y, height)), frame_.row(farIndex(y + 1, height)), made,
-                             colours_.at(pair, 0), greens_.at(pair + 1, 0));
-        }
+        const bool deep =
+            foldRows({frame_.row(farIndex(y, height)), frame_.row(farIndex(y + 1, height)),
+                      frame_.row(mirrored(y, height)), frame_.row(mirrored(y + 1, height))},
+                     made, colours_.at(pair, 0), greens_.at(pair, 0));
         colours_.continueSides(pair, made, frame_.width, 2, 4);
         greens_.continueSides(pair, made, frame_.width, 1, 2);
         if (deep && !deep_) {
@@ -139,14 +140,14 @@ private:
             widenDifferences(pair);
         }
     }
-    static KRO_OUTLINE bool foldRows(const uint16_t* upper, const uint16_t* lower, Columns made, uint16_t* colours,
-                                     uint16_t* greens) {
+    static KRO_OUTLINE bool foldRows(const Folded& rows, Columns made, uint16_t* colours, uint16_t* greens) {
         auto bits = Words::all(0);
-        const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
-            const auto above = Words::load(upper + x), below = Words::load(lower + x);
-            Words::store(colours + x, pick<Words>(above, below));
-            Words::store(greens + x, pick<Words>(below, above));
-            bits = Words::bitOr(bits, Words::bitOr(above, below));
+        const auto block = [&, rows](int32_t x) KRO_INLINE_LAMBDA {
+            const auto colour = pick<Words>(Words::load(rows.upperColours + x), Words::load(rows.lowerColours + x));
+            const auto green = pick<Words>(Words::load(rows.lowerGreens + x), Words::load(rows.upperGreens + x));
+            Words::store(colours + x, colour);
+            Words::store(greens + x, green);
+            bits = Words::bitOr(bits, Words::bitOr(colour, green));
         };
         int32_t x = made.begin;
         for (; x <= made.end - step; x += step) {
@@ -159,10 +160,10 @@ private:
         }
         int32_t rest = 0;
         for (; x < made.end; ++x) {
-            const bool upperColour = (x % 2 != 0) == colourOdd;
-            colours[x] = upperColour ? upper[x] : lower[x];
-            greens[x] = upperColour ? lower[x] : upper[x];
-            rest |= upper[x] | lower[x];
+            const bool upper = (x % 2 != 0) == colourOdd;
+            colours[x] = (upper ? rows.upperColours : rows.lowerColours)[x];
+            greens[x] = (upper ? rows.lowerGreens : rows.upperGreens)[x];
+            rest |= colours[x] | greens[x];
         }
         return Words::anyBits(bits, deepBits) || (rest & deepBits) != 0;
     }
