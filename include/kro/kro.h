@@ -398,7 +398,19 @@ KRO_API void rg8ToMono8_nearest_lastRows(const uint8_t* const* rows, int32_t wid
 KRO_API void rg8ToBgr8P_nearest_lastRows(const uint8_t* const* rows, int32_t width, uint8_t* redPlane,
                                          uint8_t* greenPlane, uint8_t* bluePlane);
 
-/* ---- bilinear, 8 bits ---- */
+/* ---- bilinear, 8 bits ----
+ * Each missing colour is the truncated mean of the nearest samples of that colour:
+ *
+ *     at a red or blue site   green (P[y-1][x] + P[y+1][x] + P[y][x-1] + P[y][x+1]) >> 2
+ *                             blue or red (P[y-1][x-1] + P[y-1][x+1] + P[y+1][x-1] + P[y+1][x+1]) >> 2
+ *     at a green site         the row's colour (P[y][x-1] + P[y][x+1]) >> 1
+ *                             the other colour (P[y-1][x] + P[y+1][x]) >> 1
+ *
+ * with the mosaic mirrored at its edges (and the three values of GR and GB frames of odd width, see BORDERS). Every
+ * alpha byte is 0.
+ *
+ * Entries. They write every pixel and return 0. Bgr8 and Bgra8 have bytes B, G, R; the entry of the phase with red
+ * and blue exchanged gives R, G, B: bg8ToBgr8_bilinear of an RG frame is RGB8. */
 KRO_API int32_t rg8ToBgr8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
 KRO_API int32_t gr8ToBgr8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
 KRO_API int32_t gb8ToBgr8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
@@ -407,15 +419,39 @@ KRO_API int32_t rg8ToBgra8_bilinear(const uint8_t* source, int32_t height, int32
 KRO_API int32_t gr8ToBgra8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
 KRO_API int32_t gb8ToBgra8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
 KRO_API int32_t bg8ToBgra8_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination);
+/* Planes of an RG frame in the order R, G, B; pass the first and the third exchanged for a BG frame. */
 KRO_API int32_t rg8ToBgr8P_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* firstPlane,
                                     uint8_t* secondPlane, uint8_t* thirdPlane);
+/* The first plane gets the colour that row 0 holds, the third the other: R, G, B of a GR frame, B, G, R of a GB
+ * frame. */
 KRO_API int32_t gr8ToBgr8P_bilinear(const uint8_t* source, int32_t height, int32_t width, uint8_t* firstPlane,
                                     uint8_t* secondPlane, uint8_t* thirdPlane);
+/* Weights of red, green and blue for an RG frame, of blue, green and red for a BG frame. */
 KRO_API int32_t rg8ToMono8_bilinear(const uint8_t* source, int32_t height, int32_t width, const uint32_t* weights,
                                     uint8_t* destination);
+/* Weights of the colour that row 0 holds, of green and of the other: 77, 150, 29 for a GR frame, 29, 150, 77 for
+ * GB. */
 KRO_API int32_t gr8ToMono8_bilinear(const uint8_t* source, int32_t height, int32_t width, const uint32_t* weights,
                                     uint8_t* destination);
 
+/* Regions. With Er = H - 1 - (H & 1) and Ec = W - 1 - (W & 1) they tile a picture without overlap:
+ *
+ *     region                 rows written      columns written   samples read
+ *     rg..._firstRows        0                 0 .. W-1          rows 0 and 1
+ *     gr..._firstRows        0 and 1           0 .. W-1          rows 0 to 2
+ *     _firstCols             1 .. H-1          0                 columns 0 and 1
+ *     _body                  1 .. Er-1         1 .. Ec-1         rows 0 to Er, columns 0 to Ec
+ *     _lastRows              Er .. H-1         1 .. Ec-1         rows Er-1 to H-1, columns 0 to Ec
+ *     _lastCols              1 .. H-1          Ec .. W-1         columns Ec-1 to W-1
+ *
+ * They work on an RG view of the mosaic. A BG frame is that view with swapRB 1, with the outer planes or weights
+ * exchanged. A GB frame is an RG view from row 1 on, a GR frame a BG view from row 1 on: rows 0 and 1 come from
+ * gr..._firstRows, which gets the whole picture, the other regions get source, destination and height of the view,
+ * one row down. There is no _firstRows for planes and Mono8: the entries write those rows.
+ *
+ * The inner part. Returns {Er, Ec}: the first row and the first column that it left, which are the firstBorderRow and
+ * firstBorderCol of _lastRows and _lastCols. A view of less than 4 rows (a GR or GB frame of 4) has no inner part:
+ * nothing is written and the second number is 0 instead of Ec. */
 KRO_API KroCoverage rg8ToBgr8_bilinear_body(const uint8_t* source, uint8_t* destination, int32_t height,
                                             int32_t width, uint32_t swapRB);
 KRO_API KroCoverage rg8ToBgra8_bilinear_body(const uint8_t* source, uint8_t* destination, int32_t height,
@@ -425,6 +461,8 @@ KRO_API KroCoverage rg8ToBgr8P_bilinear_body(const uint8_t* source, uint8_t* red
 KRO_API KroCoverage rg8ToMono8_bilinear_body(const uint8_t* source, uint8_t* destination, int32_t height,
                                              int32_t width, const uint32_t* weights);
 
+/* The first row, and for GR and GB pictures the first two. In the latter row 0's colour goes to byte 0, the other
+ * one to byte 2, or reversed if swapRB is 1: 0 is for B, G, R of a GB frame, 1 for B, G, R of a GR frame. */
 KRO_API void rg8ToBgr8_bilinear_firstRows(const uint8_t* source, uint8_t* destination, int32_t width,
                                           uint32_t swapRB);
 KRO_API void rg8ToBgra8_bilinear_firstRows(const uint8_t* source, uint8_t* destination, int32_t width,
@@ -434,6 +472,7 @@ KRO_API void gr8ToBgr8_bilinear_firstRows(const uint8_t* source, uint8_t* destin
 KRO_API void gr8ToBgra8_bilinear_firstRows(const uint8_t* source, uint8_t* destination, int32_t width,
                                            uint32_t swapRB);
 
+/* The first column, but for its first row. */
 KRO_API void rg8ToBgr8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                           uint32_t swapRB);
 KRO_API void rg8ToBgra8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height,
@@ -443,6 +482,9 @@ KRO_API void rg8ToBgr8P_bilinear_firstCols(const uint8_t* source, uint8_t* redPl
 KRO_API void rg8ToMono8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height,
                                            int32_t width, const uint32_t* weights);
 
+/* The last row or two, but for the first column and the last one or two. firstBorderRow is a row with blue samples
+ * (in the view), wherever it lies: GR and GB pictures may be passed whole, with the view's firstBorderRow + 1.
+ * Nothing is written unless height - firstBorderRow is 1 or 2. */
 KRO_API void rg8ToBgr8_bilinear_lastRows(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                          int32_t firstBorderRow, uint32_t swapRB);
 KRO_API void rg8ToBgra8_bilinear_lastRows(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
@@ -452,6 +494,7 @@ KRO_API void rg8ToBgr8P_bilinear_lastRows(const uint8_t* source, uint8_t* redPla
 KRO_API void rg8ToMono8_bilinear_lastRows(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                           int32_t firstBorderRow, const uint32_t* weights);
 
+/* The last column or two, but for their first row. Nothing is written unless width - firstBorderCol is 1 or 2. */
 KRO_API void rg8ToBgr8_bilinear_lastCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                          int32_t firstBorderCol, uint32_t swapRB);
 KRO_API void rg8ToBgra8_bilinear_lastCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
