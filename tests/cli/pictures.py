@@ -21,7 +21,8 @@ def _unfilter(raw, height, row_bytes, step):
                 row[i] = (row[i] + (left + up) // 2) & 255
             elif kind == 4:
                 guess = left + up - corner
-                nearest = min((abs(guess - left), 0, left), (abs(guess - up), 1, up), (abs(guess - corner), 2, corner))
+                nearest = min((abs(guess - left), 0, left), (abs(guess - up), 1, up),
+                              (abs(guess - corner), 2, corner))
                 row[i] = (row[i] + nearest[2]) & 255
         rows.append(bytes(row))
         before = row
@@ -100,7 +101,8 @@ def read_tiff(data):
         field = data[at + 10 + 12 * i:at + 14 + 12 * i]
         size = {1: 1, 3: 2, 4: 4}.get(kind, 8) * count
         body = field[:size] if size <= 4 else data[struct.unpack("<I", field)[0]:][:size]
-        tags[tag] = list(struct.unpack({1: f"<{count}B", 3: f"<{count}H", 4: f"<{count}I"}.get(kind, f"<{size}B"), body))
+        layout = {1: f"<{count}B", 3: f"<{count}H", 4: f"<{count}I"}.get(kind, f"<{size}B")
+        tags[tag] = list(struct.unpack(layout, body))
     assert tags.get(259, [1]) == [1] and tags.get(284, [1]) == [1]
     channels, bits = tags[277][0], tags[258][0]
     raw = b"".join(data[o:o + n] for o, n in zip(tags[273], tags[279]))

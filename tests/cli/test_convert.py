@@ -25,7 +25,8 @@ class Convert(Case):
         for pixel_format in FORMATS.values():
             self.kro("mosaic", "flat.ppm", "-f", pixel_format.name, "-o", "frame.raw")
             for algorithm in ALGORITHMS:
-                self.kro("convert", "frame.raw", "-f", pixel_format.name, "-s", "20x14", "-a", algorithm, "-o", "x.ppm")
+                self.kro("convert", "frame.raw", "-f", pixel_format.name, "-s", "20x14", "-a", algorithm,
+                         "-o", "x.ppm")
                 luma = (77 * 200 + 150 * 90 + 29 * 30 + 128) >> 8
                 wanted = [luma] * 3 if pixel_format.sites == "YYYY" else list(colour)
                 self.assertEqual(list(self.read("x.ppm")[-840:]), wanted * 280, (pixel_format.name, algorithm))
@@ -50,10 +51,10 @@ class Convert(Case):
         frame = self.frame_file("plain.raw", 8, 6, "BayerRG8")
         self.write("header.raw", b"\xff" * 77 + frame)
         for data, source in ((None, "header.raw"), (self.read("header.raw"), "-")):
-            picture = self.kro("convert", source, "-f", "rggb8", "-s", "8x6", "--skip", "77", "-o", "-", "--to", "raw",
-                               data=data)
-            self.assertEqual(picture, self.kro("convert", "plain.raw", "-f", "rggb8", "-s", "8x6", "-o", "-", "--to",
-                                               "raw"))
+            picture = self.kro("convert", source, "-f", "rggb8", "-s", "8x6", "--skip", "77", "-o", "-", "--to",
+                               "raw", data=data)
+            plain = self.kro("convert", "plain.raw", "-f", "rggb8", "-s", "8x6", "-o", "-", "--to", "raw")
+            self.assertEqual(picture, plain)
 
     def test_real_frame_needs_no_options(self):
         source = os.path.join(FRAMES, "outdoor_2592x1536_BayerGR8.raw")

@@ -79,8 +79,9 @@ class Depth(Case):
             self.kro_fails(2, "convert", name, "--depth", "16", "-a", algorithm, "-o", "x.png",
                            says=[format_name, algorithm, "there are edge for every Bayer frame and bilinear"])
         name = self.sixteen(FORMATS["BayerRG10"], [0] * (WIDTH * HEIGHT))
-        for more, says in ((("-o", "x.bmp"), "bmp"), (("-o", "x.pgm"), "pgm"), (("-o", "x.png", "-O", "RGB8"), "-format"),
-                           (("-o", "x.png", "--opaque"), "--opaque"), (("-o", "x.png", "--shift", "10"), "--shift 10")):
+        for more, says in ((("-o", "x.bmp"), "bmp"), (("-o", "x.pgm"), "pgm"),
+                           (("-o", "x.png", "-O", "RGB8"), "-format"), (("-o", "x.png", "--opaque"), "--opaque"),
+                           (("-o", "x.png", "--shift", "10"), "--shift 10")):
             self.kro_fails(2, "convert", name, "--depth", "16", *more, says=says)
         for more in (("--scale",), ("--bits", "9"), ("--shift", "1"), ("--depth", "12")):
             self.kro_fails(2, "convert", name, "-o", "x.png", *more, says="--depth")

@@ -19,7 +19,8 @@ class Failures(Case):
                 (("missing.raw",), ["missing.raw", "No such file"]), ((".",), ["directory"]),
                 (("short.raw",), ["short.raw", "47 bytes", "8x6 BayerRG8", "48"]),
                 (("long.raw",), ["long.raw", "49 bytes", "48", "1 frame and 1 bytes more"]),
-                (("empty.raw",), ["empty.raw", "empty", "48"]), (("f.raw", "--skip", "48"), ["--skip 48", "48 bytes"]),
+                (("empty.raw",), ["empty.raw", "empty", "48"]),
+                (("f.raw", "--skip", "48"), ["--skip 48", "48 bytes"]),
                 (("f.raw", "--skip", "1"), ["47 bytes"]), (("f.raw", "--frame", "2"), ["no frame 2", "1 frame"])):
             self.kro_fails(1, "convert", *arguments, *SIZE, "-o", "x.png", says=says)
             self.kro_fails(1, "info", *arguments, *SIZE, says=says)
@@ -28,7 +29,8 @@ class Failures(Case):
     def test_usage(self):
         good = ("convert", "f.raw", *SIZE, "-o", "x.png")
         for arguments, says in (
-                ((), "--help"), (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"), (("convert",), "FRAME"),
+                ((), "--help"), (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
+                (("convert",), "FRAME"),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "8by6", "-o", "x.png"), ["8by6", "1280x960"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "3x9", "-o", "x.png"), ["3x9", "4x4"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "99999x99999", "-o", "x.png"), "99999x99999"),
@@ -36,7 +38,8 @@ class Failures(Case):
                 ((*good, "--wb", "red"), ["red", "gray"]), ((*good, "--wb", "1,0,1"), "1,0,1"),
                 ((*good, "--wb", "1,1,1,1"), "1,1,1,1"), ((*good, "--gamma", "0"), ["'0'", "2.2"]),
                 ((*good, "--gamma", "2.2x"), "2.2x"), ((*good, "--frames", "0"), "count from 1"),
-                ((*good, "--frames", "4-2"), "4-2"), ((*good, "--frames", "a"), "2-5"), ((*good, "--skip", "-1"), "--skip"),
+                ((*good, "--frames", "4-2"), "4-2"), ((*good, "--frames", "a"), "2-5"),
+                ((*good, "--skip", "-1"), "--skip"),
                 ((*good, "--skip", "x"), "--skip"), ((*good, "-j", "0"), "jobs"), ((*good, "--bits", "17"), "bits"),
                 ((*good, "--what"), "--what"), ((*good, "-O", "Mono8", "--wb", "gray"), "colour"),
                 (("mosaic", "f.raw", "-o", "x.raw"), "--format"), (("mosaic", "f.raw", "-f", "rggb8"), "-o"),
@@ -49,7 +52,8 @@ class Failures(Case):
         broken = bytearray(good)
         broken[50] ^= 255
         for name, data, says in (
-                ("f.raw", None, "no PNG, PPM or PGM"), ("empty.raw", None, "empty"), ("none.png", None, "No such file"),
+                ("f.raw", None, "no PNG, PPM or PGM"), ("empty.raw", None, "empty"),
+                ("none.png", None, "No such file"),
                 ("cut.png", good[:-20], "damaged PNG"), ("broken.png", bytes(broken), "damaged PNG"),
                 ("magic.png", good[:8], "damaged PNG"), ("cut.ppm", write_ppm(8, 6, [1] * 143), "too early"),
                 ("head.ppm", b"P6\n8", "too early"), ("word.ppm", b"P6\n8 x 255\n", "number"),

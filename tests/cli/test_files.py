@@ -43,7 +43,8 @@ class Files(Case):
             resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
 
         self.write("x.ppm", b"old")
-        self.kro_fails(1, "convert", "f.raw", *SIZE, "-o", "x.ppm", preexec_fn=little_room, says=["x.ppm", "too large"])
+        self.kro_fails(1, "convert", "f.raw", *SIZE, "-o", "x.ppm", preexec_fn=little_room,
+                       says=["x.ppm", "too large"])
         self.kro_fails(1, "convert", "f.raw", *SIZE, "-o", "y.ppm", preexec_fn=little_room, says="y.ppm")
         self.assertEqual((self.names(), self.read("x.ppm")), (["f.raw", "x.ppm"], b"old"))
 
@@ -93,8 +94,9 @@ class Files(Case):
             file.truncate(width * height * 3000)
         for number, wait in ((signal.SIGINT, 0.15), (signal.SIGTERM, 0.3), (signal.SIGHUP, 0.45)):
             os.mkdir(self.path(number.name))
-            process = subprocess.Popen([COMMAND, "convert", "long.raw", "-f", "rggb8", "-s", f"{width}x{height}", "-o",
-                                        number.name + "/", "--to", "ppm"], cwd=self.folder, stderr=subprocess.DEVNULL,
+            arguments = ("convert", "long.raw", "-f", "rggb8", "-s", f"{width}x{height}", "-o", number.name + "/",
+                         "--to", "ppm")
+            process = subprocess.Popen([COMMAND, *arguments], cwd=self.folder, stderr=subprocess.DEVNULL,
                                        preexec_fn=default_signals)
             time.sleep(wait)
             process.send_signal(number)

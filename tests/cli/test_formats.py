@@ -86,7 +86,8 @@ class Formats(Case):
 
     def test_unknown_names(self):
         self.write("picture.ppm", write_ppm(4, 4, [0] * 48))
-        for name, says in (("BayrRG8", "did you mean BayerRG8?"), ("rggb14", "BayerRG16"), ("qqqqqqqqqq", "kro formats"),
+        for name, says in (("BayrRG8", "did you mean BayerRG8?"), ("rggb14", "BayerRG16"),
+                           ("qqqqqqqqqq", "kro formats"),
                            ("BayerRG12p", "Packed"), ("Mono10p", "Packed"), ("rggb10be", "little-endian"),
                            ("0x02180015", "unknown pixel format"), ("0xzz", "unknown pixel format"),
                            ("rggb9", "unknown"), ("BayerRG", "unknown"), ("", "unknown pixel format ''")):

@@ -23,7 +23,8 @@ class InputNames(Case):
                 ("a_40x30_bggr.raw", n, "BayerBG8"), ("a_40x30_BGGR_12bit_packed.raw", n * 3 // 2, "BayerBG12Packed"),
                 ("a_40x30_Mono12Packed.raw", n * 3 // 2, "Mono12Packed"), ("a_40x30_gray8.raw", n, "Mono8"),
                 ("0x12_40x30_BayerRG8.raw", n, "BayerRG8"), ("12bit_40x30_grbg.raw", 2 * n, "BayerGR12"),
-                ("BayerRG12_packed_40x30.raw", n * 3 // 2, "BayerRG12Packed"), ("r_40x30_mono_16b.raw", 2 * n, "Mono16"),
+                ("BayerRG12_packed_40x30.raw", n * 3 // 2, "BayerRG12Packed"),
+                ("r_40x30_mono_16b.raw", 2 * n, "Mono16"),
                 ("bayer_rggb16_40x30.raw", 2 * n, "BayerRG16"), ("my_bg_40x30_BayerGB8.raw", n, "BayerGB8")):
             self.assertEqual(self.inferred(name, size), "40x30 " + wanted, name)
 

@@ -213,7 +213,7 @@ Colour landscapePanel(Point p) {
     const double hills = 170 + 24 * std::sin(p.x / 41) + 9 * std::sin(p.x / 13 + 1);
     const double meadow = 232 + 12 * std::sin(p.x / 57 + 2);
     if (p.y < hills) {
-        return mix({0.32, 0.52, 0.82}, {0.86, 0.88, 0.90}, p.y / hills);
+        return mix({0.32, 0.52, 0.82}, {0.86, 0.88, 0.90}, p.y / 200);
     }
     if (p.y < meadow) {
         const double ripple = 0.5 + 0.25 * std::sin(p.x / 2.7 + p.y / 3.9) + 0.25 * std::sin(p.y / 2.1 - p.x / 5.3);
@@ -226,7 +226,7 @@ Colour landscapePanel(Point p) {
 // A larger zone plate in two colours, far from the finest rings: what false colour likes best.
 Colour colouredRings(Point p) {
     const double radius = std::hypot(p.x - 40, p.y - 40);
-    return mix({0.75, 0.35, 0.20}, {0.20, 0.55, 0.65}, 0.5 + 0.5 * std::cos(radius * radius / 260));
+    return mix({0.75, 0.35, 0.20}, {0.20, 0.55, 0.65}, 0.5 + 0.5 * std::cos(radius * radius / 560));
 }
 
 // Rounded stones in earthen colours with dark joints: closed edges in all directions.

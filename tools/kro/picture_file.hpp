@@ -31,7 +31,7 @@ std::string extensionList();
 // A whole file in memory. The channels are put into the order that the file wants.
 Bytes encodePicture(Picture picture, const FileType& type);
 
-// PNG, PPM or PGM, told apart by their first bytes; grey or RGB, samples scaled to nothing: maximum says their range.
+// PNG, PPM or PGM, told apart by their first bytes. Grey or RGB, with the file's own samples from 0 to maximum.
 struct DecodedPicture {
     FrameSize size;
     int channels = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <new>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -19,10 +20,9 @@ struct Shared {
     std::atomic<bool> stopped{false};
 };
 
-void runOne(Shared& shared, std::size_t index, Developer& developer,
-            const std::function<void(std::size_t, Developer&)>& work) {
+void guarded(Shared& shared, const std::function<void()>& work) {
     try {
-        work(index, developer);
+        work();
     } catch (const OutputGone& gone) {
         shared.stopped = true;
         shared.failed = true;
@@ -36,23 +36,32 @@ void runOne(Shared& shared, std::size_t index, Developer& developer,
     }
 }
 
+// Fewer threads than wanted do the same work.
+void startThreads(std::vector<std::thread>& threads, std::size_t count, const std::function<void()>& work) {
+    try {
+        while (threads.size() < count) {
+            threads.emplace_back(work);
+        }
+    } catch (const std::system_error&) {
+    }
+}
+
 }  // namespace
 
 bool runOnThreads(std::size_t count, unsigned threads, const std::function<void(std::size_t, Developer&)>& work) {
     Shared shared;
     console::Progress progress(count);
-    const auto loop = [&] {
+    const auto workThrough = [&] {
         Developer developer;
         for (std::size_t i = shared.next++; i < count && !shared.stopped; i = shared.next++) {
-            runOne(shared, i, developer, work);
+            guarded(shared, [&] { work(i, developer); });
             progress.step();
         }
     };
     std::vector<std::thread> others;
-    for (std::size_t i = 1; i < std::min<std::size_t>(threads, count); i++) {
-        others.emplace_back(loop);
-    }
-    loop();
+    startThreads(others, std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)) - 1,
+                 [&] { guarded(shared, workThrough); });
+    guarded(shared, workThrough);
     for (std::thread& thread : others) {
         thread.join();
     }

@@ -1,0 +1,24 @@
+"""Demosaics a raw BayerRG8 frame with OpenCV's three methods: FRAME WIDTH HEIGHT OUT_FOLDER."""
+
+import sys
+
+import cv2
+import numpy
+
+METHODS = {
+    # OpenCV names a pattern after the second row's second and third site.
+    "opencv-bilinear": cv2.COLOR_BayerBG2BGR,
+    "opencv-edge-aware": cv2.COLOR_BayerBG2BGR_EA,
+    "opencv-vng": cv2.COLOR_BayerBG2BGR_VNG,
+}
+
+
+def main() -> None:
+    path, width, height, folder = sys.argv[1], int(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+    frame = numpy.fromfile(path, numpy.uint8).reshape(height, width)
+    for name, method in METHODS.items():
+        if not cv2.imwrite(f"{folder}/{name}.ppm", cv2.cvtColor(frame, method)):
+            sys.exit(f"{folder}/{name}.ppm: cannot be written")
+
+
+main()
