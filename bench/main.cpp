@@ -140,9 +140,9 @@ public:
     }
 
 private:
-    // Every step costs microseconds, so frames are small: wide enough for the widest loop, less for the slow cells.
+    // Every step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single cells.
     void countInstructions(const Case& each, const Table& table) const {
-        const Shape shape{table.instructionSet == "scalar" ? 64 : 640, 16, false};
+        const Shape shape{table.instructionSet == "scalar" ? 64 : 320, 12, false};
         const Frame frame(shape, each.samples, each.outputBytesPerPixel);
         if (const Work work = each.bind(table, frame)) {
             const double perPixel = static_cast<double>(instructionsOf(work)) / static_cast<double>(frame.pixels());
