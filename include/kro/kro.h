@@ -504,7 +504,27 @@ KRO_API void rg8ToBgr8P_bilinear_lastCols(const uint8_t* source, uint8_t* redPla
 KRO_API void rg8ToMono8_bilinear_lastCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                           int32_t firstBorderCol, const uint32_t* weights);
 
-/* ---- edge-directed, 8 bits ---- */
+/* ---- edge-directed, 8 bits ----
+ * Gradient-corrected interpolation along the direction of the smaller gradient, in two steps. S is a sample, G a
+ * green; shifts floor, every result is clamped to 0..255 before it is used or stored.
+ *
+ * Green at a red or blue site (y, x), Dh being twice the site's sample less its two neighbours of the same colour
+ * in the row, Dv the same in the column:
+ *
+ *     H = |S(y,x-1) - S(y,x+1)| + |Dh|      V = |S(y-1,x) - S(y+1,x)| + |Dv|
+ *     H < V:  ((S(y,x-1) + S(y,x+1)) >> 1) + (Dh >> 2)      else, ties included:
+ *             ((S(y-1,x) + S(y+1,x)) >> 1) + (Dv >> 2)
+ *
+ * Red and blue from the differences K = S - G of the sites of that colour:
+ *
+ *     at a green site              S + ((K + K) >> 1), of the two sites beside it, or above and below
+ *     blue at red, red at blue     G + ((K + K + K + K) >> 2), of the four diagonal sites
+ *
+ * Samples and differences mirror at the edges of the frame.
+ *
+ * Entries for RG and GB frames; BG and GR frames are these with the other swap or with redPlane and bluePlane
+ * exchanged. They write every pixel (alpha: see ALPHA) and return 0. workingMemory is there for callers that
+ * provide `width` bytes; it is not touched and may be null. */
 KRO_API int32_t rg8ToBgr8_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
                                uint32_t swap);
 KRO_API int32_t gb8ToBgr8_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
@@ -522,6 +542,21 @@ KRO_API int32_t rg8ToMono8_edge(const uint8_t* source, int32_t height, int32_t w
 KRO_API int32_t gb8ToMono8_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
                                 uint32_t swap, uint8_t* workingMemory);
 
+/* The row-pair step. It carries an RG picture two rows further:
+ *
+ *   band      six row pointers, to mosaic rows r .. r+5, r even. Greens of rows r+2 and r+3 are made, whose
+ *             neighbourhoods these rows are
+ *   output    row r+2 of the picture (each plane's row r+2). Rows r+1, above it, and r+2 are written whole. Of row
+ *             r+3 Bgr8 and Bgra8 get green bytes in columns 0, 1 and from 16 k + 2 on, k = (width - 4) / 16; planes
+ *             and Mono8 get nothing. The next step writes that row
+ *   greenRow  `width` bytes. Before: at even columns the greens made for the red sites of row r, at odd columns
+ *             those for the blue sites of row r+1. After: the same of rows r+2 and r+3. May be the last `width` bytes
+ *             of the picture
+ *
+ * Of Bgra8 alpha is 0 in columns 1 to 16 k of rows r+1 and r+2 and stays what it was elsewhere. Returns 0.
+ * Steps depend on each other through greenRow, so one picture takes them one after the other, r = 0, 2, 4 ... while
+ * r + 5 < H. The first step finds row 0, green bytes of row 1 and greenRow made by the caller. A GB picture does the
+ * same one row down. */
 KRO_API int32_t rg8ToBgr8_edge_body(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow,
                                     uint32_t swap);
 KRO_API int32_t rg8ToBgra8_edge_body(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow,
@@ -530,6 +565,10 @@ KRO_API int32_t rg8ToBgr8P_edge_body(const uint8_t* const* band, int32_t width, 
                                      uint8_t* greenPlane, uint8_t* bluePlane, uint8_t* greenRow);
 KRO_API int32_t rg8ToMono8_edge_body(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow,
                                      uint32_t swap);
+/* The bottom of an RG picture of even height (a GB picture of odd height). band points to the last four mosaic
+ * rows, r to r+3, output to row r+2 of the picture; greenRow holds what the step before left. Writes rows r+1, r+2
+ * and r+3, no alpha byte. greenRow is only read; it may be the last `width` bytes of the picture, which pixels
+ * replace. Returns 0. */
 KRO_API int32_t rg8ToBgr8_edge_last2Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
                                          uint8_t* greenRow, uint32_t swap);
 KRO_API int32_t rg8ToBgra8_edge_last2Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
@@ -538,6 +577,8 @@ KRO_API int32_t rg8ToBgr8P_edge_last2Rows(const uint8_t* const* band, int32_t wi
                                           uint8_t* greenPlane, uint8_t* bluePlane, uint8_t* greenRow);
 KRO_API int32_t rg8ToMono8_edge_last2Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
                                           uint8_t* greenRow, uint32_t swap);
+/* The bottom of an RG picture of odd height (a GB picture of even height): band points to the last five mosaic
+ * rows, r to r+4; writes rows r+1 to r+4. All else is as above. */
 KRO_API int32_t rg8ToBgr8_edge_last3Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
                                          uint8_t* greenRow, uint32_t swap);
 KRO_API int32_t rg8ToBgra8_edge_last3Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
@@ -547,15 +588,30 @@ KRO_API int32_t rg8ToBgr8P_edge_last3Rows(const uint8_t* const* band, int32_t wi
 KRO_API int32_t rg8ToMono8_edge_last3Rows(const uint8_t* const* band, int32_t width, uint8_t* output,
                                           uint8_t* greenRow, uint32_t swap);
 
-/* ---- bilinear, 16 bits ---- */
+/* ---- bilinear, 16 bits ----
+ * RG frames of words to words B, G, R, at any bit depth up to 16, without reduction. Formulas, borders and regions
+ * are those of the 8-bit family (no marked values: there is no G-first form), in exact 32-bit sums, except in the
+ * wrapping columns of the inner part: rows 1 .. Er-1, columns 1 to 8 ((width - 2) / 8) for a width of 10 or more.
+ * There a sum of two or four is taken modulo 65536, read as a signed word and shifted arithmetically: two samples
+ * of 0x4000 give 0xC000, four of 0x3000 give 0xF000, four of 0x1FFF give 0x1FFF.
+ *
+ * Buffers: source n words; destination 3 n words, or n words a plane. No handle, no memory of their own. */
+
+/* The checked entries. Nothing is written but for KRO_OK.
+ * Returns KRO_ERR_NULL (destination or a plane, or source null), KRO_ERR_SIZE (width or height below 4), KRO_OK. */
 KRO_API int32_t kroDemosaicingBilinearU16(const uint16_t* source, int32_t height, int32_t width,
                                           uint16_t* destination);
 KRO_API int32_t kroDemosaicingBilinearU16P(const uint16_t* source, int32_t height, int32_t width, uint16_t* bluePlane,
                                            uint16_t* greenPlane, uint16_t* redPlane);
+/* The same without checks; returns 0. */
 KRO_API int32_t demosaicingBilinearRGGBU16(const uint16_t* source, int32_t height, int32_t width,
                                            uint16_t* destination);
 KRO_API int32_t demosaicingBilinearRGGBU16P(const uint16_t* source, int32_t height, int32_t width,
                                             uint16_t* bluePlane, uint16_t* greenPlane, uint16_t* redPlane);
+/* Regions, with Er and Ec, rows, columns and samples read as in the 8-bit table. `order` 0 puts words B, G, R, 1
+ * puts R, G, B, except in the wrapping columns, which are B, G, R always. _lastRows and _lastCols begin at
+ * firstBorderRow and firstBorderCol and end at the picture's last row and column. The body returns {Ec, Er}: the
+ * first COLUMN that it left comes first, unlike in the 8-bit family. */
 KRO_API void bilinearFirstRowsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t width, uint32_t order);
 KRO_API void bilinearFirstColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                       uint32_t order);
@@ -565,6 +621,7 @@ KRO_API void bilinearLastRowsRGGBU16(const uint16_t* source, uint16_t* destinati
                                      int32_t firstBorderRow, uint32_t order);
 KRO_API void bilinearLastColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                      int32_t firstBorderCol, uint32_t order);
+/* The same to planes of n words each; no order flag. */
 KRO_API void bilinearFirstRowsRGGBU16P(const uint16_t* source, uint16_t* bluePlane, uint16_t* greenPlane,
                                        uint16_t* redPlane, int32_t width);
 KRO_API void bilinearFirstColsRGGBU16P(const uint16_t* source, uint16_t* bluePlane, uint16_t* greenPlane,
@@ -576,23 +633,58 @@ KRO_API void bilinearLastRowsRGGBU16P(const uint16_t* source, uint16_t* bluePlan
 KRO_API void bilinearLastColsRGGBU16P(const uint16_t* source, uint16_t* bluePlane, uint16_t* greenPlane,
                                       uint16_t* redPlane, int32_t height, int32_t width, int32_t firstBorderCol);
 
-/* ---- edge-directed, 16 bits ---- */
+/* ---- edge-directed, 16 bits ----
+ * The method of the 8-bit family on words, all four phases, to words B, G, R; signed 32-bit arithmetic, floor shifts,
+ * ties vertical. Interpolated samples are clamped to 0..clampMax, a pixel's own sample never. Source n words,
+ * destination 3 n words.
+ *
+ * The drivers write every pixel of frames of 4 x 4 and more, check nothing and return 0. Clamped at 4095 (12 bits):
+ * the RG driver; at 65535: the others. */
 KRO_API int32_t demosaicingEdgeRGGBU16(const uint16_t* source, int32_t height, int32_t width, uint16_t* destination);
 KRO_API int32_t demosaicingEdgeGRBGU16(const uint16_t* source, int32_t height, int32_t width, uint16_t* destination);
 KRO_API int32_t demosaicingEdgeGBRGU16(const uint16_t* source, int32_t height, int32_t width, uint16_t* destination);
 KRO_API int32_t demosaicingEdgeBGGRU16(const uint16_t* source, int32_t height, int32_t width, uint16_t* destination);
+/* Regions. They work on a view whose row 0 is a red row: the picture itself for RG and GR, the picture from row 1
+ * on for GB and BG. startColumn is a red site's column in red rows: 2 for RG and GB, 3 for GR and BG. They read
+ * greens back from the destination, so their order matters; this is how a picture of each phase is put together:
+ *
+ *     1  first rows      RG, GR  edgeFirstRowsRGGBU16 of the picture      GB, BG  edgeFirstRowsGBRGU16 of the picture
+ *     2  first columns   RG, GB  edgeFirstColsRGGBU16 of the view         GR, BG  edgeFirstColsGRBGU16 of the view
+ *     3  inner part      edgeSecRGGBU16 from row 2 of the view on, rows = the view's height - 4
+ *     4  last rows       edgeLastRowsRGGBU16 of the picture, firstRow = picture row of step 3 + rows covered
+ *     5  last columns    edgeLastColsRGGBU16 of the view, firstColumn = step 3's first column after
+ *
+ * The picture equals the driver's for heights of 4 or more (GB and BG: 5) and widths of 4 or more. Step 3 covers
+ * rows in views of 6 rows and more; for smaller ones it returns {startColumn, 0}, and step 5 does the columns from
+ * there on.
+ *
+ * The inner part. source and destination point to its first row, a red row with two rows above and, below the
+ * covered ones, two more in view. Rows come in pairs, rows & ~1 of them from 2 on, columns in pairs from
+ * startColumn while c < width - 3. Written: green and blue of the covered rows and columns; red one row and one
+ * column earlier, from the row above the first and from column startColumn - 1, so that red lacks in the last row
+ * and column covered. Read back: greens of the two rows above and of columns startColumn - 2 and startColumn - 1,
+ * which steps 1 and 2 made.
+ * Returns {first column after the covered ones, rows covered}. */
 KRO_API KroCoverage edgeSecRGGBU16(const uint16_t* source, uint16_t* destination, int32_t rows, int32_t width,
                                    int32_t startColumn, int32_t clampMax);
+/* All of row 0, and green and blue of row 1, all columns, from samples of rows 0 to 3. The GBRG form has a blue row
+ * first: all of rows 0 and 1, green and blue of row 2, from rows 0 to 4. Nothing is read back. */
 KRO_API void edgeFirstRowsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t width, int32_t startColumn,
                                   int32_t clampMax);
 KRO_API void edgeFirstRowsGBRGU16(const uint16_t* source, uint16_t* destination, int32_t width, int32_t startColumn,
                                   int32_t clampMax);
+/* Columns 0 and 1 (GRBG: 0 to 2) of rows 2 to height - 1, and their red of row 1. Read back: greens of rows 0 and
+ * 1. */
 KRO_API void edgeFirstColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                   int32_t clampMax);
 KRO_API void edgeFirstColsGRBGU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                   int32_t clampMax);
+/* Rows firstRow to height - 1 from startColumn to the last column, and the red of row firstRow - 1 there. firstRow
+ * is a red row; the picture may begin with either. Nothing is read back. */
 KRO_API void edgeLastRowsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                  int32_t firstRow, int32_t startColumn, int32_t clampMax);
+/* Columns firstColumn to width - 1 of rows 2 to height - 1, their red of row 1, and the red of column firstColumn -
+ * 1 from row 1 on. firstColumn is a red site's column in red rows. Read back: greens of rows 0 and 1. */
 KRO_API void edgeLastColsRGGBU16(const uint16_t* source, uint16_t* destination, int32_t height, int32_t width,
                                  int32_t firstColumn, int32_t clampMax);
 
