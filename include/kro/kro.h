@@ -505,8 +505,8 @@ KRO_API void rg8ToMono8_bilinear_lastCols(const uint8_t* source, uint8_t* destin
                                           int32_t firstBorderCol, const uint32_t* weights);
 
 /* ---- edge-directed, 8 bits ----
- * Gradient-corrected interpolation along the direction of the smaller gradient, in two steps. S is a sample, G a
- * green; shifts floor, every result is clamped to 0..255 before it is used or stored.
+ * Gradient-corrected interpolation along the direction of the smaller gradient, after Hamilton and Adams, in two
+ * steps. S is a sample, G a green; shifts floor, every result is clamped to 0..255 before it is used or stored.
  *
  * Green at a red or blue site (y, x), Dh being twice the site's sample less its two neighbours of the same colour
  * in the row, Dv the same in the column:
