@@ -80,6 +80,11 @@ KRO_INLINE void put(const RowTarget& row, CellBlock block, const P& pixels) {
     }
 }
 
+template <Output kind, bool ownFirst, class P>
+KRO_INLINE void put(const RowTarget& row, InnerBlock<Cell> block, const P& pixels) {
+    put<kind, ownFirst>(row, CellBlock{block.x, 0, true, true}, pixels);
+}
+
 // ---- wide blocks ----
 
 // Weights of sum 256 give at most 255 * 256 + 128 = 65408, so 16-bit lanes are exact (other weights wrap there, and the

@@ -67,6 +67,11 @@ KRO_INLINE void eachCell(Columns columns, int32_t width, const Text& text) {
         text(CellBlock{x, width, x >= columns.begin, x + 1 < columns.end});
     }
 }
+// The one column that an odd width, or a rectangle from column 1 on, leaves beside the blocks of every row.
+template <class Text>
+KRO_OUTLINE void oddColumn(int32_t column, int32_t width, const Text& text) {
+    text(CellBlock{column & ~1, width, column % 2 == 0, column % 2 != 0});
+}
 template <class Text>
 KRO_RARE void fewCells(Columns columns, int32_t width, const Text& text) {
     eachCell(columns, width, text);
@@ -83,7 +88,7 @@ KRO_INLINE void eachBlock(Columns columns, int32_t width, const Text& text) {
     if constexpr (step > 2) {
         if (end - begin >= step) {
             if (columns.begin < begin) {
-                fewCells({columns.begin, begin}, width, text);
+                oddColumn(columns.begin, width, text);
             }
             int32_t x = begin;
             if (x < reach) {
@@ -103,13 +108,24 @@ KRO_INLINE void eachBlock(Columns columns, int32_t width, const Text& text) {
                 text(EndBlock<V, false, true>{end - step, width - end});
             }
             if (end < columns.end) {
-                fewCells({end, columns.end}, width, text);
+                oddColumn(end, width, text);
             }
         } else {
             fewCells(columns, width, text);
         }
     } else {
-        eachCell(columns, width, text);
+        const int32_t inner = width - 2 - reach < end - 2 ? width - 2 - reach : end - 2;
+        const int32_t first = begin < reach ? begin + 2 : begin;
+        if (first > inner) {
+            fewCells(columns, width, text);
+            return;
+        }
+        fewCells({columns.begin, first}, width, text);
+        int32_t x = first;
+        for (; x <= inner; x += 2) {
+            text(InnerBlock<Cell>{x});
+        }
+        fewCells({x, columns.end}, width, text);
     }
 }
 
