@@ -11,8 +11,9 @@ int32_t kroDemosaicingBilinearU16(const uint16_t* source, int32_t height, int32_
     if (destination == nullptr || source == nullptr) {
         return KRO_ERR_NULL;
     }
-    return tooSmall(height, width) ? KRO_ERR_SIZE
-                                   : kro::bestKernels().demosaicingBilinearRGGBU16(source, height, width, destination);
+    return tooSmall(height, width)
+               ? KRO_ERR_SIZE
+               : kro::bestKernels().demosaicingBilinearRGGBU16(source, height, width, destination);
 }
 
 int32_t kroDemosaicingBilinearU16P(const uint16_t* source, int32_t height, int32_t width, uint16_t* bluePlane,

@@ -45,9 +45,7 @@ struct CellLanes {
     }
     // Of unsigned words, rounded up.
     static KRO_INLINE Lanes average(Lanes a, Lanes b) {
-        return each(a, b, [](int32_t x, int32_t y) {
-            return ((x & 0xFFFF) + (y & 0xFFFF) + 1) >> 1;
-        });
+        return each(a, b, [](int32_t x, int32_t y) { return ((x & 0xFFFF) + (y & 0xFFFF) + 1) >> 1; });
     }
     static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return x ^ y; });
@@ -140,9 +138,7 @@ struct Doubled {
 
     using Packed = typename Narrow::Lanes;
     static KRO_INLINE Packed packed(Lanes a) { return Half::packed(a.first, a.second); }
-    static KRO_INLINE void store3(uint16_t* out, Packed c0, Packed c1, Packed c2) {
-        Narrow::store3(out, c0, c1, c2);
-    }
+    static KRO_INLINE void store3(uint16_t* out, Packed c0, Packed c1, Packed c2) { Narrow::store3(out, c0, c1, c2); }
 };
 
 template <>

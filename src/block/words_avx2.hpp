@@ -28,9 +28,7 @@ struct Avx2Words {
     }
 
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
-    static KRO_INLINE Lanes iota() {
-        return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-    }
+    static KRO_INLINE Lanes iota() { return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm256_avg_epu16(a, b); }
@@ -59,8 +57,7 @@ struct Avx2Words {
         const __m256i r0 = _mm256_shuffle_epi8(c0, Avx2::table(rotation[0]));
         const __m256i r1 = _mm256_shuffle_epi8(c1, Avx2::table(rotation[1]));
         const __m256i r2 = _mm256_shuffle_epi8(c2, Avx2::table(rotation[2]));
-        Avx2::storeLanePieces(out,
-                              _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, third[1]), r2, third[2]),
+        Avx2::storeLanePieces(out, _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, third[1]), r2, third[2]),
                               _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, third[2]), r2, third[0]),
                               _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, third[0]), r2, third[1]));
     }

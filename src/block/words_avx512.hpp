@@ -56,7 +56,8 @@ struct Avx512Words {
 
     // One rotation a channel; places of the 32 words modulo 3, shifted by one from vector to vector.
     static KRO_INLINE void store3(uint16_t* out, Packed c0, Packed c1, Packed c2) {
-        static constexpr WordIndices<32> rotation[3] = {rotateWords3<32>(0), rotateWords3<32>(1), rotateWords3<32>(2)};
+        static constexpr WordIndices<32> rotation[3] = {rotateWords3<32>(0), rotateWords3<32>(1),
+                                                        rotateWords3<32>(2)};
         const __m512i r0 = rotated(c0, rotation[0]), r1 = rotated(c1, rotation[1]), r2 = rotated(c2, rotation[2]);
         for (int j = 0; j < 3; ++j) {
             store(out + columns * j, blendThird(blendThird(r0, (1 + j) % 3, r1), (2 + j) % 3, r2));

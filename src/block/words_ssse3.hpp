@@ -85,7 +85,9 @@ struct Ssse3Dwords {
     }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi32(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return Ssse3::select(m, yes, no); }
-    static KRO_INLINE Lanes alternate(Lanes even, Lanes odd) { return select(_mm_set1_epi64x(0xFFFFFFFF), even, odd); }
+    static KRO_INLINE Lanes alternate(Lanes even, Lanes odd) {
+        return select(_mm_set1_epi64x(0xFFFFFFFF), even, odd);
+    }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         const Lanes positive = _mm_andnot_si128(_mm_srai_epi32(a, 31), a);
         return select(_mm_cmpgt_epi32(top, positive), positive, top);

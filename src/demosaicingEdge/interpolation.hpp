@@ -14,8 +14,8 @@ struct GreenTaps {
     typename L::Lanes farWest, farEast, farNorth, farSouth;
 };
 
-// Along the direction of the smaller gradient sum (vertical on ties), corrected by a quarter of the second difference;
-// both quotients are floored before they are added. Not clamped.
+// Along the direction of the smaller gradient sum (vertical on ties), corrected by a quarter of the second
+// difference; both quotients are floored before they are added. Not clamped.
 template <class L>
 KRO_INLINE typename L::Lanes interpolatedGreen(const GreenTaps<L>& t) {
     using Lanes = typename L::Lanes;
