@@ -60,10 +60,10 @@ Request parse(const std::vector<std::string>& arguments) {
     return request;
 }
 
-// Without a choice: two places on the diagonal and the lower right corner, where borders meet.
+// Without a choice: the middle, and two corners, where the borders meet.
 std::vector<Place> defaultPlaces(const Image& image, int side) {
-    return {{image.width / 4, image.height / 4},
-            {image.width / 2, image.height / 2},
+    return {{0, 0},
+            {(image.width - side) / 2, (image.height - side) / 2},
             {image.width - side, image.height - side}};
 }
 
