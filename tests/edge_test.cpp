@@ -129,50 +129,92 @@ TEST_P(Edge, EntriesWithEverySwapUseNoMoreWorkingMemoryThanARow) {
     }
 }
 
+void checkSteps(Kind kind, int width, regions::Band& band, Destination& destination, guard::Buffer& greenRow) {
+    for (Step step : allSteps) {
+        for (bool arbitrary : {false, true}) {
+            const Content content = arbitrary ? Content::noise : allContents[width % 6];
+            const StepCase c(step, width, content, static_cast<uint32_t>(width), arbitrary);
+            const reference::Span blocks = reference::edgeBlockColumns(width);
+            const int complete = step == Step::body ? 2 : outputRows(step);
+            for (uint32_t swap : swaps) {
+                Expected expected = expectedBytes(
+                    c.rows, kind, swap, [&](int y, int) { return y < complete; },
+                    [&](int, int x) { return step == Step::body && blocks.holds(x); });
+                if (step == Step::body && regions::interleaved(kind)) {
+                    const int pixel = regions::bytesPerPixel(kind);
+                    for (int x = 0; x < width; ++x) {
+                        expected.written[static_cast<size_t>((2 * width + x) * pixel + 1)] =
+                            reference::edgeStepWritesGreenBelow(x, width);
+                    }
+                }
+                const auto placement = guard::bothPlacements[swap % 2];
+                const uint8_t* const* const rows = band.hold(c.mosaic, 0, bandRows(step), placement);
+                for (const kro::Kernels* table : usableTables()) {
+                    ASSERT_TRUE(destination.check(
+                        *table, expected,
+                        [&](uint8_t* to) {
+                            uint8_t* const greens =
+                                greenRow.place(static_cast<size_t>(width), placement, guard::Fill::one);
+                            std::copy(c.greenRow.begin(), c.greenRow.end(), greens);
+                            EXPECT_EQ(0, callStep(*table, step, kind, rows, width, to, greens, swap));
+                            if (step == Step::body) {
+                                EXPECT_TRUE(holds(greenRow,
+                                                  {c.greenRowAfter, std::vector<bool>(c.greenRowAfter.size(), true)}))
+                                    << "green row";
+                            }
+                            EXPECT_TRUE(greenRow.canariesHold());
+                        },
+                        [&] {
+                            return std::string(nameOf(step)) + " width " + std::to_string(width) + " swap " +
+                                   std::to_string(swap) + (arbitrary ? " any greens" : "");
+                        }));
+                    ASSERT_FALSE(testing::Test::HasFailure())
+                        << table->name << " " << nameOf(step) << " width " << width;
+                }
+            }
+        }
+    }
+}
+
 TEST_P(Edge, StepsHonourTheGreenRowAndWriteTheirRowsAndNothingElse) {
     regions::Band band(140);
     for (int width = 4; width <= 140; width += reducedRun ? 5 : 1) {
-        for (Step step : allSteps) {
-            for (bool arbitrary : {false, true}) {
-                const Content content = arbitrary ? Content::noise : allContents[width % 6];
-                const StepCase c(step, width, content, static_cast<uint32_t>(width), arbitrary);
-                const reference::Span blocks = reference::edgeBlockColumns(width);
-                const int complete = step == Step::body ? 2 : outputRows(step);
-                for (uint32_t swap : swaps) {
-                    Expected expected = expectedBytes(
-                        c.rows, kind(), swap, [&](int y, int) { return y < complete; },
-                        [&](int, int x) { return step == Step::body && blocks.holds(x); });
-                    if (step == Step::body && regions::interleaved(kind())) {
-                        const int pixel = regions::bytesPerPixel(kind());
-                        for (int x = 0; x < width; ++x) {
-                            expected.written[static_cast<size_t>((2 * width + x) * pixel + 1)] =
-                                reference::edgeStepWritesGreenBelow(x, width);
-                        }
-                    }
-                    const auto placement = guard::bothPlacements[swap % 2];
-                    const uint8_t* const* const rows = band.hold(c.mosaic, 0, bandRows(step), placement);
-                    for (const kro::Kernels* table : usableTables()) {
-                        ASSERT_TRUE(destination.check(
-                            *table, expected,
-                            [&](uint8_t* to) {
-                                uint8_t* const greens =
-                                    greenRow.place(static_cast<size_t>(width), placement, guard::Fill::one);
-                                std::copy(c.greenRow.begin(), c.greenRow.end(), greens);
-                                EXPECT_EQ(0, callStep(*table, step, kind(), rows, width, to, greens, swap));
-                                if (step == Step::body) {
-                                    EXPECT_TRUE(holds(
-                                        greenRow, {c.greenRowAfter, std::vector<bool>(c.greenRowAfter.size(), true)}))
-                                        << "green row";
-                                }
-                                EXPECT_TRUE(greenRow.canariesHold());
-                            },
-                            [&] {
-                                return std::string(nameOf(step)) + " width " + std::to_string(width) + " swap " +
-                                       std::to_string(swap) + (arbitrary ? " any greens" : "");
-                            }));
-                        ASSERT_FALSE(HasFailure()) << table->name << " " << nameOf(step) << " width " << width;
-                    }
-                }
+        ASSERT_NO_FATAL_FAILURE(checkSteps(kind(), width, band, destination, greenRow));
+    }
+}
+
+// Rows of more than 8192 columns are worked on in several strips, each of which needs what its neighbour knew.
+constexpr int severalStrips[] = {8194, 9001, 20000};
+
+TEST_P(Edge, StepsOnRowsOfSeveralStrips) {
+    constexpr int widest = 20000;
+    regions::Band band(widest);
+    Destination wideDestination{4 * widest * 4};
+    guard::Buffer wideGreenRow{widest};
+    for (int width : severalStrips) {
+        ASSERT_NO_FATAL_FAILURE(checkSteps(kind(), width, band, wideDestination, wideGreenRow));
+    }
+}
+
+TEST_P(Edge, FramesOfSeveralStrips) {
+    constexpr size_t most = 7 * 20000;
+    guard::Buffer wideSource{most};
+    Destination wideDestination{most * 4};
+    for (Phase phase : {Phase::rg, Phase::gb}) {
+        for (int width : severalStrips) {
+            const Size size{7, width};
+            const Mosaic m(size.height, width, phase, sampleBytes(Content::noise, size, 5).data());
+            const uint8_t* const from = wideSource.hold(regions::bytesOf(m), guard::bothPlacements[0]);
+            const auto alpha = reference::alphaOf(reference::Method::edge, phase, size.height, width);
+            const Expected expected = expectedBytes(reference::edge(m), kind(), 0, regions::everywhere, alpha);
+            std::vector<uint8_t> scratch(static_cast<size_t>(width));
+            for (const kro::Kernels* table : usableTables()) {
+                ASSERT_TRUE(wideDestination.check(
+                    *table, expected,
+                    [&](uint8_t* to) {
+                        EXPECT_EQ(0, callEntry(*table, phase, kind(), from, size, to, 0, scratch.data()));
+                    },
+                    [&] { return "width " + std::to_string(width); }));
             }
         }
     }

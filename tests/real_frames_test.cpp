@@ -15,6 +15,9 @@ const char* const outdoor = "outdoor_2592x1536_BayerGR8.raw";
 const char* const chart = "chart_1920x1080_BayerRG10.raw";
 const char* const still = "still_768x512_BayerRG16.raw";
 
+// Rows taken of a frame: sanitized builds are content with some.
+constexpr int rowsOf(int height) { return reducedRun ? 61 : height; }
+
 std::vector<uint8_t> read(const char* name) {
     std::ifstream file(std::string(KRO_FRAMES_DIR "/") + name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -63,14 +66,16 @@ void checkAllMethods(Size size, uint32_t format, const std::vector<uint8_t>& raw
 TEST(RealFrames, Outdoor8Bits) {
     LOAD_OR_SKIP(raw, outdoor);
     ASSERT_EQ(2592u * 1536u, raw.size());
-    checkAllMethods({1536, 2592}, KRO_BAYER_GR8, raw, {1536, 2592, Phase::gr, raw.data()});
+    const Size size{rowsOf(1536), 2592};
+    checkAllMethods(size, KRO_BAYER_GR8, raw, {size.height, size.width, Phase::gr, raw.data()});
 }
 
 TEST(RealFrames, Chart10Bits) {
     LOAD_OR_SKIP(raw, chart);
     ASSERT_EQ(1920u * 1080u * 2u, raw.size());
+    const Size size{rowsOf(1080), 1920};
     const std::vector<uint8_t> reduced = reference::reduced(words(raw), 2);
-    checkAllMethods({1080, 1920}, KRO_BAYER_RG10, raw, {1080, 1920, Phase::rg, reduced.data()});
+    checkAllMethods(size, KRO_BAYER_RG10, raw, {size.height, size.width, Phase::rg, reduced.data()});
 }
 
 void checkWords(Size size, const std::vector<uint8_t>& raw) {
@@ -100,12 +105,12 @@ void checkWords(Size size, const std::vector<uint8_t>& raw) {
 TEST(RealFrames, Still14BitsIn16BitFamilies) {
     LOAD_OR_SKIP(raw, still);
     ASSERT_EQ(768u * 512u * 2u, raw.size());
-    checkWords({512, 768}, raw);
+    checkWords({rowsOf(512), 768}, raw);
 }
 
 TEST(RealFrames, Chart10BitsIn16BitFamilies) {
     LOAD_OR_SKIP(raw, chart);
-    checkWords({1080, 1920}, raw);
+    checkWords({rowsOf(1080), 1920}, raw);
 }
 
 }  // namespace

@@ -128,9 +128,9 @@ std::vector<uint8_t> sampleBytes(Content content, Size size, uint32_t seed) {
 
 std::vector<Size> everySize(int firstHeight, int lastHeight, int firstWidth, int lastWidth) {
     std::vector<Size> sizes;
-    const int widthStep = reducedRun ? 3 : 1;
+    const int widthStep = reducedRun ? 5 : 1;
     for (int height = firstHeight; height <= lastHeight; ++height) {
-        for (int width = firstWidth + (reducedRun ? height % 3 : 0); width <= lastWidth; width += widthStep) {
+        for (int width = firstWidth + (reducedRun ? height % 5 : 0); width <= lastWidth; width += widthStep) {
             sizes.push_back({height, width});
         }
     }
