@@ -33,7 +33,8 @@ void call(Status (*routine)(const uint8_t*, int32_t, int32_t, const uint32_t*, u
 }
 template <class Status>
 void call(Status (*routine)(const uint8_t*, int32_t, int32_t, uint8_t*, uint8_t*, uint8_t*), const Frame& f) {
-    routine(f.source<uint8_t>(), f.height(), f.width(), f.plane<uint8_t>(0), f.plane<uint8_t>(1), f.plane<uint8_t>(2));
+    routine(f.source<uint8_t>(), f.height(), f.width(), f.plane<uint8_t>(0), f.plane<uint8_t>(1),
+            f.plane<uint8_t>(2));
 }
 template <class Status>
 void call(Status (*routine)(const uint8_t*, int32_t, int32_t, uint8_t*, uint8_t*, uint8_t*, uint8_t*),

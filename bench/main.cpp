@@ -76,8 +76,10 @@ void requireWritable(const std::string& name) {
 class Benchmark {
 public:
     explicit Benchmark(const Options& options)
-        : options_(options), filter_(options.filter), tables_(ownTables()), facts_{options.rounds, options.core,
-                                                                                   options.consumer} {
+        : options_(options),
+          filter_(options.filter),
+          tables_(ownTables()),
+          facts_{options.rounds, options.core, options.consumer} {
         if (comparesBuilds()) {
             tables_.clear();
         }

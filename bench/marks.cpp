@@ -92,7 +92,10 @@ const Result* best(const std::vector<Result>& results, const std::string& caseNa
 std::string cellOf(double value, double mark, bool showMark) {
     char text[64];
     const std::string against = showMark && mark > 0 ? "/" + std::to_string(mark).substr(1, 3) : "";
-    std::snprintf(text, sizeof text, "%.3f%s%s", value, against.c_str(), mark <= 0 ? "" : value >= mark ? "  ok" : " low");
+    std::snprintf(text, sizeof text, "%.3f%s%s", value, against.c_str(),
+                  mark <= 0       ? ""
+                  : value >= mark ? "  ok"
+                                  : " low");
     return text;
 }
 

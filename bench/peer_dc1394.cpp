@@ -9,10 +9,9 @@ namespace {
 Peer decoder8(const char* what, const char* caseName, dc1394bayer_method_t method) {
     return {std::string("libdc1394 ") + what, caseName, [=](const Frame& frame) -> Work {
                 return [=, &frame] {
-                    dc1394_bayer_decoding_8bit(frame.source<uint8_t>(), frame.destination(),
-                                               static_cast<uint32_t>(frame.width()),
-                                               static_cast<uint32_t>(frame.height()), DC1394_COLOR_FILTER_RGGB,
-                                               method);
+                    dc1394_bayer_decoding_8bit(
+                        frame.source<uint8_t>(), frame.destination(), static_cast<uint32_t>(frame.width()),
+                        static_cast<uint32_t>(frame.height()), DC1394_COLOR_FILTER_RGGB, method);
                 };
             }};
 }
@@ -20,10 +19,9 @@ Peer decoder8(const char* what, const char* caseName, dc1394bayer_method_t metho
 Peer decoder16(const char* what, const char* caseName, dc1394bayer_method_t method, uint32_t bits) {
     return {std::string("libdc1394 ") + what, caseName, [=](const Frame& frame) -> Work {
                 return [=, &frame] {
-                    dc1394_bayer_decoding_16bit(frame.source<uint16_t>(), frame.plane<uint16_t>(0),
-                                                static_cast<uint32_t>(frame.width()),
-                                                static_cast<uint32_t>(frame.height()), DC1394_COLOR_FILTER_RGGB,
-                                                method, bits);
+                    dc1394_bayer_decoding_16bit(
+                        frame.source<uint16_t>(), frame.plane<uint16_t>(0), static_cast<uint32_t>(frame.width()),
+                        static_cast<uint32_t>(frame.height()), DC1394_COLOR_FILTER_RGGB, method, bits);
                 };
             }};
 }

@@ -10,9 +10,7 @@ namespace bench {
 namespace {
 
 // Medians and minima of one and the same kernel stay within these.
-constexpr struct {
-    double slower, faster;
-} noise{0.97, 1.03};
+constexpr struct { double slower, faster; } noise{0.97, 1.03};
 
 template <class... Values>
 std::string format(const char* pattern, Values... values) {
@@ -79,16 +77,15 @@ std::string jsonOf(const Result& result) {
     return "    {\"case\": " + quoted(result.caseName) + ", \"size\": " + quoted(nameOf(result.shape)) +
            ", \"kind\": " + quoted(nameOf(result.kind)) + ", \"name\": " + quoted(result.name) +
            ", \"isa\": " + quoted(result.instructionSet) +
-           numbers(result, ", \"median_ns\": %.1f, \"min_ns\": %.1f, \"mpixel_s\": %.1f, \"best_mpixel_s\": %.1f, "
-                           "\"share\": %.4f, \"share_of_minima\": %.4f") +
+           numbers(result,
+                   ", \"median_ns\": %.1f, \"min_ns\": %.1f, \"mpixel_s\": %.1f, \"best_mpixel_s\": %.1f, "
+                   "\"share\": %.4f, \"share_of_minima\": %.4f") +
            (mark > 0 ? format(", \"mark\": %.2f}", mark) : "}");
 }
 
 }  // namespace
 
-double Result::megapixelsPerSecond() const {
-    return static_cast<double>(pixelsOf(shape)) * 1e3 / medianNanoseconds;
-}
+double Result::megapixelsPerSecond() const { return static_cast<double>(pixelsOf(shape)) * 1e3 / medianNanoseconds; }
 
 double Result::bestMegapixelsPerSecond() const {
     return static_cast<double>(pixelsOf(shape)) * 1e3 / minimumNanoseconds;
@@ -104,8 +101,8 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
                 continue;
             }
             results.push_back({caseName, shapes[shape], contestant.name, contestant.kind, contestant.instructionSet,
-                               contestant.build, contestant.median(), contestant.minimum(), limit.median() / contestant.median(),
-                               limit.minimum() / contestant.minimum()});
+                               contestant.build, contestant.median(), contestant.minimum(),
+                               limit.median() / contestant.median(), limit.minimum() / contestant.minimum()});
         }
     }
     return results;

@@ -1,4 +1,5 @@
-// The stream limit: how fast this core reads as many bytes and writes as many bytes as a kernel does, doing nothing else.
+// The stream limit: how fast this core reads as many bytes and writes as many bytes as a kernel does, doing nothing
+// else.
 #pragma once
 
 #include <cstddef>

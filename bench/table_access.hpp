@@ -1,4 +1,5 @@
-// Kernel tables by number and name, with C linkage, so that the tables of another build can be loaded beside this one's.
+// Kernel tables by number and name, with C linkage, so that the tables of another build can be loaded beside this
+// one's.
 #pragma once
 
 #include <cstdint>
