@@ -13,8 +13,8 @@ namespace {
 
 typedef long long Vector __attribute__((vector_size(vectorBytes), aligned(1), may_alias));
 
-template <size_t bytes>
-inline void storeBypassing(uint8_t* destination, Vector value) {
+template <size_t bytes, class Value>
+inline void storeBypassing(uint8_t* destination, Value value) {
     if constexpr (bytes == 64) {
         _mm512_stream_si512(reinterpret_cast<__m512i*>(destination), reinterpret_cast<__m512i>(value));
     } else if constexpr (bytes == 32) {
