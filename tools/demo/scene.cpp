@@ -80,8 +80,8 @@ Colour colourPatches(Point p) {
     const int column = std::min(4, static_cast<int>(p.x / cell));
     const int row = std::min(4, static_cast<int>(p.y / cell));
     constexpr double gap = 4;
-    const double fromEdge = std::min({std::fmod(p.x, cell), cell - std::fmod(p.x, cell), std::fmod(p.y, cell),
-                                      cell - std::fmod(p.y, cell)});
+    const double fromEdge = std::min(
+        {std::fmod(p.x, cell), cell - std::fmod(p.x, cell), std::fmod(p.y, cell), cell - std::fmod(p.y, cell)});
     if (fromEdge < gap) {
         return grey(0.08);
     }
@@ -159,8 +159,7 @@ std::vector<Strand> makeStrands() {
     for (uint32_t i = 0; i < 60; i++) {
         const auto roll = [i](uint32_t which) { return scatter(i * 16 + which); };
         strands.push_back({-60 + 440 * roll(0), -0.5 + roll(1), 10 + 25 * roll(2), 0.3 + 0.8 * roll(3),
-                           0.5 + 0.6 * roll(4),
-                           mix({0.13, 0.08, 0.05}, {0.72, 0.52, 0.30}, roll(5))});
+                           0.5 + 0.6 * roll(4), mix({0.13, 0.08, 0.05}, {0.72, 0.52, 0.30}, roll(5))});
     }
     return strands;
 }

@@ -62,9 +62,7 @@ Request parse(const std::vector<std::string>& arguments) {
 
 // Without a choice: the middle, and two corners, where the borders meet.
 std::vector<Place> defaultPlaces(const Image& image, int side) {
-    return {{0, 0},
-            {(image.width - side) / 2, (image.height - side) / 2},
-            {image.width - side, image.height - side}};
+    return {{0, 0}, {(image.width - side) / 2, (image.height - side) / 2}, {image.width - side, image.height - side}};
 }
 
 void magnify(const Image& from, const Place& place, int side, Image& sheet, int left, int top) {
