@@ -16,8 +16,8 @@ public:
     DifferenceRows() {}  // user-provided: the rows are not cleared
 
     // Lane of column x (and x + 1): differences of row y at the columns where that row has its colour.
-    KRO_INLINE int16_t* at(int32_t y, int32_t x) { return rows_[y & 3] + margin + (x - origin_) / 2; }
-    KRO_INLINE const int16_t* at(int32_t y, int32_t x) const { return rows_[y & 3] + margin + (x - origin_) / 2; }
+    KRO_INLINE int16_t* at(int32_t y, int32_t x) { return rows_[y & 3] + margin + ((x - origin_) >> 1); }
+    KRO_INLINE const int16_t* at(int32_t y, int32_t x) const { return rows_[y & 3] + margin + ((x - origin_) >> 1); }
     void startAt(int32_t origin) { origin_ = origin; }
 
     // Differences mirror at the frame's sides as samples do; a row has `sites` of them.
@@ -186,13 +186,14 @@ struct EdgeBand {
             Strip strip{source, height, width, phaseRG, target, {x, end}, {1, step ? 3 : 0}, {}};
             strip.differences.startAt(x);
             fromGreenRow(strip, greenRow, carried);
+            const uint8_t last[2] = {greenRow[end - 2], greenRow[end - 1]};
             strip.green(2);
             strip.green(3);
             strip.colour(1);
             strip.colour(2);
+            carried[0] = last[0];
+            carried[1] = last[1];
             if (step) {
-                carried[0] = greenRow[end - 2];
-                carried[1] = greenRow[end - 1];
                 toGreenRow(strip, greenRow);
             } else {
                 bottomRows(strip);
