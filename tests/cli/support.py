@@ -7,6 +7,10 @@ import subprocess
 import tempfile
 import unittest
 
+# What a sanitized library needs to load into this process is no business of the commands that are started.
+for variable in ("LD_PRELOAD", "ASAN_OPTIONS"):
+    os.environ.pop(variable, None)
+
 COMMAND = os.environ["KRO_COMMAND"]
 LIBRARY = os.environ["KRO_LIBRARY"]
 FRAMES = os.path.join(os.path.dirname(__file__), "..", "..", "..", "shared", "frames")
@@ -60,10 +64,7 @@ class Image(ctypes.Structure):
 
 def library():
     """The library itself, to compare its bytes with the command's."""
-    try:
-        return ctypes.CDLL(LIBRARY)
-    except OSError as reason:  # a sanitizer's library only loads into a sanitized program
-        raise unittest.SkipTest(f"the library cannot be loaded here: {reason}")
+    return ctypes.CDLL(LIBRARY)
 
 
 def demosaic(frame, width, height, code, algorithm, output):

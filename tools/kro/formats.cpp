@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "failure.hpp"
+#include "scan.hpp"
 
 namespace cli {
 
@@ -91,28 +92,20 @@ constexpr std::array<OutputAlias, 12> outputAliases{{{"bgr", KRO_BGR8},
                                                      {"grey", KRO_MONO8},
                                                      {"gray8", KRO_MONO8}}};
 
-bool take(std::string_view& text, std::string_view word) {
-    if (text.substr(0, word.size()) != word) {
-        return false;
-    }
-    text.remove_prefix(word.size());
-    return true;
-}
-
 bool takePhase(std::string_view& text, FormatHint& hint) {
     for (const std::string_view word : monoWords) {
-        if (take(text, word)) {
+        if (takeWord(text, word)) {
             hint.phase = Phase::mono;
             hint.longName = word == "mono";
             return true;
         }
     }
-    hint.longName = take(text, "bayer");
+    hint.longName = takeWord(text, "bayer");
     if (!hint.longName) {
-        take(text, "s");
+        takeWord(text, "s");
     }
     for (const PhaseWord& entry : phaseWords) {
-        if (take(text, entry.word)) {
+        if (takeWord(text, entry.word)) {
             hint.phase = entry.phase;
             hint.fourSites = entry.word.size() == 4;
             return true;
@@ -123,7 +116,7 @@ bool takePhase(std::string_view& text, FormatHint& hint) {
 
 bool takeBits(std::string_view& text, FormatHint& hint) {
     for (const int bits : {8, 10, 12, 14, 16}) {
-        if (take(text, std::to_string(bits))) {
+        if (takeWord(text, std::to_string(bits))) {
             hint.bits = bits;
             return true;
         }
@@ -134,8 +127,8 @@ bool takeBits(std::string_view& text, FormatHint& hint) {
 bool takeLayout(std::string_view& text, FormatHint& hint) {
     // BayerRG12p and Mono12p are layouts of their own, with the samples run together from the low bits up.
     const bool otherPacking = hint.longName && !hint.fourSites;
-    hint.packed = take(text, "packed") || (!otherPacking && take(text, "p"));
-    hint.words = !hint.packed && take(text, "le");
+    hint.packed = takeWord(text, "packed") || (!otherPacking && takeWord(text, "p"));
+    hint.words = !hint.packed && takeWord(text, "le");
     return text.empty();
 }
 

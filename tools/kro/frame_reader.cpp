@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <regex>
+#include <string_view>
 
 #include "failure.hpp"
+#include "scan.hpp"
 
 namespace cli {
 
@@ -31,23 +32,21 @@ std::string need(const FrameLayout& layout) {
 }  // namespace
 
 FrameRange parseFrameRange(const std::string& text) {
-    static const std::regex pattern("([0-9]{1,18})(-([0-9]{0,18}))?");
-    std::smatch match;
-    if (!std::regex_match(text, match, pattern)) {
+    std::string_view rest = text;
+    int64_t first = 0;
+    bool good = takeNumber(rest, first);
+    int64_t last = first;
+    if (takeWord(rest, "-")) {
+        last = std::numeric_limits<int64_t>::max();
+        good = good && (rest.empty() || takeNumber(rest, last));
+    }
+    if (!good || !rest.empty()) {
         throw UsageFailure("bad frames '" + text + "', expected a number such as 3 or a range such as 2-5");
     }
-    FrameRange range;
-    range.chosen = true;
-    range.first = std::stoull(match[1].str());
-    if (!match[2].matched) {
-        range.last = range.first;
-    } else if (match[3].length() > 0) {
-        range.last = std::stoull(match[3].str());
-    }
-    if (range.first == 0 || range.last < range.first) {
+    if (first == 0 || last < first) {
         throw UsageFailure("bad frames '" + text + "', frames count from 1 and go upwards");
     }
-    return range;
+    return {static_cast<uint64_t>(first), static_cast<uint64_t>(last), true};
 }
 
 Descriptor::~Descriptor() {

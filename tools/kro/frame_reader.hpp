@@ -20,7 +20,7 @@ constexpr const char* standardStream = "-";
 // Frames are counted from 1, as people do.
 struct FrameRange {
     uint64_t first = 1;
-    uint64_t last = std::numeric_limits<uint64_t>::max();
+    uint64_t last = std::numeric_limits<int64_t>::max();
     bool chosen = false;
 
     bool single() const { return first == last; }

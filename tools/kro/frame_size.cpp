@@ -1,22 +1,25 @@
 #include "frame_size.hpp"
 
+#include <cctype>
 #include <limits>
-#include <regex>
+#include <string_view>
 
 #include "failure.hpp"
+#include "scan.hpp"
 
 namespace cli {
 
 namespace {
 
 bool fits(int64_t width, int64_t height) {
-    return width >= leastSide && height >= leastSide && width * height <= std::numeric_limits<int32_t>::max();
+    constexpr int64_t most = std::numeric_limits<int32_t>::max();
+    return width >= leastSide && height >= leastSide && width <= most / height;
 }
 
-std::optional<FrameSize> makeSize(const std::smatch& match) {
-    const int64_t width = std::stoll(match[1].str());
-    const int64_t height = std::stoll(match[2].str());
-    if (!fits(width, height)) {
+std::optional<FrameSize> takeSize(std::string_view& text) {
+    int64_t width = 0;
+    int64_t height = 0;
+    if (!takeNumber(text, width) || !takeAnyOf(text, "xX*") || !takeNumber(text, height) || !fits(width, height)) {
         return std::nullopt;
     }
     return FrameSize{static_cast<int32_t>(width), static_cast<int32_t>(height)};
@@ -27,21 +30,21 @@ std::optional<FrameSize> makeSize(const std::smatch& match) {
 std::string FrameSize::text() const { return std::to_string(width) + "x" + std::to_string(height); }
 
 FrameSize parseFrameSize(const std::string& text) {
-    static const std::regex pattern("([0-9]{1,9})[xX*]([0-9]{1,9})");
-    std::smatch match;
-    if (!std::regex_match(text, match, pattern)) {
-        throw UsageFailure("bad size '" + text + "', expected WIDTHxHEIGHT such as 1280x960");
+    std::string_view rest = text;
+    const std::optional<FrameSize> size = takeSize(rest);
+    if (!size || !rest.empty()) {
+        throw UsageFailure("bad size '" + text +
+                           "', expected WIDTHxHEIGHT such as 1280x960, at least 4x4 and fewer than 2^31 samples");
     }
-    if (const std::optional<FrameSize> size = makeSize(match)) {
-        return *size;
-    }
-    throw UsageFailure("bad size '" + text + "', expected at least 4x4 and fewer than 2^31 samples");
+    return *size;
 }
 
 std::optional<FrameSize> findFrameSize(const std::string& fileName) {
-    static const std::regex pattern("([1-9][0-9]{0,8})[xX]([1-9][0-9]{0,8})");
-    for (std::sregex_iterator it(fileName.begin(), fileName.end(), pattern), end; it != end; ++it) {
-        if (const std::optional<FrameSize> size = makeSize(*it)) {
+    for (std::size_t at = 0; at < fileName.size(); at++) {
+        // Within a number there is no size to be found: 1040x30 is not 40x30.
+        const bool withinNumber = at > 0 && std::isdigit(static_cast<unsigned char>(fileName[at - 1])) != 0;
+        std::string_view rest = std::string_view(fileName).substr(at);
+        if (const std::optional<FrameSize> size = withinNumber ? std::nullopt : takeSize(rest)) {
             return size;
         }
     }

@@ -2,21 +2,26 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <filesystem>
-#include <regex>
+#include <string_view>
 #include <vector>
 
 #include "failure.hpp"
+#include "scan.hpp"
 
 namespace cli {
 
 namespace {
 
 std::vector<std::string> nameParts(const std::string& fileName) {
-    static const std::regex part("[A-Za-z0-9]+");
-    std::vector<std::string> parts;
-    for (std::sregex_iterator it(fileName.begin(), fileName.end(), part), end; it != end; ++it) {
-        parts.push_back(it->str());
+    std::vector<std::string> parts(1);
+    for (const char c : fileName) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+            parts.back() += c;
+        } else {
+            parts.emplace_back();
+        }
     }
     return parts;
 }
@@ -26,9 +31,11 @@ std::vector<std::string> nameParts(const std::string& fileName) {
 bool namesPhase(const FormatHint& hint) { return hint.longName || hint.fourSites || hint.bits != 0; }
 
 int depthOf(const std::string& part) {
-    static const std::regex depth("(8|10|12|14|16)(b|bit|bits|bpp)", std::regex::icase);
-    std::smatch match;
-    return std::regex_match(part, match, depth) ? std::stoi(match[1].str()) : 0;
+    const std::string folded = foldName(part);
+    std::string_view rest = folded;
+    int64_t bits = 0;
+    const bool isDepth = takeNumber(rest, bits) && (rest == "b" || rest == "bit" || rest == "bits" || rest == "bpp");
+    return isDepth && bits >= 8 && bits <= 16 ? static_cast<int>(bits) : 0;
 }
 
 struct NameHints {
