@@ -69,7 +69,21 @@ KRO_INLINE auto bilinearPixels16(B block, const uint16_t* above, const uint16_t*
                        atSites(M::four(left, right), M::two(down))};
 }
 
-// Inner blocks lie within the columns that wrap; of end blocks some columns may.
+// Samples of at most 13 bits: four of them stay below 32768, so sums that wrap are exact too.
+constexpr int32_t wrappingBits = 0xE000;
+
+template <class B>
+KRO_INLINE bool mayWrap(B block, const uint16_t* above, const uint16_t* here, const uint16_t* below) {
+    using W = typename B::Back;
+    const auto bits = [&](const uint16_t* row) KRO_INLINE_LAMBDA {
+        return W::bitOr(W::bitOr(block.template tap<-1>(row), block.template tap<0>(row)),
+                        block.template tap<1>(row));
+    };
+    return W::anyBits(W::bitOr(W::bitOr(bits(above), bits(here)), bits(below)), wrappingBits);
+}
+
+// Inner blocks lie within the columns that wrap; of end blocks some columns may, which makes them four times as dear
+// where it can be seen.
 template <bool blueRow, class W>
 KRO_INLINE Pixels16<W> bodyPixels16(InnerWords<W> block, Columns, const uint16_t* above, const uint16_t* here,
                                     const uint16_t* below) {
@@ -83,6 +97,9 @@ KRO_INLINE Pixels16<W> bodyPixels16(EndWords<W> block, Columns wraps, const uint
         return W::all(place < -1 ? -1 : place > W::columns ? W::columns : place);
     };
     const auto wrapping = bilinearPixels16<WrappingMeans, blueRow>(block, above, here, below);
+    if (!mayWrap(block, above, here, below)) {
+        return wrapping;
+    }
     const auto exact = bilinearPixels16<ExactMeans, blueRow>(block, above, here, below);
     const auto begun = W::greater(W::iota(), lane(wraps.begin - 1)), open = W::greater(lane(wraps.end), W::iota());
     const auto pick = [&](auto inside, auto outside)
