@@ -77,7 +77,7 @@ KRO_RARE void fewCells(Columns columns, int32_t width, const Text& text) {
     eachCell(columns, width, text);
 }
 template <class V, class Text>
-KRO_RARE void onlyBlock(int32_t x, int32_t room, const Text& text) {
+KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, const Text& text) {
     text(EndBlock<V, true, true>{x, room});
 }
 template <class V, int reach, class Text>
