@@ -250,9 +250,6 @@ struct EdgeKernels {
         return 0;
     }
     static Target ordered(uint8_t* destination, uint32_t swap) { return interleavedTarget(destination, swap != 0); }
-    static Target grey(uint8_t* destination, uint32_t swap) {
-        return swap == 0 ? greyTarget(destination, {77, 150, 29}) : greyTarget(destination, {29, 150, 77});
-    }
 
 #define KRO_FRAMES(first, phase)                                                                                  \
     static int32_t first##ToBgr8_edge(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination, \
@@ -269,7 +266,7 @@ struct EdgeKernels {
     }                                                                                                             \
     static int32_t first##ToMono8_edge(const uint8_t* source, int32_t height, int32_t width,                      \
                                        uint8_t* destination, uint32_t swap, uint8_t*) {                           \
-        return frame<Output::mono>(source, height, width, phase, grey(destination, swap));                        \
+        return frame<Output::mono>(source, height, width, phase, lumaTarget(destination, swap != 0));             \
     }
     KRO_FRAMES(rg8, phaseRG)
     KRO_FRAMES(gb8, phaseGB)
@@ -290,7 +287,7 @@ struct EdgeKernels {
     }                                                                                                             \
     static int32_t rg8ToMono8_edge_##name(const uint8_t* const* band, int32_t width, uint8_t* output,             \
                                           uint8_t* greenRow, uint32_t swap) {                                     \
-        return EdgeBand<V, Output::mono>::run(band, height, width, grey(output, swap), greenRow);                 \
+        return EdgeBand<V, Output::mono>::run(band, height, width, lumaTarget(output, swap != 0), greenRow);      \
     }
     KRO_BANDS(body, stepBand)
     KRO_BANDS(last2Rows, 4)

@@ -55,9 +55,6 @@ struct NearestKernels {
     static void lastRow(const uint8_t* const* rows, int32_t width, const Target& target) {
         Nearest<V, kind>::row(target, phaseGB, 0, width, {0, width}, {rows[0], rows[1], nullptr, false});
     }
-    static Target grey(uint8_t* destination, int32_t swap) {
-        return swap == 0 ? greyTarget(destination, {77, 150, 29}) : greyTarget(destination, {29, 150, 77});
-    }
 
     static uint32_t rg8ToBgr8_nearest(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
                                       int32_t swap) {
@@ -85,11 +82,11 @@ struct NearestKernels {
     }
     static uint32_t rg8ToMono8_nearest(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
                                        int32_t swap) {
-        return frame<Output::mono>(source, height, width, phaseRG, grey(destination, swap));
+        return frame<Output::mono>(source, height, width, phaseRG, lumaTarget(destination, swap != 0));
     }
     static uint32_t gb8ToMono8_nearest(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination,
                                        int32_t swap) {
-        return frame<Output::mono>(source, height, width, phaseGB, grey(destination, swap));
+        return frame<Output::mono>(source, height, width, phaseGB, lumaTarget(destination, swap != 0));
     }
 
     static void rg8ToBgr8_nearest_body(const uint8_t* const* rows, int32_t width, uint8_t* output, int32_t swap) {
@@ -99,7 +96,7 @@ struct NearestKernels {
         body<Output::bgra>(rows, width, interleavedTarget(output, swap != 0));
     }
     static void rg8ToMono8_nearest_body(const uint8_t* const* rows, int32_t width, uint8_t* output, int32_t swap) {
-        body<Output::mono>(rows, width, grey(output, swap));
+        body<Output::mono>(rows, width, lumaTarget(output, swap != 0));
     }
     static void rg8ToBgr8P_nearest_body(const uint8_t* const* rows, int32_t width, uint8_t* red, uint8_t* green,
                                         uint8_t* blue) {
@@ -114,7 +111,7 @@ struct NearestKernels {
     }
     static void rg8ToMono8_nearest_lastRows(const uint8_t* const* rows, int32_t width, uint8_t* output,
                                             int32_t swap) {
-        lastRow<Output::mono>(rows, width, grey(output, swap));
+        lastRow<Output::mono>(rows, width, lumaTarget(output, swap != 0));
     }
     static void rg8ToBgr8P_nearest_lastRows(const uint8_t* const* rows, int32_t width, uint8_t* red, uint8_t* green,
                                             uint8_t* blue) {

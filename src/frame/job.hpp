@@ -40,6 +40,11 @@ constexpr Target planarTarget(uint8_t* red, uint8_t* green, uint8_t* blue) { ret
 constexpr Target greyTarget(uint8_t* destination, const uint32_t (&weight)[3]) {
     return {{destination, nullptr, nullptr}, false, {weight[0], weight[1], weight[2]}};
 }
+// Luma of red, green, blue; `exchanged` where what the kernel reads as red is blue.
+constexpr Target lumaTarget(uint8_t* destination, bool exchanged) {
+    const uint32_t weight[3] = {lumaWeight[exchanged ? 2 : 0], lumaWeight[1], lumaWeight[exchanged ? 0 : 2]};
+    return greyTarget(destination, weight);
+}
 
 // Deeper and packed samples become bytes just ahead of the rows that need them.
 constexpr int32_t reductionNone = 0;
