@@ -2,13 +2,13 @@
 #pragma once
 
 #include "block/rowstore.hpp"
+#include "demosaicingEdge/interpolation.hpp"
 
 namespace kro {
 namespace {
 
-// S - G at the colour sites of a row (columns x + 2 k, or x + 2 k + 1 where colourOdd), G being green interpolated along
-// the direction of the smaller gradient sum (vertical on ties), corrected by a quarter of the same-colour second
-// difference and clamped. Both quotients are floored before they are added. Nothing exceeds 1020: 16-bit lanes are exact.
+// S - G at the colour sites of a row (columns x + 2 k, or x + 2 k + 1 where colourOdd). Nothing on the way exceeds 1020:
+// 16-bit lanes are exact.
 //
 // What bounds it: 33 vector instructions for 64 columns of a row on AVX-512 (9 shifts, 4 absolute values), 42 for 32 on
 // AVX2, 53 for 16 on SSSE3: arithmetic, spread over all vector pipes; loads and stores are a quarter of it.
@@ -19,21 +19,17 @@ KRO_INLINE auto greenDifference(B block, const uint8_t* above2, const uint8_t* a
     const auto site = [](auto bytes) KRO_INLINE_LAMBDA { return colourOdd ? V::high(bytes) : V::low(bytes); };
     const auto left = block.template tap<-2>(here), middle = block.template tap<0>(here),
                right = block.template tap<2>(here);
-    const auto west = colourOdd ? V::low(middle) : V::high(left), east = colourOdd ? V::low(right) : V::high(middle);
-    const auto north = site(block.template tap<0>(above)), south = site(block.template tap<0>(below));
-    const auto sample = site(middle), twice = V::add(sample, sample);
-
-    const auto bendAcross = V::sub(V::sub(twice, site(left)), site(right));
-    const auto bendDown =
-        V::sub(V::sub(twice, site(block.template tap<0>(above2))), site(block.template tap<0>(below2)));
-    const auto gradientAcross = V::add(V::absolute(V::sub(west, east)), V::absolute(bendAcross));
-    const auto gradientDown = V::add(V::absolute(V::sub(north, south)), V::absolute(bendDown));
-
-    const auto across = V::greater(gradientDown, gradientAcross);
-    const auto greens = V::select(across, V::add(west, east), V::add(north, south));
-    const auto bend = V::select(across, bendAcross, bendDown);
-    const auto green = V::add(V::template shiftRight<1>(greens), V::template shiftRight<2>(bend));
-    return V::sub(sample, V::clampByte(green));
+    GreenTaps<V> taps;
+    taps.sample = site(middle);
+    taps.west = colourOdd ? V::low(middle) : V::high(left);
+    taps.east = colourOdd ? V::low(right) : V::high(middle);
+    taps.north = site(block.template tap<0>(above));
+    taps.south = site(block.template tap<0>(below));
+    taps.farWest = site(left);
+    taps.farEast = site(right);
+    taps.farNorth = site(block.template tap<0>(above2));
+    taps.farSouth = site(block.template tap<0>(below2));
+    return V::sub(taps.sample, V::clampByte(interpolatedGreen(taps)));
 }
 
 // Signed lanes that saturate to bytes where they are stored.
