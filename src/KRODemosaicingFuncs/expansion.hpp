@@ -1,4 +1,4 @@
-// Finished images widened: grey to colour, three bytes a pixel to four.
+// Finished images widened: grey to colour, three bytes a pixel to four. Bound by the stores on every set.
 #pragma once
 
 #include "KRODemosaicingFuncs/reduction.hpp"

@@ -1,5 +1,8 @@
 // Deeper and packed samples to bytes. A run of samples [first, first + count) of a frame of n is reduced on its own, so
 // that a row can be made just before it is needed.
+//
+// What bounds it: two loads and a store for each block of bytes; unpacking without byte permutes across lanes adds two
+// shuffles for every 16 samples.
 #pragma once
 
 #include "block/cell.hpp"
