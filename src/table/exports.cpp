@@ -1,5 +1,5 @@
 // The exported kernels: each forwards to the table chosen for this processor. Types come from the public declarations.
-#include "isa/kernels.hpp"
+#include "table/kernels.hpp"
 
 namespace {
 
@@ -42,7 +42,7 @@ struct Signature<R(A...)> {
     }
 
 extern "C" {
-#define KRO_KERNEL(routine, arity) KRO_EXPORT_##arity(routine)
-#include "isa/kernels.def"
+#define KRO_KERNEL(routine, arity, ...) KRO_EXPORT_##arity(routine)
+#include "table/kernels.def"
 #undef KRO_KERNEL
 }

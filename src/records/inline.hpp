@@ -1,4 +1,4 @@
-// How kernels are glued together: texts are inlined into loops, rare paths stay out of line.
+// How kernels are glued together: formulas are inlined into loops, rare paths stay out of line.
 #pragma once
 
 #define KRO_INLINE inline __attribute__((always_inline))

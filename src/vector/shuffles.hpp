@@ -87,18 +87,40 @@ constexpr DwordIndices transposedDwords() {
     return table;
 }
 
-// Bytes of a 16-byte load that continue mirrored on the left (k columns before the first) or right.
-constexpr Shuffle<16> mirroredLeft(int k) {
-    Shuffle<16> table{};
-    for (int o = 0; o < 16; ++o) {
-        table.byte[o] = static_cast<uint8_t>(o < k ? k - o : o - k);
+// What stands in for samples outside a row: the mirrored ones, or (far samples) those opposite of their centres.
+enum class Side { mirrored, opposite };
+
+// Elements of a load from the row's first element that continue to the left of it, `outside` of them.
+//     mirrored, 2    2 1 0 1 2 3 ..            opposite, 2    2 3 0 1 2 3 ..
+template <int size, int wide>
+constexpr Shuffle<size> leftOf(Side side, int outside) {
+    Shuffle<size> table{};
+    for (int o = 0; o < size; ++o) {
+        const int element = o / wide - outside;
+        const int inside = element >= 0 ? element : side == Side::mirrored ? -element : element + 4;
+        table.byte[o] = static_cast<uint8_t>(inside * wide + o % wide);
     }
     return table;
 }
-constexpr Shuffle<16> mirroredRight(int k) {
-    Shuffle<16> table{};
-    for (int o = 0; o < 16; ++o) {
-        table.byte[o] = static_cast<uint8_t>(o + k < 16 ? o + k : 30 - o - k);
+// Elements of a load that ends with the row's last element, n of them, `outside` elements on.
+//     mirrored, 2    .. n-2 n-1 n-2 n-3        opposite, 2    .. n-2 n-1 n-4 n-3
+template <int size, int wide>
+constexpr Shuffle<size> rightOf(Side side, int outside) {
+    Shuffle<size> table{};
+    const int n = size / wide;
+    for (int o = 0; o < size; ++o) {
+        const int element = o / wide + outside;
+        const int inside = element < n ? element : side == Side::mirrored ? 2 * (n - 1) - element : element - 4;
+        table.byte[o] = static_cast<uint8_t>(inside * wide + o % wide);
+    }
+    return table;
+}
+// The same as indices of 16-bit elements.
+template <int elements>
+constexpr WordIndices<elements> elementsOf(const Shuffle<elements * 2>& bytes) {
+    WordIndices<elements> table{};
+    for (int i = 0; i < elements; ++i) {
+        table.word[i] = static_cast<uint16_t>(bytes.byte[2 * i] / 2);
     }
     return table;
 }
@@ -140,29 +162,6 @@ constexpr Shuffle<16> widen3to4(int from) {
     Shuffle<16> table{};
     for (int o = 0; o < 16; ++o) {
         table.byte[o] = o % 4 == 3 ? nothing : static_cast<uint8_t>(from + o / 4 * 3 + o % 4);
-    }
-    return table;
-}
-
-// Byte of sample k in a packed run: the first and third byte of every group of three hold the high bits.
-constexpr int packedByte(int k) { return k / 2 * 3 + k % 2 * 2; }
-
-// 16 samples out of 24 packed bytes, those that lie in the 16 bytes loaded from byte `from` on and not before `since`.
-constexpr Shuffle<16> groups16(int from, int since) {
-    Shuffle<16> table{};
-    for (int o = 0; o < 16; ++o) {
-        const int place = packedByte(o) - from;
-        table.byte[o] = packedByte(o) >= since && place < 16 ? static_cast<uint8_t>(place) : nothing;
-    }
-    return table;
-}
-
-// 64 samples out of 96 packed bytes, given as the 64 bytes from 0 and (indices 64 and up) the 64 from byte 32 on.
-constexpr Shuffle<64> groups64() {
-    Shuffle<64> table{};
-    for (int o = 0; o < 64; ++o) {
-        const int place = packedByte(o);
-        table.byte[o] = static_cast<uint8_t>(place < 64 ? place : 64 + place - 32);
     }
     return table;
 }
