@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <iostream>
 
-#include "bench.hpp"
-#include "console.hpp"
-#include "convert.hpp"
-#include "failure.hpp"
-#include "info.hpp"
-#include "mosaic.hpp"
-#include "tables.hpp"
+#include "commands/bench.hpp"
+#include "commands/convert.hpp"
+#include "commands/formats.hpp"
+#include "commands/info.hpp"
+#include "commands/mosaic.hpp"
+#include "support/failure.hpp"
+#include "terminal/console.hpp"
 
 namespace {
 

@@ -1,0 +1,222 @@
+#include "output/output_file.hpp"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "support/failure.hpp"
+
+namespace fs = std::filesystem;
+
+namespace cli {
+
+namespace {
+
+// Names of the files that are half written. Whoever holds the lock may create or rename one, so the interrupt
+// watcher, which takes it and never gives it back, sees all of them.
+std::mutex unfinishedMutex;
+std::set<std::string> unfinished;
+
+[[noreturn]] void dieOf(int signalNumber, const sigset_t& signals) {
+    unfinishedMutex.lock();
+    for (const std::string& path : unfinished) {
+        unlink(path.c_str());
+    }
+    std::signal(signalNumber, SIG_DFL);
+    raise(signalNumber);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    _exit(128 + signalNumber);
+}
+
+void watchInterrupts(sigset_t signals) {
+    int signalNumber = 0;
+    while (sigwait(&signals, &signalNumber) != 0) {
+    }
+    dieOf(signalNumber, signals);
+}
+
+Failure cannotWrite(const std::string& path, const char* what, int errorNumber) {
+    return Failure(path + ": " + what + ": " + systemMessage(errorNumber));
+}
+
+void writeAll(int descriptor, const Bytes& data, const std::string& shownName) {
+    for (std::size_t done = 0; done < data.size();) {
+        const ssize_t count = write(descriptor, data.data() + done, data.size() - done);
+        if (count < 0 && errno != EINTR) {
+            throw cannotWrite(shownName, "cannot be written", errno);
+        }
+        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+}
+
+// Renaming would replace a link by a file, so a link is followed to what it stands for.
+fs::path finalTarget(const std::string& path) {
+    std::error_code ignored;
+    const fs::path resolved = fs::weakly_canonical(path, ignored);
+    return fs::is_symlink(fs::symlink_status(path, ignored)) && !resolved.empty() ? resolved : fs::path(path);
+}
+
+fs::path directoryOf(const fs::path& target) {
+    return target.has_parent_path() ? target.parent_path() : fs::path(".");
+}
+
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const fs::path& target);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    void write(const Bytes& data);
+    void becomeTarget(bool mayReplace);
+
+private:
+    void takeModeOfTarget();
+
+    fs::path target_;
+    std::string path_;
+    Descriptor descriptor_;
+};
+
+TemporaryFile::TemporaryFile(const fs::path& target) : target_(target) {
+    static std::atomic<unsigned> serial{0};
+    const std::string name = ".kro-" + std::to_string(getpid()) + "-" + std::to_string(serial++) + ".part";
+    path_ = (directoryOf(target) / name).string();
+    const std::lock_guard<std::mutex> lock(unfinishedMutex);
+    descriptor_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (descriptor_.get() < 0) {
+        throw cannotWrite(target.string(), "cannot be created", errno);
+    }
+    unfinished.insert(path_);
+}
+
+TemporaryFile::~TemporaryFile() {
+    const std::lock_guard<std::mutex> lock(unfinishedMutex);
+    if (unfinished.erase(path_) != 0) {
+        unlink(path_.c_str());
+    }
+}
+
+void TemporaryFile::write(const Bytes& data) { writeAll(descriptor_.get(), data, target_.string()); }
+
+void TemporaryFile::takeModeOfTarget() {
+    struct stat status {};
+    if (stat(target_.c_str(), &status) == 0) {
+        fchmod(descriptor_.get(), status.st_mode & 07777);
+    }
+}
+
+void TemporaryFile::becomeTarget(bool mayReplace) {
+    takeModeOfTarget();
+    if (close(descriptor_.release()) != 0) {
+        throw cannotWrite(target_.string(), "cannot be written", errno);
+    }
+    const std::lock_guard<std::mutex> lock(unfinishedMutex);
+    const unsigned flags = mayReplace ? 0u : static_cast<unsigned>(RENAME_NOREPLACE);
+    int result = renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), flags);
+    if (result != 0 && errno == EINVAL && !mayReplace) {
+        // This file system cannot rename without replacing; a second name in its stead is refused as safely.
+        result = link(path_.c_str(), target_.c_str());
+        if (result == 0) {
+            unlink(path_.c_str());
+        }
+    }
+    if (result != 0) {
+        throw cannotWrite(target_.string(), "cannot be written", errno);
+    }
+    unfinished.erase(path_);
+}
+
+bool isSpecialFile(const fs::path& target) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(target, ignored);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
+void writeSpecialFile(const fs::path& target, const Bytes& data) {
+    const Descriptor descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
+    if (descriptor.get() < 0) {
+        throw cannotWrite(target.string(), "cannot be opened", errno);
+    }
+    writeAll(descriptor.get(), data, target.string());
+}
+
+}  // namespace
+
+void guardAgainstInterrupts() {
+    // A reader that went away and a file that may not grow are failures to write, not reasons to die.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction present {};
+        sigaction(number, nullptr, &present);
+        // What the caller has told us to ignore (nohup) stays ignored.
+        if (present.sa_handler != SIG_IGN) {
+            sigaddset(&signals, number);
+        }
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread(watchInterrupts, signals).detach();
+}
+
+void writeFile(const std::string& path, const Bytes& data, bool mayReplace) {
+    const fs::path target = finalTarget(path);
+    if (isSpecialFile(target)) {
+        writeSpecialFile(target, data);
+        return;
+    }
+    TemporaryFile file(target);
+    file.write(data);
+    file.becomeTarget(mayReplace);
+}
+
+void writeStandardOutput(const Bytes& data) {
+    try {
+        writeAll(STDOUT_FILENO, data, "standard output");
+    } catch (const Failure& failure) {
+        throw OutputGone(failure.what());
+    }
+}
+
+void checkTarget(const std::string& path, const std::set<FileId>& inputs, bool mayReplace) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        const std::string directory = directoryOf(path).string();
+        std::error_code ignored;
+        if (!fs::is_directory(directory, ignored)) {
+            throw Failure(path + ": cannot be created: no directory " + directory);
+        }
+        return;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        throw Failure(path + ": cannot be written: is a directory");
+    }
+    if (S_ISREG(status.st_mode) && inputs.count({status.st_dev, status.st_ino}) != 0) {
+        throw Failure(path + ": is an input file itself, which is never overwritten");
+    }
+    if (S_ISREG(status.st_mode) && !mayReplace) {
+        throw Failure(path + ": exists already, and --no-clobber was given");
+    }
+    if (access(path.c_str(), W_OK) != 0) {
+        throw cannotWrite(path, "cannot be written", errno);
+    }
+}
+
+void refuseTerminal() {
+    if (isatty(STDOUT_FILENO) == 1) {
+        throw UsageFailure("standard output is a terminal, expected a pipe or a file");
+    }
+}
+
+}  // namespace cli

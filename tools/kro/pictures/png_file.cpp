@@ -1,0 +1,165 @@
+#include "pictures/png_file.hpp"
+
+#include <png.h>
+
+#include <csetjmp>
+#include <cstring>
+
+#include "support/failure.hpp"
+
+namespace cli {
+
+namespace {
+
+// What libpng's callbacks need. They leave by longjmp, so nothing with a destructor may live in the functions
+// between: rows, buffers and messages are all kept here.
+struct PngJob {
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    Bytes bytes;
+    std::size_t readAt = 0;
+    std::vector<png_bytep> rows;
+    std::string message;
+    DecodedPicture decoded;
+};
+
+void onError(png_structp png, png_const_charp message) {
+    static_cast<PngJob*>(png_get_error_ptr(png))->message = message;
+    png_longjmp(png, 1);
+}
+
+void onWarning(png_structp, png_const_charp) {}
+
+void onWrite(png_structp png, png_bytep data, png_size_t size) {
+    Bytes& bytes = static_cast<PngJob*>(png_get_io_ptr(png))->bytes;
+    bytes.insert(bytes.end(), data, data + size);
+}
+
+void onFlush(png_structp) {}
+
+void onRead(png_structp png, png_bytep data, png_size_t size) {
+    PngJob& job = *static_cast<PngJob*>(png_get_io_ptr(png));
+    if (job.bytes.size() - job.readAt < size) {
+        png_error(png, "the file ends too early");
+    }
+    std::memcpy(data, job.bytes.data() + job.readAt, size);
+    job.readAt += size;
+}
+
+int colourType(Order order) {
+    if (order == Order::grey) {
+        return PNG_COLOR_TYPE_GRAY;
+    }
+    return hasAlpha(order) ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+}
+
+void pointRows(PngJob& job, Bytes& pixels, uint32_t height, std::size_t rowBytes) {
+    job.rows.resize(height);
+    for (std::size_t row = 0; row < height; row++) {
+        job.rows[row] = pixels.data() + row * rowBytes;
+    }
+}
+
+bool runEncoder(PngJob& job, const Picture& picture) {
+    if (setjmp(png_jmpbuf(job.png)) != 0) {
+        return false;
+    }
+    png_set_write_fn(job.png, &job, onWrite, onFlush);
+    png_set_IHDR(job.png, job.info, static_cast<png_uint_32>(picture.size.width),
+                 static_cast<png_uint_32>(picture.size.height), picture.bits, colourType(picture.order),
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    // Sensor noise hardly compresses: the higher levels take many times as long for one or two per cent.
+    png_set_compression_level(job.png, 2);
+    png_set_filter(job.png, 0, PNG_FILTER_SUB);
+    png_write_info(job.png, job.info);
+    if (picture.bits == 16) {
+        png_set_swap(job.png);
+    }
+    png_write_image(job.png, job.rows.data());
+    png_write_end(job.png, nullptr);
+    return true;
+}
+
+bool readHeader(PngJob& job) {
+    if (setjmp(png_jmpbuf(job.png)) != 0) {
+        return false;
+    }
+    png_set_read_fn(job.png, &job, onRead);
+    png_read_info(job.png, job.info);
+    png_set_expand(job.png);
+    png_set_strip_alpha(job.png);
+    png_set_interlace_handling(job.png);
+    if (png_get_bit_depth(job.png, job.info) == 16) {
+        png_set_swap(job.png);
+    }
+    png_read_update_info(job.png, job.info);
+    return true;
+}
+
+bool readPixels(PngJob& job) {
+    if (setjmp(png_jmpbuf(job.png)) != 0) {
+        return false;
+    }
+    png_read_image(job.png, job.rows.data());
+    png_read_end(job.png, nullptr);
+    return true;
+}
+
+void takeSamples(PngJob& job, const Bytes& pixels, std::size_t count) {
+    std::vector<uint16_t>& samples = job.decoded.samples;
+    samples.assign(pixels.begin(), pixels.begin() + static_cast<std::ptrdiff_t>(count));
+    if (job.decoded.maximum == 65535) {
+        std::memcpy(samples.data(), pixels.data(), count * 2);
+    }
+}
+
+bool runDecoder(PngJob& job) {
+    if (!readHeader(job)) {
+        return false;
+    }
+    DecodedPicture& decoded = job.decoded;
+    decoded.size = {static_cast<int32_t>(png_get_image_width(job.png, job.info)),
+                    static_cast<int32_t>(png_get_image_height(job.png, job.info))};
+    decoded.channels = png_get_channels(job.png, job.info);
+    decoded.maximum = png_get_bit_depth(job.png, job.info) == 16 ? 65535 : 255;
+    const std::size_t rowBytes = png_get_rowbytes(job.png, job.info);
+    Bytes pixels(rowBytes * static_cast<std::size_t>(decoded.size.height));
+    pointRows(job, pixels, static_cast<uint32_t>(decoded.size.height), rowBytes);
+    if (!readPixels(job)) {
+        return false;
+    }
+    takeSamples(job, pixels, decoded.size.samples() * static_cast<std::size_t>(decoded.channels));
+    return true;
+}
+
+}  // namespace
+
+Bytes encodePng(const Picture& picture) {
+    PngJob job;
+    Bytes pixels = picture.data;
+    const std::size_t height = static_cast<std::size_t>(picture.size.height);
+    pointRows(job, pixels, static_cast<uint32_t>(height), pixels.size() / height);
+    job.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &job, onError, onWarning);
+    job.info = png_create_info_struct(job.png);
+    const bool done = runEncoder(job, picture);
+    png_destroy_write_struct(&job.png, &job.info);
+    if (!done) {
+        throw Failure("PNG cannot be made: " + job.message);
+    }
+    return std::move(job.bytes);
+}
+
+DecodedPicture decodePng(const Bytes& file, const std::string& name) {
+    PngJob job;
+    job.bytes = file;
+    job.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, onError, onWarning);
+    job.info = png_create_info_struct(job.png);
+    const bool done = runDecoder(job);
+    png_destroy_read_struct(&job.png, &job.info, nullptr);
+    if (!done) {
+        throw Failure(name + ": damaged PNG: " + job.message);
+    }
+    return std::move(job.decoded);
+}
+
+}  // namespace cli
