@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <thread>
 
 #include "support/failure.hpp"
@@ -92,11 +93,14 @@ TemporaryFile::TemporaryFile(const fs::path& target) : target_(target) {
     const std::string name = ".kro-" + std::to_string(getpid()) + "-" + std::to_string(serial++) + ".part";
     path_ = (directoryOf(target) / name).string();
     const std::lock_guard<std::mutex> lock(unfinishedMutex);
+    // On the list before it exists: where the list cannot grow, there is no file yet that would be left behind.
+    const auto entry = unfinished.insert(path_).first;
     descriptor_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (descriptor_.get() < 0) {
-        throw cannotWrite(target.string(), "cannot be created", errno);
+        const int errorNumber = errno;
+        unfinished.erase(entry);
+        throw cannotWrite(target.string(), "cannot be created", errorNumber);
     }
-    unfinished.insert(path_);
 }
 
 TemporaryFile::~TemporaryFile() {
@@ -167,7 +171,11 @@ void guardAgainstInterrupts() {
         }
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread(watchInterrupts, signals).detach();
+    try {
+        std::thread(watchInterrupts, signals).detach();
+    } catch (const std::system_error& error) {
+        throw Failure(std::string("no thread can be started: ") + error.what());
+    }
 }
 
 void writeFile(const std::string& path, const Bytes& data, bool mayReplace) {

@@ -2,8 +2,12 @@
 
 #include <png.h>
 
+#include <array>
 #include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "support/failure.hpp"
 
@@ -19,23 +23,39 @@ struct PngJob {
     Bytes bytes;
     std::size_t readAt = 0;
     std::vector<png_bytep> rows;
-    std::string message;
+    std::array<char, 160> message{};
+    bool outOfMemory = false;
     DecodedPicture decoded;
 };
 
 void onError(png_structp png, png_const_charp message) {
-    static_cast<PngJob*>(png_get_error_ptr(png))->message = message;
+    PngJob& job = *static_cast<PngJob*>(png_get_error_ptr(png));
+    std::snprintf(job.message.data(), job.message.size(), "%s", message);
     png_longjmp(png, 1);
 }
 
 void onWarning(png_structp, png_const_charp) {}
 
 void onWrite(png_structp png, png_bytep data, png_size_t size) {
-    Bytes& bytes = static_cast<PngJob*>(png_get_io_ptr(png))->bytes;
-    bytes.insert(bytes.end(), data, data + size);
+    PngJob& job = *static_cast<PngJob*>(png_get_io_ptr(png));
+    try {
+        job.bytes.insert(job.bytes.end(), data, data + size);
+        return;
+    } catch (const std::bad_alloc&) {
+        job.outOfMemory = true;
+    }
+    png_error(png, "out of memory");
 }
 
 void onFlush(png_structp) {}
+
+png_voidp onMalloc(png_structp png, png_alloc_size_t size) {
+    void* memory = std::malloc(size);
+    static_cast<PngJob*>(png_get_mem_ptr(png))->outOfMemory |= memory == nullptr;
+    return memory;
+}
+
+void onFree(png_structp, png_voidp memory) { std::free(memory); }
 
 void onRead(png_structp png, png_bytep data, png_size_t size) {
     PngJob& job = *static_cast<PngJob*>(png_get_io_ptr(png));
@@ -51,6 +71,19 @@ int colourType(Order order) {
         return PNG_COLOR_TYPE_GRAY;
     }
     return hasAlpha(order) ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+}
+
+bool hasStructs(PngJob& job) {
+    job.info = job.png == nullptr ? nullptr : png_create_info_struct(job.png);
+    job.outOfMemory |= job.info == nullptr;
+    return job.info != nullptr;
+}
+
+[[noreturn]] void fail(const PngJob& job, const std::string& what) {
+    if (job.outOfMemory) {
+        throw std::bad_alloc();
+    }
+    throw Failure(what + ": " + job.message.data());
 }
 
 void pointRows(PngJob& job, Bytes& pixels, uint32_t height, std::size_t rowBytes) {
@@ -139,12 +172,11 @@ Bytes encodePng(const Picture& picture) {
     Bytes pixels = picture.data;
     const std::size_t height = static_cast<std::size_t>(picture.size.height);
     pointRows(job, pixels, static_cast<uint32_t>(height), pixels.size() / height);
-    job.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &job, onError, onWarning);
-    job.info = png_create_info_struct(job.png);
-    const bool done = runEncoder(job, picture);
+    job.png = png_create_write_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
+    const bool done = hasStructs(job) && runEncoder(job, picture);
     png_destroy_write_struct(&job.png, &job.info);
     if (!done) {
-        throw Failure("PNG cannot be made: " + job.message);
+        fail(job, "PNG cannot be made");
     }
     return std::move(job.bytes);
 }
@@ -152,12 +184,11 @@ Bytes encodePng(const Picture& picture) {
 DecodedPicture decodePng(const Bytes& file, const std::string& name) {
     PngJob job;
     job.bytes = file;
-    job.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, onError, onWarning);
-    job.info = png_create_info_struct(job.png);
-    const bool done = runDecoder(job);
+    job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
+    const bool done = hasStructs(job) && runDecoder(job);
     png_destroy_read_struct(&job.png, &job.info, nullptr);
     if (!done) {
-        throw Failure(name + ": damaged PNG: " + job.message);
+        fail(job, name + ": damaged PNG");
     }
     return std::move(job.decoded);
 }

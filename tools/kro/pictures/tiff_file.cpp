@@ -17,6 +17,7 @@ namespace {
 struct MemoryFile {
     Bytes bytes;
     std::size_t at = 0;
+    bool outOfMemory = false;
 };
 
 MemoryFile& fileOf(thandle_t handle) { return *static_cast<MemoryFile*>(handle); }
@@ -33,7 +34,12 @@ tmsize_t onRead(thandle_t handle, void* target, tmsize_t size) {
 tmsize_t onWrite(thandle_t handle, void* source, tmsize_t size) {
     MemoryFile& file = fileOf(handle);
     const std::size_t count = static_cast<std::size_t>(size);
-    file.bytes.resize(std::max(file.bytes.size(), file.at + count));
+    try {
+        file.bytes.resize(std::max(file.bytes.size(), file.at + count));
+    } catch (const std::exception&) {
+        file.outOfMemory = true;
+        return -1;
+    }
     std::memcpy(file.bytes.data() + file.at, source, count);
     file.at += count;
     return size;
@@ -89,10 +95,14 @@ Bytes encodeTiff(const Picture& picture) {
     const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff(
         TIFFClientOpen("memory", "w", &file, onRead, onWrite, onSeek, onClose, onSize, nullptr, nullptr), TIFFClose);
     if (!tiff) {
-        throw Failure("TIFF cannot be made");
+        throw std::bad_alloc();
     }
     describe(tiff.get(), picture);
-    if (!writeRows(tiff.get(), picture)) {
+    const bool written = writeRows(tiff.get(), picture);
+    if (file.outOfMemory) {
+        throw std::bad_alloc();
+    }
+    if (!written) {
         throw Failure("TIFF cannot be made: it would pass 4 GiB");
     }
     return std::move(file.bytes);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <new>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -20,7 +19,8 @@ struct Shared {
     std::atomic<bool> stopped{false};
 };
 
-void guarded(Shared& shared, const std::function<void()>& work) {
+template <typename Work>
+void guarded(Shared& shared, Work&& work) noexcept {
     try {
         work();
     } catch (const OutputGone& gone) {
@@ -36,34 +36,48 @@ void guarded(Shared& shared, const std::function<void()>& work) {
     }
 }
 
-// Fewer threads than wanted do the same work.
-void startThreads(std::vector<std::thread>& threads, std::size_t count, const std::function<void()>& work) {
-    try {
-        while (threads.size() < count) {
-            threads.emplace_back(work);
+// Threads that do the same work. Where not all of them can be had, fewer do it.
+class Threads {
+public:
+    template <typename Work>
+    Threads(std::size_t count, const Work& work) noexcept {
+        try {
+            threads_.reserve(count);
+            while (threads_.size() < count) {
+                threads_.emplace_back(work);
+            }
+        } catch (const std::exception&) {
         }
-    } catch (const std::system_error&) {
     }
-}
+    ~Threads() {
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+    }
+    Threads(const Threads&) = delete;
+    Threads& operator=(const Threads&) = delete;
+
+private:
+    std::vector<std::thread> threads_;
+};
 
 }  // namespace
 
 bool runOnThreads(std::size_t count, unsigned threads, const std::function<void(std::size_t, Developer&)>& work) {
     Shared shared;
     console::Progress progress(count);
-    const auto workThrough = [&] {
-        Developer developer;
-        for (std::size_t i = shared.next++; i < count && !shared.stopped; i = shared.next++) {
-            guarded(shared, [&] { work(i, developer); });
-            progress.step();
-        }
+    const auto workThrough = [&]() noexcept {
+        guarded(shared, [&] {
+            Developer developer;
+            for (std::size_t i = shared.next++; i < count && !shared.stopped; i = shared.next++) {
+                guarded(shared, [&] { work(i, developer); });
+                progress.step();
+            }
+        });
     };
-    std::vector<std::thread> others;
-    startThreads(others, std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)) - 1,
-                 [&] { guarded(shared, workThrough); });
-    guarded(shared, workThrough);
-    for (std::thread& thread : others) {
-        thread.join();
+    {
+        const Threads others(std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)) - 1, workThrough);
+        workThrough();
     }
     return !shared.failed;
 }

@@ -25,10 +25,11 @@ void drawBar() {
     if (!bar.visible) {
         return;
     }
-    constexpr std::size_t cells = 40;
-    const std::size_t full = std::min(cells, bar.done * cells / bar.total);
-    const std::string line = std::string(full, '#') + std::string(cells - full, '.');
-    std::fprintf(stderr, "\r[%s] %zu/%zu ", line.c_str(), bar.done, bar.total);
+    constexpr std::string_view full = "########################################";
+    constexpr std::string_view empty = "........................................";
+    const std::size_t done = std::min(full.size(), bar.done * full.size() / bar.total);
+    std::fprintf(stderr, "\r[%.*s%s] %zu/%zu ", static_cast<int>(done), full.data(), empty.data() + done, bar.done,
+                 bar.total);
     std::fflush(stderr);
 }
 
@@ -38,10 +39,11 @@ void clearBar() {
     }
 }
 
-void say(const std::string& text) {
+void say(std::string_view kind, std::string_view text) noexcept {
     const std::lock_guard<std::mutex> lock(mutex);
     clearBar();
-    std::fprintf(stderr, "kro: %s\n", text.c_str());
+    std::fprintf(stderr, "kro: %.*s%.*s\n", static_cast<int>(kind.size()), kind.data(), static_cast<int>(text.size()),
+                 text.data());
     drawBar();
 }
 
@@ -49,9 +51,9 @@ void say(const std::string& text) {
 
 void setQuiet(bool quiet) { quietNotes = quiet; }
 
-void note(const std::string& text) {
+void note(std::string_view text) noexcept {
     if (!quietNotes) {
-        say(text);
+        say("", text);
     }
 }
 
@@ -63,12 +65,12 @@ void warnOnce(const std::string& key, const std::string& text) {
             return;
         }
     }
-    say("warning: " + text);
+    say("warning: ", text);
 }
 
-void error(const std::string& text) { say(text); }
+void error(std::string_view text) noexcept { say("", text); }
 
-Progress::Progress(std::size_t total) {
+Progress::Progress(std::size_t total) noexcept {
     const std::lock_guard<std::mutex> lock(mutex);
     bar = {0, total, total > 1 && !quietNotes && isatty(STDERR_FILENO) == 1};
     drawBar();
@@ -80,7 +82,7 @@ Progress::~Progress() {
     bar.visible = false;
 }
 
-void Progress::step() {
+void Progress::step() noexcept {
     const std::lock_guard<std::mutex> lock(mutex);
     bar.done++;
     drawBar();
