@@ -1,5 +1,7 @@
 """Everything wrong gets one line that names the file, the value and what was expected; exit code 1 or 2."""
 
+import os
+
 from pictures import write_png, write_ppm
 from support import Case
 
@@ -67,6 +69,18 @@ class Failures(Case):
             before = self.names()
             self.kro_fails(1, "mosaic", name, "-f", "rggb8", "-o", "x.raw", says=says)
             self.assertEqual(self.names(), before)
+
+    def test_one_name_that_says_nothing_among_good_ones(self):
+        for name in ("a_8x6_BayerRG8.raw", "b_8x6_BayerRG8.raw"):
+            self.frame_file(name, 8, 6, "BayerRG8")
+        names = ("a_8x6_BayerRG8.raw", "f.raw", "b_8x6_BayerRG8.raw")
+        self.kro_fails(1, "convert", *names, "-o", "out/", "-q", says=["f.raw", "--size"])
+        self.assertEqual(sorted(os.listdir(self.path("out"))), ["a_8x6_BayerRG8.png", "b_8x6_BayerRG8.png"])
+        result = self.kro_fails(1, "info", *names, "-q", says=["f.raw", "--size"])
+        self.assertEqual(result.stdout.count(b"1 frame in the file"), 2)
+        # A bad option is said once and stops all.
+        self.kro_fails(2, "convert", *names, "-s", "8by6", "-o", "none/", says="8by6")
+        self.kro_fails(2, "info", *names, "-f", "rgbg8", says="rgbg8")
 
     def test_one_bad_file_among_good_ones(self):
         self.frame_file("g.raw", 8, 6, "BayerRG8")

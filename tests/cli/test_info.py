@@ -41,6 +41,24 @@ class Info(Case):
         piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=bytes([3] * 48)).decode()
         self.assertRegex(piped, r"  grey +3 +3 +3\.0")
 
+    def test_many_frames_are_summarised(self):
+        self.write("m_8x6_Mono8.raw", b"".join(bytes([n] * 48) for n in range(1, 201)))
+        self.write("few_8x6_Mono8.raw", bytes(480))
+        said = self.kro("info", "m_8x6_Mono8.raw").decode()
+        self.assertIn("200 frames in the file", said)
+        self.assertIn("frames 1-200 together", said)
+        self.assertRegex(said, r"  grey +1 +200 +100\.5")
+        self.assertIn("darkest: frame 1, mean 1.0; brightest: frame 200, mean 200.0", said)
+        self.assertLess(said.count("\n"), 10)
+        self.assertRegex(self.kro("info", "m_8x6_Mono8.raw", "--frames", "11-30").decode(), r"frames 11-30 together")
+        self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--each").count(b"\nframe "), 200)
+        self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--frames", "5-9").count(b"\nframe "), 5)
+        self.assertNotIn(b"together", self.kro("info", "few_8x6_Mono8.raw"))
+        # Of a pipe the first frames are said as they come, and all together at its end.
+        piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=self.read("m_8x6_Mono8.raw")).decode()
+        self.assertEqual(piped.count("\nframe "), 10)
+        self.assertEqual(piped[piped.index("frames 1-200"):], said[said.index("frames 1-200"):])
+
     def test_hints(self):
         self.write("m_8x6_Mono16.raw", b"\0\x10" * 48)
         said = self.kro("info", "m_8x6_Mono16.raw").decode()

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "commands/formats.hpp"
 #include "commands/info.hpp"
 #include "commands/mosaic.hpp"
+#include "output/output_file.hpp"
 #include "support/failure.hpp"
 #include "terminal/console.hpp"
 
@@ -37,7 +39,8 @@ constexpr const char* convertExamples = R"(Examples:
 Where pictures go:
   -o FILE.EXT    one file; frames of one input are numbered: FILE-0001.EXT
   -o FOLDER/     a picture for each input, named after it
-  -o PATTERN     with {name} for the input's name and {frame} for the frame's number
+  -o PATTERN     with {name} for the input's name, {frame} for the frame's number, or %04d for the picture's: 0001,
+                 0002 and so on over all inputs
   -o -           standard output, of the type given by --to
 A file appears whole or not at all. An input is never overwritten.
 
@@ -91,6 +94,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     command.add_option("-o,--output", request.output, "Where the picture goes, see below")->type_name("OUT");
     command.add_option("--to", request.fileType, "File type where OUT does not say it: png, ppm, pgm, bmp, tif, raw")
         ->type_name("TYPE");
+    command.add_flag("--many", request.many, "Write more than 1000 pictures of one file");
     command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")->type_name("BITS");
     command.add_flag("--scale", request.scale, "With --depth 16: stretch samples to the full 16 bits");
     command.add_option("--bits", request.bits, "With --depth 16: significant bits, where fewer than the format's")
@@ -129,6 +133,7 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App& command = *app.add_subcommand("info", "What a frame is and what its samples are like");
     command.add_option("FRAME", request.inputs, "Files of raw frames, or - for standard input")->required();
     addFrameOptions(command, request.frame, request.frames);
+    command.add_flag("--each", request.each, "Say all frames one by one, however many there are");
     addQuiet(command);
     command.footer(infoExamples);
 }
@@ -182,11 +187,8 @@ int answerParser(const CLI::App& app, const CLI::ParseError& answer) {
 
 // What could not be printed is a failure, not a success.
 int finishOutput(int result) {
-    std::cout.flush();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout) {
-        console::error("standard output: cannot be written");
-        return exitFailed;
-    }
+    // The parser's answers go through std::cout, which hands everything straight to stdout.
+    flushStandardOutput();
     return result;
 }
 
@@ -208,7 +210,6 @@ int run(int count, char** arguments) {
     if (count > 1 && std::string(arguments[1]) == "bench") {
         becomeBench(arguments + 1);
     }
-    std::signal(SIGPIPE, SIG_IGN);
     CLI::App app{"kro: raw camera frames to pictures", "kro"};
     Requests requests;
     describeApp(app, requests);
@@ -221,11 +222,25 @@ int run(int count, char** arguments) {
     return finishOutput(runCommand(app, requests));
 }
 
+// As `cat` ends when nobody reads it any more; a caller that had us ignore the signal gets the message instead.
+void endWithoutReader(void (*inherited)(int)) {
+    if (inherited == SIG_IGN) {
+        console::error("standard output: cannot be written: " + systemMessage(EPIPE));
+        return;
+    }
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
+    // A reader of a named pipe that goes away is a failure to write, not a reason to die.
+    const auto whenReaderGone = std::signal(SIGPIPE, SIG_IGN);
     try {
         return run(count, arguments);
+    } catch (const cli::ReaderGone&) {
+        endWithoutReader(whenReaderGone);
     } catch (const cli::UsageFailure& failure) {
         cli::console::error(failure.what());
         return cli::exitUsage;

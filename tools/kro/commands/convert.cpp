@@ -7,6 +7,7 @@
 #include <set>
 #include <thread>
 
+#include "commands/each_input.hpp"
 #include "developing/developer.hpp"
 #include "frames/frame_reader.hpp"
 #include "output/output_file.hpp"
@@ -24,10 +25,20 @@ struct Unit {
     std::string input;
     FrameLayout layout;
     const OutputFormat* output = nullptr;
-    uint64_t frame = 0;
+    PictureName name;
+    // Whether its input holds several frames, so that their names need numbers.
+    bool numbered = false;
     std::string target;
     std::shared_ptr<InputFile> stream;
 };
+
+// A wrong size makes thousands of pictures of one file; more than these are written only where that is wanted.
+constexpr uint64_t mostUnasked = 1000;
+
+// Numbers of one length sort as text does. What comes out of a pipe without end is expected to pass four digits.
+constexpr int digitsOfEndless = 6;
+
+int digitsOf(uint64_t number) { return std::max(4, static_cast<int>(std::to_string(number).size())); }
 
 DevelopOptions developOptions(const ConvertRequest& request) {
     DevelopOptions options;
@@ -83,8 +94,9 @@ public:
 private:
     void planInput(const std::string& input);
     void planFrames(const InputFile& file, Unit unit);
+    void requireWantedCount(const InputFile& file, const Unit& unit, const FrameRange& range) const;
     const OutputFormat* chooseOutput(const std::string& input, const InputFormat& format) const;
-    void addTarget(Unit unit, std::optional<uint64_t> number);
+    void nameUnits();
     void reserveTarget(const Unit& unit);
     bool keepWritable();
     void sayInferred() const;
@@ -108,6 +120,7 @@ Conversion::Conversion(const ConvertRequest& request)
       options_(developOptions(request)),
       range_(request.frames.empty() ? FrameRange{} : parseFrameRange(request.frames)),
       names_(request.output, request.fileType, request.inputs.size()) {
+    requireGoodRequest(request.frame);
     requireDepthOptions(request);
     if (request.depth == 16 && !names_.type().deep) {
         throw UsageFailure(std::string("a ") + names_.type().name +
@@ -142,10 +155,14 @@ void Conversion::planInput(const std::string& input) {
     auto file = std::make_shared<InputFile>(input);
     Unit unit;
     unit.input = input;
+    unit.name.stem = stemOf(input);
     unit.layout = inferLayout(file->shownName(), request_.frame, file->length());
     unit.output = chooseOutput(file->shownName(), *unit.layout.format);
     inputs_.insert(file->id());
     if (file->isStream()) {
+        const bool endless = range_.last == FrameRange{}.last;
+        unit.name.frameDigits = endless ? digitsOfEndless : digitsOf(range_.last);
+        unit.numbered = range_.chosen && !range_.single();
         unit.stream = file;
         units_.push_back(unit);
         return;
@@ -155,18 +172,43 @@ void Conversion::planInput(const std::string& input) {
 
 void Conversion::planFrames(const InputFile& file, Unit unit) {
     const FrameRange range = framesInFile(file, unit.layout, range_);
-    for (unit.frame = range.first; unit.frame <= range.last; unit.frame++) {
-        // A range that happens to end in one frame is numbered like any other.
-        const bool numbered = !range.single() || (range_.chosen && !range_.single());
-        addTarget(unit, numbered ? std::optional<uint64_t>(unit.frame) : std::nullopt);
+    requireWantedCount(file, unit, range);
+    unit.name.frameDigits = digitsOf(range.last);
+    // A range that happens to end in one frame is numbered like any other.
+    unit.numbered = !range.single() || (range_.chosen && !range_.single());
+    for (unit.name.frame = range.first; unit.name.frame <= range.last; unit.name.frame++) {
+        units_.push_back(unit);
     }
 }
 
-void Conversion::addTarget(Unit unit, std::optional<uint64_t> number) {
-    if (!names_.isStandardOutput()) {
-        unit.target = names_.nameFor(unit.input, number);
+void Conversion::requireWantedCount(const InputFile& file, const Unit& unit, const FrameRange& range) const {
+    const uint64_t count = range.last - range.first + 1;
+    const bool asked = request_.many || names_.isStandardOutput() || range_.last != FrameRange{}.last;
+    if (count > mostUnasked && !asked) {
+        throw UsageFailure(file.shownName() + ": would become " + std::to_string(count) + " pictures, one for each " +
+                           unit.layout.text() + " frame; is the size right? --many writes them all, --frames some");
     }
-    units_.push_back(unit);
+}
+
+// Numbers count on over all inputs, so that they stand in the order of the arguments. How many come out of a pipe is
+// not known beforehand, which leaves the last place for one.
+void Conversion::nameUnits() {
+    uint64_t picture = 0;
+    int digits = 0;
+    for (const Unit& unit : units_) {
+        digits = std::max(digits, unit.name.frameDigits);
+        if (unit.stream && names_.countsPictures() && &unit != &units_.back()) {
+            throw UsageFailure(unit.stream->shownName() + ": how many frames it holds is not known beforehand, so " +
+                               "numbered pictures want it as the last input");
+        }
+    }
+    for (Unit& unit : units_) {
+        unit.name.picture = ++picture;
+        unit.name.frameDigits = digits;
+        if (!names_.isStandardOutput() && !unit.stream) {
+            unit.target = names_.nameFor(unit.name, unit.numbered);
+        }
+    }
 }
 
 void Conversion::reserveTarget(const Unit& unit) {
@@ -176,17 +218,8 @@ void Conversion::reserveTarget(const Unit& unit) {
 }
 
 bool Conversion::plan() {
-    bool good = true;
-    for (const std::string& input : request_.inputs) {
-        try {
-            planInput(input);
-        } catch (const UsageFailure&) {
-            throw;
-        } catch (const Failure& failure) {
-            console::error(failure.what());
-            good = false;
-        }
-    }
+    const bool good = eachInput(request_.inputs, [this](const std::string& input) { planInput(input); });
+    nameUnits();
     for (const Unit& unit : units_) {
         reserveTarget(unit);
     }
@@ -229,7 +262,7 @@ void Conversion::convertUnit(const Unit& unit, Developer& developer) {
         return;
     }
     Bytes frame;
-    readFrame(InputFile(unit.input), unit.layout, unit.frame, frame);
+    readFrame(InputFile(unit.input), unit.layout, unit.name.frame, frame);
     put(unit, frame, developer);
 }
 
@@ -240,21 +273,22 @@ void Conversion::convertStream(Unit unit, Developer& developer) {
     Bytes frame;
     Bytes following;
     bool more = frames.next(frame);
-    bool several = range_.chosen && !range_.single();
     while (more) {
-        unit.frame = frames.number();
+        unit.name.frame = frames.number();
         if (names_.isStandardOutput()) {
             put(unit, frame, developer);
             more = frames.next(frame);
             continue;
         }
         more = frames.next(following);
-        several = several || more;
-        unit.target = names_.nameFor(unit.input, several ? std::optional<uint64_t>(unit.frame) : std::nullopt);
+        unit.numbered = unit.numbered || more;
+        unit.target = names_.nameFor(unit.name, unit.numbered);
         checkTarget(unit.target, inputs_, !request_.noClobber);
         put(unit, frame, developer);
         frame.swap(following);
+        unit.name.picture++;
     }
+    frames.requireGoodEnd();
 }
 
 unsigned Conversion::threads() const {

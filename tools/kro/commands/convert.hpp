@@ -25,6 +25,7 @@ struct ConvertRequest {
     bool scale = false;
     bool opaque = false;
     bool noClobber = false;
+    bool many = false;
 };
 
 int convert(const ConvertRequest& request);

@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
+#include <numeric>
 
+#include "commands/each_input.hpp"
 #include "frames/frame_reader.hpp"
-#include "frames/samples.hpp"
+#include "frames/statistics.hpp"
+#include "output/output_file.hpp"
 #include "support/failure.hpp"
 #include "terminal/console.hpp"
 
@@ -13,100 +17,7 @@ namespace cli {
 
 namespace {
 
-// One colour site of the cell, or the whole frame where it is grey.
-struct SiteStatistics {
-    const char* name;
-    std::vector<uint64_t> histogram = std::vector<uint64_t>(65536);
-
-    uint64_t count() const;
-    uint32_t least() const;
-    uint32_t most() const;
-    double mean() const;
-    uint32_t quantile(double share) const;
-};
-
-uint64_t SiteStatistics::count() const {
-    uint64_t sum = 0;
-    for (const uint64_t entry : histogram) {
-        sum += entry;
-    }
-    return sum;
-}
-
-uint32_t SiteStatistics::least() const {
-    const auto found = std::find_if(histogram.begin(), histogram.end(), [](uint64_t entry) { return entry != 0; });
-    return static_cast<uint32_t>(found - histogram.begin());
-}
-
-uint32_t SiteStatistics::most() const {
-    const auto found = std::find_if(histogram.rbegin(), histogram.rend(), [](uint64_t entry) { return entry != 0; });
-    return static_cast<uint32_t>(histogram.rend() - found - 1);
-}
-
-double SiteStatistics::mean() const {
-    double sum = 0;
-    for (std::size_t value = 0; value < histogram.size(); value++) {
-        sum += static_cast<double>(value) * static_cast<double>(histogram[value]);
-    }
-    return sum / static_cast<double>(count());
-}
-
-uint32_t SiteStatistics::quantile(double share) const {
-    const double wanted = share * static_cast<double>(count());
-    double seen = 0;
-    uint32_t value = 0;
-    for (; value < 65535; value++) {
-        seen += static_cast<double>(histogram[value]);
-        if (seen >= wanted) {
-            break;
-        }
-    }
-    return value;
-}
-
-struct FrameStatistics {
-    std::vector<SiteStatistics> sites;
-    uint32_t usedBits = 0;
-    SiteStatistics all{"all"};
-};
-
-std::vector<SiteStatistics> makeSites(bool bayer) {
-    std::vector<SiteStatistics> sites;
-    for (const char* name : {"R", "G (red rows)", "G (blue rows)", "B"}) {
-        if (bayer) {
-            sites.push_back({name});
-        }
-    }
-    if (!bayer) {
-        sites.push_back({"grey"});
-    }
-    return sites;
-}
-
-std::size_t siteIndex(Phase phase, std::size_t row, std::size_t column) {
-    if (phase == Phase::mono) {
-        return 0;
-    }
-    const RedSite red = redSite(phase);
-    const std::size_t down = (row + static_cast<std::size_t>(red.row)) & 1;
-    const std::size_t right = (column + static_cast<std::size_t>(red.column)) & 1;
-    return 2 * down + right;
-}
-
-FrameStatistics measure(const Samples& samples, const FrameLayout& layout) {
-    FrameStatistics statistics;
-    statistics.sites = makeSites(layout.format->isBayer());
-    const std::size_t width = static_cast<std::size_t>(layout.size.width);
-    for (std::size_t i = 0; i < samples.size(); i++) {
-        const std::size_t site = siteIndex(layout.format->phase, i / width, i % width);
-        statistics.sites[site].histogram[samples[i]]++;
-        statistics.all.histogram[samples[i]]++;
-        statistics.usedBits |= samples[i];
-    }
-    return statistics;
-}
-
-int highestBit(uint32_t value) {
+int highestBit(uint64_t value) {
     int bits = 0;
     for (; value != 0; value >>= 1) {
         bits++;
@@ -152,10 +63,10 @@ void printHistogram(const FrameStatistics& statistics, const InputFormat& format
         const std::size_t bin = std::min(bins - 1, value * bins >> format.bits);
         counts[bin] += statistics.all.histogram[value];
     }
-    const int most = highestBit(static_cast<uint32_t>(*std::max_element(counts.begin(), counts.end())));
+    const int most = highestBit(*std::max_element(counts.begin(), counts.end()));
     std::string row;
     for (const uint64_t count : counts) {
-        row += bars[static_cast<std::size_t>((highestBit(static_cast<uint32_t>(count)) * 8 + most - 1) / most)];
+        row += bars[static_cast<std::size_t>((highestBit(count) * 8 + most - 1) / most)];
     }
     const double samples = static_cast<double>(statistics.all.count());
     const double black = 100 * static_cast<double>(statistics.all.histogram[0]) / samples;
@@ -164,14 +75,77 @@ void printHistogram(const FrameStatistics& statistics, const InputFormat& format
                 format.maximum(), white);
 }
 
-void printFrame(const Bytes& frame, const FrameLayout& layout, uint64_t number) {
-    Samples samples;
-    unpackSamples(frame, *layout.format, layout.size.samples(), samples);
-    const FrameStatistics statistics = measure(samples, layout);
-    std::printf("frame %llu\n", static_cast<unsigned long long>(number));
+void printStatistics(const FrameStatistics& statistics, const InputFormat& format) {
     printSites(statistics);
-    printBits(statistics, *layout.format);
-    printHistogram(statistics, *layout.format);
+    printBits(statistics, format);
+    printHistogram(statistics, format);
+}
+
+// A block for each frame, or one for all together where there are many. Of a pipe, whose frames may come slowly, the
+// first have a block as soon as they are there.
+class Report {
+public:
+    Report(const FrameLayout& layout, bool each, std::optional<uint64_t> count);
+    void add(const Bytes& frame, uint64_t number);
+    void finish() const;
+    bool onlyTogether() const { return blocks_ == 0; }
+
+private:
+    struct Extreme {
+        uint64_t frame = 0;
+        double mean = 0;
+    };
+
+    static constexpr uint64_t mostBlocks = 10;
+
+    const FrameLayout& layout_;
+    uint64_t blocks_;
+    Samples samples_;
+    FrameStatistics together_;
+    uint64_t first_ = 0;
+    uint64_t last_ = 0;
+    uint64_t count_ = 0;
+    Extreme darkest_;
+    Extreme brightest_;
+};
+
+Report::Report(const FrameLayout& layout, bool each, std::optional<uint64_t> count)
+    : layout_(layout), blocks_(mostBlocks), together_(*layout.format) {
+    if (each) {
+        blocks_ = std::numeric_limits<uint64_t>::max();
+    } else if (count > mostBlocks) {
+        blocks_ = 0;
+    }
+}
+
+void Report::add(const Bytes& frame, uint64_t number) {
+    unpackSamples(frame, *layout_.format, layout_.size.samples(), samples_);
+    if (count_ < blocks_) {
+        FrameStatistics alone(*layout_.format);
+        alone.add(samples_, layout_);
+        std::printf("frame %llu\n", static_cast<unsigned long long>(number));
+        printStatistics(alone, *layout_.format);
+        flushStandardOutput();
+    }
+    together_.add(samples_, layout_);
+    const double mean = std::accumulate(samples_.begin(), samples_.end(), 0.0) / static_cast<double>(samples_.size());
+    first_ = count_ == 0 ? number : first_;
+    darkest_ = count_ == 0 || mean < darkest_.mean ? Extreme{number, mean} : darkest_;
+    brightest_ = count_ == 0 || mean > brightest_.mean ? Extreme{number, mean} : brightest_;
+    last_ = number;
+    count_++;
+}
+
+void Report::finish() const {
+    if (count_ <= blocks_) {
+        return;
+    }
+    const auto shown = [](uint64_t number) { return static_cast<unsigned long long>(number); };
+    std::printf("frames %llu-%llu together (--each says all of them one by one, --frames some)\n", shown(first_),
+                shown(last_));
+    printStatistics(together_, *layout_.format);
+    std::printf("  darkest: frame %llu, mean %.1f; brightest: frame %llu, mean %.1f\n", shown(darkest_.frame),
+                darkest_.mean, shown(brightest_.frame), brightest_.mean);
 }
 
 void printLayout(const InputFile& file, const FrameLayout& layout) {
@@ -185,50 +159,51 @@ void printLayout(const InputFile& file, const FrameLayout& layout) {
                 layout.bytes());
 }
 
-void describeFile(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
+void describeFile(const InputFile& file, const FrameLayout& layout, const InfoRequest& request,
+                  const FrameRange& range) {
     const FrameRange all = framesInFile(file, layout, FrameRange{1, FrameRange{}.last, range.chosen});
     const FrameRange shown = framesInFile(file, layout, range);
     printLayout(file, layout);
     std::printf("%llu %s in the file\n", static_cast<unsigned long long>(all.last),
                 all.last == 1 ? "frame" : "frames");
+    const uint64_t count = shown.last - shown.first + 1;
+    Report report(layout, request.each, count);
+    console::Progress progress(report.onlyTogether() ? static_cast<std::size_t>(count) : 0);
     Bytes frame;
     for (uint64_t number = shown.first; number <= shown.last; number++) {
         readFrame(file, layout, number, frame);
-        printFrame(frame, layout, number);
+        report.add(frame, number);
+        progress.step();
     }
+    report.finish();
 }
 
-void describeStream(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
+void describeStream(const InputFile& file, const FrameLayout& layout, const InfoRequest& request,
+                    const FrameRange& range) {
     FrameStream frames(file, layout, range);
     printLayout(file, layout);
+    Report report(layout, request.each, std::nullopt);
     Bytes frame;
     while (frames.next(frame)) {
-        printFrame(frame, layout, frames.number());
+        report.add(frame, frames.number());
     }
+    report.finish();
+    frames.requireGoodEnd();
 }
 
 void describe(const std::string& input, const InfoRequest& request, const FrameRange& range) {
     const InputFile file(input);
     const FrameLayout layout = inferLayout(file.shownName(), request.frame, file.length());
-    file.isStream() ? describeStream(file, layout, range) : describeFile(file, layout, range);
+    file.isStream() ? describeStream(file, layout, request, range) : describeFile(file, layout, request, range);
 }
 
 }  // namespace
 
 int info(const InfoRequest& request) {
     const FrameRange range = request.frames.empty() ? FrameRange{} : parseFrameRange(request.frames);
-    int result = exitOk;
-    for (const std::string& input : request.inputs) {
-        try {
-            describe(input, request, range);
-        } catch (const UsageFailure&) {
-            throw;
-        } catch (const Failure& failure) {
-            console::error(failure.what());
-            result = exitFailed;
-        }
-    }
-    return result;
+    requireGoodRequest(request.frame);
+    return eachInput(request.inputs, [&](const std::string& input) { describe(input, request, range); }) ? exitOk
+                                                                                                         : exitFailed;
 }
 
 }  // namespace cli

@@ -12,6 +12,7 @@ struct InfoRequest {
     std::vector<std::string> inputs;
     FrameRequest frame;
     std::string frames;
+    bool each = false;
 };
 
 int info(const InfoRequest& request);

@@ -181,35 +181,34 @@ void FrameStream::skipHeader() {
     }
 }
 
-bool FrameStream::readWhole(Bytes& frame) {
+bool FrameStream::next(Bytes& frame) {
     frame.resize(layout_.bytes());
-    const std::size_t got = file_.readNext(frame.data(), frame.size());
-    if (got == 0 && number_ == 0) {
-        throw Failure(file_.shownName() + ": is empty, but " + need(layout_) + " bytes");
-    }
-    if (got != 0 && got != frame.size()) {
-        throw Failure(file_.shownName() + ": ended after " + std::to_string(got) + " bytes of frame " +
-                      std::to_string(number_ + 1) + ", but " + need(layout_));
-    }
-    number_ += got != 0 ? 1 : 0;
-    return got != 0;
+    do {
+        if (number_ >= range_.last || ended_) {
+            return false;
+        }
+        const std::size_t got = file_.readNext(frame.data(), frame.size());
+        ended_ = got != frame.size();
+        leftOver_ = ended_ ? got : 0;
+        number_ += ended_ ? 0 : 1;
+    } while (ended_ || number_ < range_.first);
+    return true;
 }
 
-bool FrameStream::next(Bytes& frame) {
-    do {
-        if (number_ >= range_.last) {
-            return false;
-        }
-        if (!readWhole(frame)) {
-            const bool missing = number_ < range_.first || range_.last != FrameRange{}.last;
-            if (missing) {
-                throw Failure(file_.shownName() + ": has no frame " +
-                              std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " + frames(number_));
-            }
-            return false;
-        }
-    } while (number_ < range_.first);
-    return true;
+void FrameStream::requireGoodEnd() const {
+    const std::string name = file_.shownName() + ": ";
+    if (ended_ && number_ == 0 && leftOver_ == 0) {
+        throw Failure(name + "is empty, but " + need(layout_) + " bytes");
+    }
+    if (leftOver_ != 0) {
+        throw Failure(name + "ended after " + std::to_string(leftOver_) + " bytes of frame " +
+                      std::to_string(number_ + 1) + ", but " + need(layout_) +
+                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before"));
+    }
+    if (ended_ && (number_ < range_.first || range_.last != FrameRange{}.last)) {
+        throw Failure(name + "has no frame " + std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " +
+                      frames(number_));
+    }
 }
 
 }  // namespace cli

@@ -81,18 +81,22 @@ class FrameStream {
 public:
     FrameStream(const InputFile& file, const FrameLayout& layout, const FrameRange& range);
 
-    // False at the end; the number of the frame just read is then in number().
+    // False at the end, be it a good one or not; the number of the frame just read is in number().
     bool next(Bytes& frame);
     uint64_t number() const { return number_; }
+    // A failure where the pipe ended within a frame or before the chosen ones. Asked for after the last frame has
+    // been used, so that nothing of what came whole is lost.
+    void requireGoodEnd() const;
 
 private:
-    bool readWhole(Bytes& frame);
     void skipHeader();
 
     const InputFile& file_;
     FrameLayout layout_;
     FrameRange range_;
     uint64_t number_ = 0;
+    bool ended_ = false;
+    std::size_t leftOver_ = 0;
 };
 
 }  // namespace cli

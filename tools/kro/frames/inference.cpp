@@ -164,6 +164,15 @@ uint64_t payloadOf(const std::optional<uint64_t>& fileBytes, uint64_t skip) {
 
 }  // namespace
 
+void requireGoodRequest(const FrameRequest& request) {
+    if (!request.sizeText.empty()) {
+        parseFrameSize(request.sizeText);
+    }
+    if (!request.formatName.empty()) {
+        requireInputFormat(request.formatName);
+    }
+}
+
 FrameLayout inferLayout(const std::string& path, const FrameRequest& request, std::optional<uint64_t> fileBytes) {
     FrameLayout layout;
     layout.skip = request.skip;

@@ -16,6 +16,9 @@ struct FrameRequest {
     uint64_t skip = 0;
 };
 
+// A usage failure where a given size or format is none, whatever the files are.
+void requireGoodRequest(const FrameRequest& request);
+
 // How the frames of one file are to be read.
 struct FrameLayout {
     FrameSize size;

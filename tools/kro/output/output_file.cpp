@@ -1,6 +1,7 @@
 #include "output/output_file.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,25 +47,45 @@ void watchInterrupts(sigset_t signals) {
     dieOf(signalNumber, signals);
 }
 
-Failure cannotWrite(const std::string& path, const char* what, int errorNumber) {
-    return Failure(path + ": " + what + ": " + systemMessage(errorNumber));
+[[noreturn]] void cannotWrite(const std::string& path, const char* what, int errorNumber) {
+    const std::string text = path + ": " + what + ": " + systemMessage(errorNumber);
+    if (errorNumber == ENOSPC || errorNumber == EDQUOT) {
+        throw OutputGone(text);
+    }
+    throw Failure(text);
 }
 
-void writeAll(int descriptor, const Bytes& data, const std::string& shownName) {
+// The error that ended it, or 0.
+int writeAll(int descriptor, const Bytes& data) {
     for (std::size_t done = 0; done < data.size();) {
         const ssize_t count = write(descriptor, data.data() + done, data.size() - done);
         if (count < 0 && errno != EINTR) {
-            throw cannotWrite(shownName, "cannot be written", errno);
+            return errno;
         }
         done += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
+    return 0;
 }
 
-// Renaming would replace a link by a file, so a link is followed to what it stands for.
+void writeWhole(int descriptor, const Bytes& data, const std::string& shownName) {
+    if (const int errorNumber = writeAll(descriptor, data)) {
+        cannotWrite(shownName, "cannot be written", errorNumber);
+    }
+}
+
+// Renaming would replace a link by a file, so a link is followed to what it stands for, be that there or not.
 fs::path finalTarget(const std::string& path) {
-    std::error_code ignored;
-    const fs::path resolved = fs::weakly_canonical(path, ignored);
-    return fs::is_symlink(fs::symlink_status(path, ignored)) && !resolved.empty() ? resolved : fs::path(path);
+    constexpr int mostLinks = 40;
+    fs::path target = path;
+    std::error_code noLink;
+    for (int i = 0; i < mostLinks; i++) {
+        const fs::path next = fs::read_symlink(target, noLink);
+        if (noLink) {
+            return target;
+        }
+        target = target.parent_path() / next;
+    }
+    cannotWrite(path, "cannot be written", ELOOP);
 }
 
 fs::path directoryOf(const fs::path& target) {
@@ -73,7 +94,8 @@ fs::path directoryOf(const fs::path& target) {
 
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const fs::path& target);
+    // Failures speak of the name that was given, which may be a link to the target.
+    TemporaryFile(const fs::path& target, const std::string& shownName);
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -84,11 +106,13 @@ private:
     void takeModeOfTarget();
 
     fs::path target_;
+    std::string shownName_;
     std::string path_;
     Descriptor descriptor_;
 };
 
-TemporaryFile::TemporaryFile(const fs::path& target) : target_(target) {
+TemporaryFile::TemporaryFile(const fs::path& target, const std::string& shownName)
+    : target_(target), shownName_(shownName) {
     static std::atomic<unsigned> serial{0};
     const std::string name = ".kro-" + std::to_string(getpid()) + "-" + std::to_string(serial++) + ".part";
     path_ = (directoryOf(target) / name).string();
@@ -99,7 +123,7 @@ TemporaryFile::TemporaryFile(const fs::path& target) : target_(target) {
     if (descriptor_.get() < 0) {
         const int errorNumber = errno;
         unfinished.erase(entry);
-        throw cannotWrite(target.string(), "cannot be created", errorNumber);
+        cannotWrite(shownName, "cannot be created", errorNumber);
     }
 }
 
@@ -110,7 +134,7 @@ TemporaryFile::~TemporaryFile() {
     }
 }
 
-void TemporaryFile::write(const Bytes& data) { writeAll(descriptor_.get(), data, target_.string()); }
+void TemporaryFile::write(const Bytes& data) { writeWhole(descriptor_.get(), data, shownName_); }
 
 void TemporaryFile::takeModeOfTarget() {
     struct stat status {};
@@ -122,7 +146,7 @@ void TemporaryFile::takeModeOfTarget() {
 void TemporaryFile::becomeTarget(bool mayReplace) {
     takeModeOfTarget();
     if (close(descriptor_.release()) != 0) {
-        throw cannotWrite(target_.string(), "cannot be written", errno);
+        cannotWrite(shownName_, "cannot be written", errno);
     }
     const std::lock_guard<std::mutex> lock(unfinishedMutex);
     const unsigned flags = mayReplace ? 0u : static_cast<unsigned>(RENAME_NOREPLACE);
@@ -135,7 +159,7 @@ void TemporaryFile::becomeTarget(bool mayReplace) {
         }
     }
     if (result != 0) {
-        throw cannotWrite(target_.string(), "cannot be written", errno);
+        cannotWrite(shownName_, "cannot be written", errno);
     }
     unfinished.erase(path_);
 }
@@ -146,19 +170,32 @@ bool isSpecialFile(const fs::path& target) {
     return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
 }
 
-void writeSpecialFile(const fs::path& target, const Bytes& data) {
+// Where a buffer was written earlier the error's number may be lost, but a pipe without reader still shows.
+bool readerIsGone(int errorNumber) {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    return errorNumber == EPIPE || (errorNumber == 0 && poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0);
+}
+
+[[noreturn]] void standardOutputFailed(int errorNumber) {
+    if (readerIsGone(errorNumber)) {
+        throw ReaderGone{};
+    }
+    throw OutputGone("standard output: cannot be written" +
+                     (errorNumber == 0 ? "" : ": " + systemMessage(errorNumber)));
+}
+
+void writeSpecialFile(const fs::path& target, const Bytes& data, const std::string& shownName) {
     const Descriptor descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
     if (descriptor.get() < 0) {
-        throw cannotWrite(target.string(), "cannot be opened", errno);
+        cannotWrite(shownName, "cannot be opened", errno);
     }
-    writeAll(descriptor.get(), data, target.string());
+    writeWhole(descriptor.get(), data, shownName);
 }
 
 }  // namespace
 
 void guardAgainstInterrupts() {
-    // A reader that went away and a file that may not grow are failures to write, not reasons to die.
-    std::signal(SIGPIPE, SIG_IGN);
+    // A file that may not grow is a failure to write, not a reason to die.
     std::signal(SIGXFSZ, SIG_IGN);
     sigset_t signals;
     sigemptyset(&signals);
@@ -181,26 +218,31 @@ void guardAgainstInterrupts() {
 void writeFile(const std::string& path, const Bytes& data, bool mayReplace) {
     const fs::path target = finalTarget(path);
     if (isSpecialFile(target)) {
-        writeSpecialFile(target, data);
+        writeSpecialFile(target, data, path);
         return;
     }
-    TemporaryFile file(target);
+    TemporaryFile file(target, path);
     file.write(data);
     file.becomeTarget(mayReplace);
 }
 
 void writeStandardOutput(const Bytes& data) {
-    try {
-        writeAll(STDOUT_FILENO, data, "standard output");
-    } catch (const Failure& failure) {
-        throw OutputGone(failure.what());
+    if (const int errorNumber = writeAll(STDOUT_FILENO, data)) {
+        standardOutputFailed(errorNumber);
+    }
+}
+
+void flushStandardOutput() {
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        standardOutputFailed(errno);
     }
 }
 
 void checkTarget(const std::string& path, const std::set<FileId>& inputs, bool mayReplace) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) {
-        const std::string directory = directoryOf(path).string();
+        const std::string directory = directoryOf(finalTarget(path)).string();
         std::error_code ignored;
         if (!fs::is_directory(directory, ignored)) {
             throw Failure(path + ": cannot be created: no directory " + directory);
@@ -217,7 +259,7 @@ void checkTarget(const std::string& path, const std::set<FileId>& inputs, bool m
         throw Failure(path + ": exists already, and --no-clobber was given");
     }
     if (access(path.c_str(), W_OK) != 0) {
-        throw cannotWrite(path, "cannot be written", errno);
+        cannotWrite(path, "cannot be written", errno);
     }
 }
 

@@ -14,7 +14,9 @@ void guardAgainstInterrupts();
 // Targets that are no regular files (pipes, devices) are written straight.
 void writeFile(const std::string& path, const Bytes& data, bool mayReplace);
 
+// Both throw ReaderGone where nobody reads any more, and OutputGone where it cannot be written otherwise.
 void writeStandardOutput(const Bytes& data);
+void flushStandardOutput();
 
 // Refuses a target that is one of the inputs, by whatever name, or that may not be replaced or written.
 void checkTarget(const std::string& path, const std::set<FileId>& inputs, bool mayReplace);

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
+#include "output/name_pattern.hpp"
 #include "pictures/picture_file.hpp"
 
 namespace cli {
 
-// Where pictures go: one file, numbered files, a folder, a pattern with {name} and {frame}, or standard output.
+// Where pictures go: one file, numbered files, a folder, a pattern with marks in it, or standard output.
 class OutputNames {
 public:
     // The type follows the name's extension, or typeName where the name has none.
@@ -16,14 +16,16 @@ public:
 
     const FileType& type() const { return *type_; }
     bool isStandardOutput() const;
-    // The frame's number is given where its file holds several.
-    std::string nameFor(const std::string& input, std::optional<uint64_t> frame) const;
+    bool countsPictures() const { return pattern_.countsPictures(); }
+    // Numbered where the input holds several frames.
+    std::string nameFor(const PictureName& name, bool numbered) const;
     void makeFolder() const;
 
 private:
     void chooseType(const std::string& typeName);
 
-    std::string pattern_;
+    std::string output_;
+    NamePattern pattern_;
     std::string folder_;
     const FileType* type_ = nullptr;
 };

@@ -15,10 +15,13 @@ struct UsageFailure : Failure {
     using Failure::Failure;
 };
 
-// Standard output takes no more; whatever would follow would fail for the same reason.
+// Standard output or the disk takes no more; whatever would follow would fail for the same reason.
 struct OutputGone : Failure {
     using Failure::Failure;
 };
+
+// Whoever read our standard output has had enough, which is nothing to complain of.
+struct ReaderGone {};
 
 enum ExitCode { exitOk = 0, exitFailed = 1, exitUsage = 2 };
 

@@ -17,16 +17,21 @@ struct Shared {
     std::atomic<std::size_t> next{0};
     std::atomic<bool> failed{false};
     std::atomic<bool> stopped{false};
+    std::atomic<bool> readerGone{false};
 };
 
 template <typename Work>
 void guarded(Shared& shared, Work&& work) noexcept {
     try {
         work();
-    } catch (const OutputGone& gone) {
+    } catch (const ReaderGone&) {
+        shared.readerGone = true;
         shared.stopped = true;
+    } catch (const OutputGone& gone) {
         shared.failed = true;
-        console::error(gone.what());
+        if (!shared.stopped.exchange(true)) {
+            console::error(gone.what());
+        }
     } catch (const std::bad_alloc&) {
         shared.failed = true;
         console::error("out of memory");
@@ -78,6 +83,9 @@ bool runOnThreads(std::size_t count, unsigned threads, const std::function<void(
     {
         const Threads others(std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)) - 1, workThrough);
         workThrough();
+    }
+    if (shared.readerGone) {
+        throw ReaderGone{};
     }
     return !shared.failed;
 }
