@@ -31,7 +31,7 @@ class Failures(Case):
     def test_usage(self):
         good = ("convert", "f.raw", *SIZE, "-o", "x.png")
         for arguments, says in (
-                ((), "--help"), (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
+                (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
                 (("convert",), "FRAME"),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "8by6", "-o", "x.png"), ["8by6", "1280x960"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "3x9", "-o", "x.png"), ["3x9", "4x4"]),
@@ -42,7 +42,10 @@ class Failures(Case):
                 ((*good, "--gamma", "2.2x"), "2.2x"), ((*good, "--frames", "0"), "count from 1"),
                 ((*good, "--frames", "4-2"), "4-2"), ((*good, "--frames", "a"), "2-5"),
                 ((*good, "--skip", "-1"), "--skip"),
-                ((*good, "--skip", "x"), "--skip"), ((*good, "-j", "0"), "jobs"), ((*good, "--bits", "17"), "bits"),
+                ((*good, "--skip", "x"), "--skip: expected a whole number of 0 or more, not 'x'"), ((*good, "-j", "0"), "--jobs: expected a whole number from 1 to 1024, not '0'"),
+                ((*good, "--jobs", "x"), "not 'x'"), ((*good, "--bits", "17"), "--bits: expected a whole number from 1"),
+                ((*good, "--shift", "-1"), "from 0 to 15"), ((*good, "--depth", "10"), "expected 8 or 16, not '10'"),
+                (("help", "convrt"), "did you mean convert?"), (("help", "xyzzy"), "xyzzy"),
                 ((*good, "--what"), "--what"), ((*good, "-O", "Mono8", "--wb", "gray"), "colour"),
                 (("mosaic", "f.raw", "-o", "x.raw"), "--format"), (("mosaic", "f.raw", "-f", "rggb8"), "-o"),
                 (("formats", "more"), "more"), (("info",), "FRAME")):

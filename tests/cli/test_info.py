@@ -75,6 +75,22 @@ class Help(Case):
             self.assertIn("Example", said)
             self.assertIn(f"kro {command}", said)
 
+    def test_help_as_a_command(self):
+        self.assertEqual(self.kro("help"), self.kro("--help"))
+        for command in ("convert", "mosaic", "formats", "info"):
+            self.assertEqual(self.kro("help", command), self.kro(command, "--help"))
+
+    def test_without_a_command(self):
+        result = self.call()
+        self.assertEqual((result.returncode, result.stderr), (2, b""))
+        self.assertEqual(result.stdout, self.kro("--help"))
+
+    def test_ranges_in_words(self):
+        said = self.kro("convert", "--help").decode()
+        for words in ("1 to 1024", "1 to 16", "0 to 15"):
+            self.assertIn(words, said)
+        self.assertNotRegex(said, r"\d\.\.\d")
+
     def test_version(self):
         self.assertRegex(self.kro("--version").decode(), r"^kro \d+\.\d+\.\d+\n$")
 
@@ -103,3 +119,5 @@ class Bench(Case):
         self.assertEqual(self.bench("--json", "a b"), (7, "far<--json><a b>", ""))
         self.put("bin/kro-bench", "near")
         self.assertEqual(self.bench("--help"), (7, "near<--help>", ""))
+        result = subprocess.run([self.path("bin/kro"), "help", "bench"], stdout=subprocess.PIPE)
+        self.assertEqual((result.returncode, result.stdout), (7, b"near<--help>"))

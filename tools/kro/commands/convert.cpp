@@ -55,9 +55,6 @@ DevelopOptions developOptions(const ConvertRequest& request) {
 }
 
 void requireDepthOptions(const ConvertRequest& request) {
-    if (request.depth != 8 && request.depth != 16) {
-        throw UsageFailure("bad --depth " + std::to_string(request.depth) + ", expected 8 or 16");
-    }
     if (request.depth == 8 && (request.scale || request.bits != 0 || request.shift != 0)) {
         throw UsageFailure("--scale, --bits and --shift belong to --depth 16");
     }
