@@ -126,6 +126,11 @@ class OutputNames(Case):
         self.kro("convert", "g_4x4_BayerRG8.raw", "-o", "z/")
         self.assertEqual(len(os.listdir(self.path("z"))), 1000)
 
+    def test_files_named_as_commands(self):
+        self.write("info", self.film[:48])
+        self.kro("convert", "info", "-f", "rggb8", "-s", "8x6", "-o", "x.ppm")
+        self.assertIn("x.ppm", self.new_names())
+
     def test_folder(self):
         self.kro("convert", "film_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "-o", "deep/er/", "--to", "bmp")
         self.assertEqual(sorted(os.listdir(self.path("deep/er"))),

@@ -115,6 +115,8 @@ void describeCommands(CLI::App& app, Requests& requests) {
     app.set_version_flag("--version", "kro " + std::to_string(KRO_VERSION_MAJOR) + "." +
                                           std::to_string(KRO_VERSION_MINOR) + "." +
                                           std::to_string(KRO_VERSION_PATCH));
+    // After the command's own name, other names are files like any.
+    app.require_subcommand(0, 1);
     app.footer(mainExamples);
     addConvert(app, requests.convert);
     addMosaic(app, requests.mosaic);
