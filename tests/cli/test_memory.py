@@ -64,7 +64,7 @@ class Memory(Case):
     def test_convert(self):
         source = (self.path("f.raw"), "-f", "rggb8", "-s", "8x6", "-q", "-j", "2")
         self.every_failure("convert", *source, "-o", "x.png")
-        for kind in ("tif", "bmp"):
+        for kind in ("tif", "bmp", "jpg"):
             self.every_failure("convert", *source, "-o", "x." + kind, last=150)
 
     def test_mosaic(self):

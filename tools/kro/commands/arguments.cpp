@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "commands/help_texts.hpp"
+#include "pictures/png_file.hpp"
 #include "support/scan.hpp"
 #include "terminal/console.hpp"
 
@@ -55,7 +56,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                     "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar or Mono8 (what suits the file)")
         ->type_name("FORMAT");
     command.add_option("-o,--output", request.output, "Where the picture goes, see below")->type_name("OUT");
-    command.add_option("--to", request.fileType, "File type where OUT does not say it: png, ppm, pgm, bmp, tif, raw")
+    command
+        .add_option("--to", request.fileType,
+                    "File type where OUT does not say it: png, jpg, ppm, pgm, bmp, tif, raw")
         ->type_name("TYPE");
     command.add_flag("--many", request.many, "Write more than 1000 pictures of one file");
     command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")
@@ -78,7 +81,14 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("GAINS");
     command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
         ->type_name("CURVE");
-    command.add_flag("--opaque", request.opaque, "Set alpha to 255");
+    command.add_flag("--opaque", request.opaque, "Set alpha to 255 in raw files too, as in all others");
+    command.add_option("--png-level", request.pngLevel, "PNG: 0 stores, 1 is fast, 12 the smallest (1)")
+        ->type_name("N")
+        ->check(wholeNumber(0, mostPngLevel));
+    command
+        .add_option("--quality", request.quality, "JPEG: 1 to 100; from 90 on with colour in full resolution (90)")
+        ->type_name("N")
+        ->check(wholeNumber(1, 100));
     command.add_option("-j,--jobs", request.jobs, "Threads, 1 to 1024 (one a core)")
         ->type_name("N")
         ->check(wholeNumber(1, 1024));

@@ -48,7 +48,6 @@ DevelopOptions developOptions(const ConvertRequest& request) {
     options.scale = request.scale;
     options.shift = request.shift;
     options.bits = request.bits == 0 ? std::nullopt : std::optional<int>(request.bits);
-    options.opaque = request.opaque;
     parseBalance(request.balance, options.tone);
     parseGamma(request.gamma, options.tone);
     return options;
@@ -82,6 +81,19 @@ void requireRoom(const FileType& type, const OutputFormat& output) {
     }
 }
 
+EncodeOptions encodeOptions(const ConvertRequest& request, const FileType& type) {
+    if (request.pngLevel && type.kind != FileKind::png) {
+        throw UsageFailure(std::string("--png-level belongs to png files, not to ") + type.name);
+    }
+    if (request.quality && type.kind != FileKind::jpeg) {
+        throw UsageFailure(std::string("--quality belongs to jpg files, not to ") + type.name);
+    }
+    EncodeOptions options;
+    options.pngLevel = request.pngLevel.value_or(options.pngLevel);
+    options.jpegQuality = request.quality.value_or(options.jpegQuality);
+    return options;
+}
+
 class Conversion {
 public:
     explicit Conversion(const ConvertRequest& request);
@@ -106,6 +118,7 @@ private:
     DevelopOptions options_;
     FrameRange range_;
     OutputNames names_;
+    EncodeOptions encode_;
     std::vector<Unit> units_;
     std::set<FileId> inputs_;
     std::set<std::string> targets_;
@@ -130,10 +143,9 @@ Conversion::Conversion(const ConvertRequest& request)
     if (options_.output != nullptr) {
         requireRoom(names_.type(), *options_.output);
     }
-    if (options_.output != nullptr && hasAlpha(options_.output->order) && !request.opaque &&
-        names_.type().kind != FileKind::raw) {
-        console::note("alpha is 0 (transparent), as the library writes it; --opaque makes it 255");
-    }
+    // What can be looked at is opaque; raw bytes are the library's.
+    options_.opaque = request.opaque || names_.type().kind != FileKind::raw;
+    encode_ = encodeOptions(request, names_.type());
 }
 
 const OutputFormat* Conversion::chooseOutput(const std::string& input, const InputFormat& format) const {
@@ -244,7 +256,7 @@ bool Conversion::keepWritable() {
 
 void Conversion::put(const Unit& unit, const Bytes& frame, Developer& developer) {
     Picture picture = developer.develop(frame, unit.layout, unit.output, options_, unit.input);
-    const Bytes file = encodePicture(std::move(picture), names_.type());
+    const Bytes file = encodePicture(std::move(picture), names_.type(), encode_);
     if (names_.isStandardOutput()) {
         writeStandardOutput(file);
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ struct ConvertRequest {
     int bits = 0;
     int shift = 0;
     unsigned jobs = 0;
+    std::optional<int> pngLevel;
+    std::optional<int> quality;
     bool scale = false;
     bool opaque = false;
     bool noClobber = false;

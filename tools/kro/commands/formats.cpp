@@ -46,7 +46,7 @@ const char* memoryText(const OutputFormat& format) {
             return format.planar ? "three planes of bytes, one after another" : "three bytes a pixel";
         case Order::rgba:
         case Order::bgra:
-            return "four bytes a pixel, the fourth 0";
+            return "four bytes a pixel, the fourth 0 (255 in files but raw ones)";
     }
     return "";
 }

@@ -27,8 +27,9 @@ Where pictures go:
   -o -           standard output, of the type given by --to
 A file appears whole or not at all. An input is never overwritten.
 
-The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given. Alpha is 0 in BGRa8 and
-RGBa8, as the library writes it. Sensor data has no white balance and no gamma: straight it looks green and dark.
+The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given, but for two things: alpha,
+0 in the library's BGRa8 and RGBa8, is 255 in files that can be looked at, and JPEG files (--quality) hold nearly
+the same pixels. Sensor data has no white balance and no gamma: straight it looks green and dark.
 
 --depth 16 takes the 16-bit paths: edge for every Bayer frame, bilinear for RG frames. Two limits are theirs: edge
 holds interpolated values of RG frames to 4095, and bilinear means wrap around where samples pass 8191. Where a

@@ -1,5 +1,7 @@
 #include "pictures/picture.hpp"
 
+#include <utility>
+
 namespace cli {
 
 namespace {
@@ -77,6 +79,12 @@ Picture reordered(Picture picture, Order order) {
         }
     }
     return result;
+}
+
+void swapWords(uint8_t* bytes, std::size_t count) {
+    for (std::size_t at = 0; at + 1 < count; at += 2) {
+        std::swap(bytes[at], bytes[at + 1]);
+    }
 }
 
 void setAlpha(Picture& picture, uint8_t alpha) {

@@ -35,6 +35,9 @@ ChannelView channelView(const Picture& picture, int channel);
 // The same picture with its channels side by side in another order. Grey spreads into colours, never the reverse.
 Picture reordered(Picture picture, Order order);
 
+// Words of the other byte order.
+void swapWords(uint8_t* bytes, std::size_t count);
+
 void setAlpha(Picture& picture, uint8_t alpha);
 
 }  // namespace cli

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "pictures/bmp_file.hpp"
+#include "pictures/jpeg_file.hpp"
 #include "pictures/png_file.hpp"
 #include "pictures/pnm_file.hpp"
 #include "pictures/tiff_file.hpp"
@@ -13,7 +14,7 @@ namespace cli {
 
 namespace {
 
-constexpr std::array<FileType, 6> typeTable{{
+constexpr std::array<FileType, 7> typeTable{{
     {FileKind::png,
      "png",
      {".png", ".png"},
@@ -24,6 +25,14 @@ constexpr std::array<FileType, 6> typeTable{{
      true},
     {FileKind::ppm, "ppm", {".ppm", ".pnm"}, "colour, 8 or 16 bits", false, true, false, true},
     {FileKind::pgm, "pgm", {".pgm", ".pgm"}, "grey, 8 bits", true, false, false, false},
+    {FileKind::jpeg,
+     "jpg",
+     {".jpg", ".jpeg"},
+     "grey or colour, 8 bits, not quite the same pixels: for a quick look",
+     true,
+     true,
+     false,
+     false},
     {FileKind::bmp, "bmp", {".bmp", ".bmp"}, "colour, with or without alpha, 8 bits", false, true, true, false},
     {FileKind::tiff,
      "tif",
@@ -47,6 +56,7 @@ Order fileOrder(const FileType& type, Order order) {
         case FileKind::bmp:
             return alpha ? Order::bgra : Order::bgr;
         case FileKind::pgm:
+        case FileKind::jpeg:
         case FileKind::raw:
             break;
     }
@@ -60,7 +70,7 @@ bool startsWith(const Bytes& file, const std::string& magic) {
 
 }  // namespace
 
-const std::array<FileType, 6>& fileTypes() { return typeTable; }
+const std::array<FileType, 7>& fileTypes() { return typeTable; }
 
 const FileType* findFileType(const std::string& name) {
     const std::string extension = foldName(name.substr(0, 1) == "." ? name : "." + name);
@@ -92,15 +102,17 @@ const FileType& requireFileType(const std::string& name) {
     throw UsageFailure("unknown file type '" + name + "', expected " + extensionList());
 }
 
-Bytes encodePicture(Picture picture, const FileType& type) {
+Bytes encodePicture(Picture picture, const FileType& type, const EncodeOptions& options) {
     if (type.kind == FileKind::raw) {
         return std::move(picture.data);
     }
     const Order order = fileOrder(type, picture.order);
-    const Picture ready = reordered(std::move(picture), order);
+    Picture ready = reordered(std::move(picture), order);
     switch (type.kind) {
         case FileKind::png:
-            return encodePng(ready);
+            return encodePng(std::move(ready), options.pngLevel);
+        case FileKind::jpeg:
+            return encodeJpeg(ready, options.jpegQuality);
         case FileKind::ppm:
         case FileKind::pgm:
             return encodePnm(ready);
@@ -114,12 +126,22 @@ Bytes encodePicture(Picture picture, const FileType& type) {
     return {};
 }
 
+void requireHoldable(const std::string& name, const FrameSize& size, std::size_t leastBytes, std::size_t fileBytes) {
+    if (leastBytes > fileBytes) {
+        throw Failure(name + ": damaged: its header promises " + size.text() + " pixels, more than its " +
+                      std::to_string(fileBytes) + " bytes can hold");
+    }
+}
+
 DecodedPicture decodePicture(const Bytes& file, const std::string& name) {
     if (file.empty()) {
         throw Failure(name + ": the file is empty, expected a PNG, PPM or PGM picture");
     }
     if (startsWith(file, "\x89PNG\r\n\x1a\n")) {
         return decodePng(file, name);
+    }
+    if (startsWith(file, "\xff\xd8\xff")) {
+        return decodeJpeg(file, name);
     }
     for (const char* magic : {"P2", "P3", "P5", "P6"}) {
         if (startsWith(file, magic)) {

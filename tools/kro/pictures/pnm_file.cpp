@@ -120,9 +120,7 @@ Bytes encodePnm(const Picture& picture) {
     file.insert(file.end(), header.begin(), header.end());
     file.insert(file.end(), picture.data.begin(), picture.data.end());
     if (picture.bits == 16) {
-        for (std::size_t at = header.size(); at < file.size(); at += 2) {
-            std::swap(file[at], file[at + 1]);
-        }
+        swapWords(file.data() + header.size(), picture.data.size());
     }
     return file;
 }

@@ -1,5 +1,3 @@
-#include "pictures/png_file.hpp"
-
 #include <png.h>
 
 #include <array>
@@ -9,15 +7,24 @@
 #include <cstring>
 #include <new>
 
+#include "pictures/png_file.hpp"
 #include "support/failure.hpp"
 
 namespace cli {
 
 namespace {
 
+// No stream of the format's compression becomes more than this many times as long.
+constexpr std::size_t mostInflated = 1032;
+
 // What libpng's callbacks need. They leave by longjmp, so nothing with a destructor may live in the functions
 // between: rows, buffers and messages are all kept here.
 struct PngJob {
+    PngJob() = default;
+    ~PngJob() { png_destroy_read_struct(&png, &info, nullptr); }
+    PngJob(const PngJob&) = delete;
+    PngJob& operator=(const PngJob&) = delete;
+
     png_structp png = nullptr;
     png_infop info = nullptr;
     Bytes bytes;
@@ -25,6 +32,8 @@ struct PngJob {
     std::vector<png_bytep> rows;
     std::array<char, 160> message{};
     bool outOfMemory = false;
+    // As they lie in the file, before palettes and small samples are spread out.
+    std::size_t packedRowBytes = 0;
     DecodedPicture decoded;
 };
 
@@ -35,19 +44,6 @@ void onError(png_structp png, png_const_charp message) {
 }
 
 void onWarning(png_structp, png_const_charp) {}
-
-void onWrite(png_structp png, png_bytep data, png_size_t size) {
-    PngJob& job = *static_cast<PngJob*>(png_get_io_ptr(png));
-    try {
-        job.bytes.insert(job.bytes.end(), data, data + size);
-        return;
-    } catch (const std::bad_alloc&) {
-        job.outOfMemory = true;
-    }
-    png_error(png, "out of memory");
-}
-
-void onFlush(png_structp) {}
 
 png_voidp onMalloc(png_structp png, png_alloc_size_t size) {
     void* memory = std::malloc(size);
@@ -66,51 +62,11 @@ void onRead(png_structp png, png_bytep data, png_size_t size) {
     job.readAt += size;
 }
 
-int colourType(Order order) {
-    if (order == Order::grey) {
-        return PNG_COLOR_TYPE_GRAY;
-    }
-    return hasAlpha(order) ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
-}
-
-bool hasStructs(PngJob& job) {
-    job.info = job.png == nullptr ? nullptr : png_create_info_struct(job.png);
-    job.outOfMemory |= job.info == nullptr;
-    return job.info != nullptr;
-}
-
-[[noreturn]] void fail(const PngJob& job, const std::string& what) {
-    if (job.outOfMemory) {
-        throw std::bad_alloc();
-    }
-    throw Failure(what + ": " + job.message.data());
-}
-
-void pointRows(PngJob& job, Bytes& pixels, uint32_t height, std::size_t rowBytes) {
+void pointRows(PngJob& job, Bytes& pixels, std::size_t height, std::size_t rowBytes) {
     job.rows.resize(height);
     for (std::size_t row = 0; row < height; row++) {
         job.rows[row] = pixels.data() + row * rowBytes;
     }
-}
-
-bool runEncoder(PngJob& job, const Picture& picture) {
-    if (setjmp(png_jmpbuf(job.png)) != 0) {
-        return false;
-    }
-    png_set_write_fn(job.png, &job, onWrite, onFlush);
-    png_set_IHDR(job.png, job.info, static_cast<png_uint_32>(picture.size.width),
-                 static_cast<png_uint_32>(picture.size.height), picture.bits, colourType(picture.order),
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    // Sensor noise hardly compresses: the higher levels take many times as long for one or two per cent.
-    png_set_compression_level(job.png, 2);
-    png_set_filter(job.png, 0, PNG_FILTER_SUB);
-    png_write_info(job.png, job.info);
-    if (picture.bits == 16) {
-        png_set_swap(job.png);
-    }
-    png_write_image(job.png, job.rows.data());
-    png_write_end(job.png, nullptr);
-    return true;
 }
 
 bool readHeader(PngJob& job) {
@@ -119,6 +75,7 @@ bool readHeader(PngJob& job) {
     }
     png_set_read_fn(job.png, &job, onRead);
     png_read_info(job.png, job.info);
+    job.packedRowBytes = png_get_rowbytes(job.png, job.info);
     png_set_expand(job.png);
     png_set_strip_alpha(job.png);
     png_set_interlace_handling(job.png);
@@ -146,18 +103,20 @@ void takeSamples(PngJob& job, const Bytes& pixels, std::size_t count) {
     }
 }
 
-bool runDecoder(PngJob& job) {
+bool runDecoder(PngJob& job, const std::string& name) {
     if (!readHeader(job)) {
         return false;
     }
     DecodedPicture& decoded = job.decoded;
     decoded.size = {static_cast<int32_t>(png_get_image_width(job.png, job.info)),
                     static_cast<int32_t>(png_get_image_height(job.png, job.info))};
+    const std::size_t height = static_cast<std::size_t>(decoded.size.height);
+    requireHoldable(name, decoded.size, job.packedRowBytes * height / mostInflated, job.bytes.size());
     decoded.channels = png_get_channels(job.png, job.info);
     decoded.maximum = png_get_bit_depth(job.png, job.info) == 16 ? 65535 : 255;
     const std::size_t rowBytes = png_get_rowbytes(job.png, job.info);
-    Bytes pixels(rowBytes * static_cast<std::size_t>(decoded.size.height));
-    pointRows(job, pixels, static_cast<uint32_t>(decoded.size.height), rowBytes);
+    Bytes pixels(rowBytes * height);
+    pointRows(job, pixels, height, rowBytes);
     if (!readPixels(job)) {
         return false;
     }
@@ -167,28 +126,17 @@ bool runDecoder(PngJob& job) {
 
 }  // namespace
 
-Bytes encodePng(const Picture& picture) {
-    PngJob job;
-    Bytes pixels = picture.data;
-    const std::size_t height = static_cast<std::size_t>(picture.size.height);
-    pointRows(job, pixels, static_cast<uint32_t>(height), pixels.size() / height);
-    job.png = png_create_write_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
-    const bool done = hasStructs(job) && runEncoder(job, picture);
-    png_destroy_write_struct(&job.png, &job.info);
-    if (!done) {
-        fail(job, "PNG cannot be made");
-    }
-    return std::move(job.bytes);
-}
-
 DecodedPicture decodePng(const Bytes& file, const std::string& name) {
     PngJob job;
     job.bytes = file;
     job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
-    const bool done = hasStructs(job) && runDecoder(job);
-    png_destroy_read_struct(&job.png, &job.info, nullptr);
-    if (!done) {
-        fail(job, name + ": damaged PNG");
+    job.info = job.png == nullptr ? nullptr : png_create_info_struct(job.png);
+    job.outOfMemory |= job.info == nullptr;
+    if (job.outOfMemory || !runDecoder(job, name)) {
+        if (job.outOfMemory) {
+            throw std::bad_alloc();
+        }
+        throw Failure(name + ": damaged PNG: " + job.message.data());
     }
     return std::move(job.decoded);
 }
