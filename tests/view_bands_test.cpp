@@ -16,7 +16,7 @@ protected:
         const InputFormat& format = GetParam().formatOfTurn(turn);
         words_ = wordOptions(format, turn);
         const auto numbers = numbersFor(format, words_, Content::noise, size, turn, turn % 2 == 0);
-        check.hold(format, size, numbers, spacingOfTurn(turn), words_, guard::bothPlacements[turn % 2]);
+        check.hold(format, size, numbers, spacingOfTurn(turn), words_, placementOfTurn(turn));
         return check.scene(format, words_);
     }
     bool band(ViewCheck& check, const Conversion& conversion, int firstRow, int rowCount) {
@@ -87,8 +87,7 @@ TEST_P(ViewBands, OfHigherFrames) {
 }
 
 class ViewBandsOfFormats : public testing::TestWithParam<InputFormat> {};
-INSTANTIATE_TEST_SUITE_P(Every, ViewBandsOfFormats, testing::ValuesIn(reference::viewInputFormats()),
-                         [](const auto& format) { return std::string(format.param.name); });
+INSTANTIATE_TEST_SUITE_P(Every, ViewBandsOfFormats, testing::ValuesIn(reference::viewInputFormats()), inputName);
 
 TEST_P(ViewBandsOfFormats, EveryOutputAndAlgorithm) {
     ViewCheck check({12, 70});

@@ -8,12 +8,10 @@ using reference::Layout;
 using reference::Method;
 using reference::ViewOutput;
 
-std::string formatName(const testing::TestParamInfo<InputFormat>& format) { return format.param.name; }
-
 // ---- every format ----
 
 class ViewFormats : public testing::TestWithParam<InputFormat> {};
-INSTANTIATE_TEST_SUITE_P(Every, ViewFormats, testing::ValuesIn(reference::viewInputFormats()), formatName);
+INSTANTIATE_TEST_SUITE_P(Every, ViewFormats, testing::ValuesIn(reference::viewInputFormats()), inputName);
 
 TEST_P(ViewFormats, EveryOutputAlgorithmAndSpacing) {
     ViewCheck check({13, 70});
@@ -30,7 +28,7 @@ TEST_P(ViewFormats, EveryOutputAlgorithmAndSpacing) {
         reference::Scene scene = check.scene(GetParam(), words);
         const std::vector<Conversion> conversions = everyConversion(scene, GetParam(), words, turn);
         for (const Spacing spacing : allSpacings) {
-            check.hold(GetParam(), size, numbers, spacing, words, guard::bothPlacements[turn % 2]);
+            check.hold(GetParam(), size, numbers, spacing, words, placementOfTurn(turn));
             for (size_t i = 0; i < conversions.size(); ++i) {
                 Asked asked = conversions[i].asked;
                 asked.spacing = spacingOfTurn(turn + static_cast<uint32_t>(spacing) + static_cast<uint32_t>(i));
@@ -48,8 +46,8 @@ TEST_P(ViewFormats, EveryWidth) {
         const Size size{4 + width % 2, width};
         const KroViewOptions words = wordOptions(GetParam(), turn);
         const auto numbers = numbersFor(GetParam(), words, Content::noise, size, turn, turn % 5 == 0);
-        for (const Spacing spacing : {Spacing::continuous, spacingOfTurn(1 + turn % 5)}) {
-            check.hold(GetParam(), size, numbers, spacing, words, guard::bothPlacements[turn % 2]);
+        for (const Spacing spacing : {Spacing::continuous, allSpacings[1 + turn % 5]}) {
+            check.hold(GetParam(), size, numbers, spacing, words, placementOfTurn(turn));
             reference::Scene scene = check.scene(GetParam(), words);
             for (const char* output : {"BGR8", "Mono16"}) {
                 const Conversion conversion(scene, outputNamed(output), words, Method::bilinear, turn);
@@ -69,7 +67,7 @@ void checkAllOutputs(ViewCheck& check, const Kind& kind, Size size, Content cont
     const InputFormat& format = kind.formatOfTurn(turn);
     const KroViewOptions words = wordOptions(format, turn);
     const auto numbers = numbersFor(format, words, content, size, turn, turn % 4 == 0);
-    check.hold(format, size, numbers, spacingOfTurn(turn), words, guard::bothPlacements[turn % 2]);
+    check.hold(format, size, numbers, spacingOfTurn(turn), words, placementOfTurn(turn));
     reference::Scene scene = check.scene(format, words);
     for (const ViewOutput& output : reference::viewOutputs) {
         ++turn;
@@ -81,11 +79,14 @@ void checkAllOutputs(ViewCheck& check, const Kind& kind, Size size, Content cont
 TEST_P(ViewKinds, EverySmallSize) {
     ViewCheck check({9, 70});
     uint32_t turn = 0;
-    for (const Size size : smallSizes()) {
-        ++turn;
-        checkAllOutputs(check, GetParam(), size, turn % 3 == 0 ? allContents[turn / 3 % 6] : Content::noise, turn);
-        if (HasFatalFailure()) {
-            return;
+    for (int round = 0; round < 2; ++round) {
+        for (const Size size : smallSizes()) {
+            ++turn;
+            checkAllOutputs(check, GetParam(), size, turn % 3 == 0 ? allContents[turn / 3 % 6] : Content::noise,
+                            turn);
+            if (HasFatalFailure()) {
+                return;
+            }
         }
     }
 }

@@ -6,7 +6,10 @@
 
 // Bits, byte order and alignment of words; nothing for other layouts.
 KroViewOptions wordOptions(const reference::InputFormat& format, uint32_t turn);
-inline Spacing spacingOfTurn(uint32_t turn) { return allSpacings[turn % 6]; }
+// Mixed, so that neither goes with the parity of a turn.
+inline uint32_t mixed(uint32_t turn) { return turn * 2654435761u >> 16; }
+inline Spacing spacingOfTurn(uint32_t turn) { return allSpacings[mixed(turn) % 6]; }
+inline guard::Placement placementOfTurn(uint32_t turn) { return guard::bothPlacements[mixed(turn) / 6 % 2]; }
 
 // A phase with an algorithm, or grey.
 struct Kind {

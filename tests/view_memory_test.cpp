@@ -149,8 +149,7 @@ private:
 };
 
 class ViewPages : public testing::TestWithParam<InputFormat> {};
-INSTANTIATE_TEST_SUITE_P(Every, ViewPages, testing::ValuesIn(reference::viewInputFormats()),
-                         [](const auto& format) { return std::string(format.param.name); });
+INSTANTIATE_TEST_SUITE_P(Every, ViewPages, testing::ValuesIn(reference::viewInputFormats()), inputName);
 
 TEST_P(ViewPages, NothingBetweenRowsIsTouched) {
     const RowLayout layouts[] = {{guard::Placement::againstEnd, false, 2 * page},

@@ -12,12 +12,12 @@ using reference::Method;
 using reference::ViewOutput;
 
 // A small frame of words converted by every table: what each has made of it, as numbers of the picture's depth.
-class Words {
+class WordFrame {
 public:
-    Words(const char* input, Size size, std::vector<uint16_t> numbers)
+    WordFrame(const char* input, Size size, std::vector<uint16_t> numbers)
         : input_(inputNamed(input)), size_(size), words_(std::move(numbers)) {}
-    Words(const char* input, Size size, uint16_t flat)
-        : Words(input, size, std::vector<uint16_t>(static_cast<size_t>(size.height * size.width), flat)) {}
+    WordFrame(const char* input, Size size, uint16_t flat)
+        : WordFrame(input, size, std::vector<uint16_t>(static_cast<size_t>(size.height * size.width), flat)) {}
 
     uint16_t& at(int y, int x) { return words_[reference::place(y, x, size_.width)]; }
 
@@ -56,14 +56,15 @@ KroViewOptions with(Method method, uint32_t flags = 0, int bits = 0) {
 // ---- samples ----
 
 TEST(ViewOddities, WordsBeyondTheirBitsSaturateInBlocksOf16CountedThroughAllRows) {
-    Words frame("Mono12", {5, 7}, 0x1234);  // 35 samples: two blocks, which end within rows 2 and 4, and three more
+    WordFrame frame("Mono12", {5, 9},
+                    0x1234);  // 45 samples: two blocks, which end within rows 1 and 3, and thirteen more
     frame.at(1, 2) = 0x8000;
     frame.at(4, 6) = 0x8000;
     frame.show("Mono8", with(Method::nearest), [](auto value) {
         EXPECT_EQ(255, value(0, 0, 0));
         EXPECT_EQ(0, value(1, 2, 0));  // negative as a signed word
-        EXPECT_EQ(255, value(4, 3, 0));
-        EXPECT_EQ(0x23, value(4, 4, 0));  // cut off from sample 32 on
+        EXPECT_EQ(255, value(3, 4, 0));
+        EXPECT_EQ(0x23, value(3, 5, 0));  // cut off from sample 32 on
         EXPECT_EQ(0x00, value(4, 6, 0));
     });
     frame.show("Mono16", with(Method::nearest), [](auto value) {
@@ -74,23 +75,23 @@ TEST(ViewOddities, WordsBeyondTheirBitsSaturateInBlocksOf16CountedThroughAllRows
 }
 
 TEST(ViewOddities, BandsCountBlocksOf16FromTheFramesFirstSample) {
-    const Words frame("Mono12", {5, 7}, 0x1234);
-    KroViewOptions lastRow = with(Method::nearest);
-    lastRow.firstRow = 4;
-    frame.show("Mono8", lastRow, [](auto value) {
-        EXPECT_EQ(255, value(4, 3, 0));
-        EXPECT_EQ(0x23, value(4, 4, 0));
+    const WordFrame frame("Mono12", {5, 9}, 0x1234);
+    KroViewOptions lastRows = with(Method::nearest);
+    lastRows.firstRow = 3;
+    frame.show("Mono8", lastRows, [](auto value) {
+        EXPECT_EQ(255, value(3, 4, 0));
+        EXPECT_EQ(0x23, value(3, 5, 0));
     });
 }
 
 TEST(ViewOddities, WordsOf16BitsAreNeverSigned) {
-    const Words frame("BayerRG16", {4, 8}, 0x9ABC);
+    const WordFrame frame("BayerRG16", {4, 8}, 0x9ABC);
     frame.show("Mono8", with(Method::nearest), [](auto value) { EXPECT_EQ(0x9A, value(2, 2, 0)); });
     frame.show("Mono16", with(Method::nearest), [](auto value) { EXPECT_EQ(0x9ABC, value(2, 2, 0)); });
 }
 
 TEST(ViewOddities, LeftAlignedWordsHaveNoBeyondAndTheirLowBitsDoNotCount) {
-    const Words frame("Mono10", {4, 8}, 0xABFF);
+    const WordFrame frame("Mono10", {4, 8}, 0xABFF);
     frame.show("Mono8", with(Method::nearest, KRO_VIEW_LEFT_ALIGNED),
                [](auto value) { EXPECT_EQ(0xAB, value(3, 3, 0)); });
     frame.show("Mono16", with(Method::nearest, KRO_VIEW_LEFT_ALIGNED),
@@ -98,14 +99,14 @@ TEST(ViewOddities, LeftAlignedWordsHaveNoBeyondAndTheirLowBitsDoNotCount) {
 }
 
 TEST(ViewOddities, BitsOfWordsMayBeMoreOrLessThanTheFormats) {
-    const Words frame("Mono12", {4, 8}, 0x03AB);
+    const WordFrame frame("Mono12", {4, 8}, 0x03AB);
     frame.show("Mono8", with(Method::nearest, 0, 10), [](auto value) { EXPECT_EQ(0xEA, value(0, 0, 0)); });
     frame.show("Mono8", with(Method::nearest, 0, 16), [](auto value) { EXPECT_EQ(0x03, value(0, 0, 0)); });
     frame.show("Mono16", with(Method::nearest, 0, 8), [](auto value) { EXPECT_EQ(0xFF, value(0, 0, 0)); });
 }
 
 TEST(ViewOddities, FullRangeRepeatsTheHighBits) {
-    const Words frame("Mono12", {4, 8}, 0x0812);
+    const WordFrame frame("Mono12", {4, 8}, 0x0812);
     frame.show("Mono16", with(Method::nearest, KRO_VIEW_FULL_RANGE),
                [](auto value) { EXPECT_EQ(0x8128, value(0, 0, 0)); });
     frame.show("Mono8", with(Method::nearest, KRO_VIEW_FULL_RANGE),
@@ -116,7 +117,7 @@ TEST(ViewOddities, FullRangeRepeatsTheHighBits) {
 
 TEST(ViewOddities, AlphaIsOpaqueEverywhereWhateverTheAlgorithm) {
     for (const Method method : reference::allMethods) {
-        Words frame("BayerGR12", {9, 41}, 0x0123);
+        WordFrame frame("BayerGR12", {9, 41}, 0x0123);
         for (const int y : {0, 4, 8}) {
             for (const int x : {0, 1, 20, 40}) {
                 frame.show("BGRa8", with(method), [&](auto value) { EXPECT_EQ(255, value(y, x, 3)); });
@@ -128,7 +129,7 @@ TEST(ViewOddities, AlphaIsOpaqueEverywhereWhateverTheAlgorithm) {
 }
 
 TEST(ViewOddities, AlphaAndTheByteWithoutMeaningAreTheOptionsAndNeverScaled) {
-    const Words frame("BayerGR12", {4, 8}, 0x0123);
+    const WordFrame frame("BayerGR12", {4, 8}, 0x0123);
     KroViewOptions options = with(Method::edge, KRO_VIEW_ALPHA | KRO_VIEW_FULL_RANGE);
     options.alpha = 0x7F;
     frame.show("RGBx8", options, [](auto value) { EXPECT_EQ(0x7F, value(2, 2, 3)); });
@@ -141,7 +142,7 @@ TEST(ViewOddities, AlphaAndTheByteWithoutMeaningAreTheOptionsAndNeverScaled) {
 
 TEST(ViewOddities, SumsOf16BitsDoNotWrapForAnyPhase) {
     for (const char* format : {"BayerRG16", "BayerGR16", "BayerGB16", "BayerBG16"}) {
-        const Words frame(format, {6, 40}, 0xFFFF);
+        const WordFrame frame(format, {6, 40}, 0xFFFF);
         for (const Method method : reference::allMethods) {
             frame.show("RGB16", with(method), [&](auto value) {
                 for (const int x : {0, 1, 8, 20, 39}) {
@@ -157,7 +158,7 @@ TEST(ViewOddities, SumsOf16BitsDoNotWrapForAnyPhase) {
 
 // Of a green-first frame of odd width: 16 bits follow the border rule, 8 bits have their three marked values.
 TEST(ViewOddities, BilinearMarkedValuesAreThoseOf8BitsAlone) {
-    Words deep("BayerGR16", {5, 7}, 0);
+    WordFrame deep("BayerGR16", {5, 7}, 0);
     deep.at(0, 0) = 0x4000;  // marked green of (0, 5) takes it, the rule takes (0, 4)
     deep.at(2, 1) = 0x2000;  // marked reds of (1, 5) and (1, 6) take it, the rule takes (2, 5)
     deep.show("RGB16", with(Method::bilinear), [](auto value) {
@@ -178,7 +179,7 @@ TEST(ViewOddities, EdgeOf16BitsEndsAtTheSamplesBitsInEveryPhase) {
         int y, x;  // a red or blue site in the middle
     } sites[] = {{"BayerRG12", 4, 4}, {"BayerGR12", 4, 5}, {"BayerGB12", 5, 4}, {"BayerBG12", 4, 4}};
     for (const auto& site : sites) {
-        Words frame(site.format, {9, 10}, 0);
+        WordFrame frame(site.format, {9, 10}, 0);
         frame.at(site.y, site.x) = 0xFFF;
         frame.at(site.y - 1, site.x) = frame.at(site.y + 1, site.x) = 0xFFF;
         frame.at(site.y, site.x - 1) = frame.at(site.y, site.x + 1) = 0xFFF;
@@ -192,7 +193,7 @@ TEST(ViewOddities, EdgeOf16BitsEndsAtTheSamplesBitsInEveryPhase) {
 
 // At (1, 1) the sample two rows up lies outside: 16 bits double the one-sided difference, 8 bits do not.
 TEST(ViewOddities, EdgeOf16BitsReplacesAnOutsideFarSampleByTheOppositeOne) {
-    Words frame("BayerRG16", {6, 6}, 0);
+    WordFrame frame("BayerRG16", {6, 6}, 0);
     frame.at(1, 1) = 0x4000;
     frame.at(0, 1) = frame.at(2, 1) = 0x1000;
     frame.at(3, 1) = 0x3000;
@@ -201,7 +202,7 @@ TEST(ViewOddities, EdgeOf16BitsReplacesAnOutsideFarSampleByTheOppositeOne) {
 }
 
 TEST(ViewOddities, NearestGreenOfColumnZeroComesFromAboveIn16BitsToo) {
-    Words frame("BayerRG16", {4, 6}, 0);
+    WordFrame frame("BayerRG16", {4, 6}, 0);
     frame.at(1, 0) = 0x1111;
     frame.at(2, 1) = 0x2222;
     frame.at(0, 1) = 0x3333;
@@ -239,8 +240,7 @@ std::vector<uint8_t> viewed(const kro::Kernels& table, const KroSourceView& fram
 }
 
 class ViewBesideEntry : public testing::TestWithParam<InputFormat> {};
-INSTANTIATE_TEST_SUITE_P(Every, ViewBesideEntry, testing::ValuesIn(reference::inputFormats),
-                         [](const auto& format) { return std::string(format.param.name); });
+INSTANTIATE_TEST_SUITE_P(Every, ViewBesideEntry, testing::ValuesIn(reference::inputFormats), inputName);
 
 TEST_P(ViewBesideEntry, SameBytesButForAlpha) {
     ViewSource source(size_t{1} << 16);

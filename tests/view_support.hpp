@@ -29,6 +29,9 @@ reference::Finish finishOf(const reference::ViewOutput& output, const KroViewOpt
 
 const reference::InputFormat& inputNamed(const std::string& name);
 const reference::ViewOutput& outputNamed(const std::string& name);
+inline std::string inputName(const testing::TestParamInfo<reference::InputFormat>& format) {
+    return format.param.name;
+}
 
 // ---- sources ----
 
