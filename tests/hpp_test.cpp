@@ -80,7 +80,7 @@ constexpr NamedCode allNames[] = {
     {"BayerGB14p", 0x010E0107},
     {"BayerBG14p", 0x010E0108},
     {"Y10P", V4L2_PIX_FMT_Y10P},
-    {"Y12P", v4l2_fourcc('Y', '1', '2', 'P')},  // in videodev2.h from Linux 6.11 on
+    {"Y12P", v4l2_fourcc('Y', '1', '2', 'P')},  // not in the videodev2.h of Linux 6.1
     {"Y14P", v4l2_fourcc('Y', '1', '4', 'P')},
     {"SRGGB10P", V4L2_PIX_FMT_SRGGB10P},
     {"SGRBG10P", V4L2_PIX_FMT_SGRBG10P},
