@@ -9,6 +9,17 @@ prefix=$work/prefix
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }; }
 
 quietly cmake --install "$build" --prefix "$prefix"
+
+# Another folder in PATH must not stand in for what was not installed.
+if [ -x "$prefix/bin/kro" ]; then
+    PATH=/usr/bin:/bin "$prefix/bin/kro" formats >/dev/null
+    echo "the installed command finds its library"
+    if [ -x "$build/bench/kro-bench" ]; then
+        PATH=/usr/bin:/bin "$prefix/bin/kro" bench --list >/dev/null
+        echo "the installed command finds kro-bench"
+    fi
+fi
+
 pc=$(find "$prefix" -name kro.pc)
 [ -n "$pc" ] || { echo "no kro.pc installed"; exit 1; }
 form=shared
@@ -25,7 +36,8 @@ run() {
 
 # A project in C alone, too: what libkro.a needs must not depend on a C++ compiler being around.
 for set in C "$languages"; do
-    quietly cmake -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCLIENT_LANGUAGES="$(echo "$set" | tr " " ";")" \
+    quietly cmake -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCLIENT_LANGUAGES="$(echo "$set" | tr ' ' ';')" \
         -DCMAKE_C_COMPILER="$cc" -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$flags"
     quietly cmake --build "$work/build"
     for client in "$work"/build/client-*; do

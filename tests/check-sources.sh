@@ -8,7 +8,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }; }
 configure() {
-    quietly cmake -S "$consumer" -B "$work/build" -DCLIENT_KRO_SOURCE="$source" -DCLIENT_LANGUAGES="$(echo "$languages" | tr " " ";")" \
+    quietly cmake -S "$consumer" -B "$work/build" -DCLIENT_KRO_SOURCE="$source" \
+        -DCLIENT_LANGUAGES="$(echo "$languages" | tr ' ' ';')" \
         -DCMAKE_C_COMPILER="$cc" -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$flags" \
         -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DKRO_INSTALL=ON "$@"
     grep '"command".*/isa/' "$work/build/compile_commands.json" >"$work/commands"
