@@ -32,71 +32,70 @@ class Edge {
     using Source = Rows<S, Sample>;
 
 public:
-    static void frame(const FrameJob& job) {
-        const int32_t first = job.phase.greenFirst ? 1 : 0;  // a view that starts with an R row, of one row less
-        const EdgeFrame frame{job.height,
-                              job.width,
-                              job.phase,
-                              job.target,
-                              job.top,
-                              job.rows.begin,
-                              {first + 1, first + 1 + steppedRows(job.height - first)}};
-        if (readInPlace<Sample>(job.source) || job.source.ring != nullptr) {
-            for (int32_t x = 0; x < job.width; x = stripEnd(x, job.width, stripColumns<Sample>)) {
-                inPlace(job, frame, {x, stripEnd(x, job.width, stripColumns<Sample>)});
-            }
-        } else {
-            for (int32_t x = 0; x < job.width; x = stripEnd(x, job.width, ringColumns<Sample>)) {
-                ringed(job, frame, {x, stripEnd(x, job.width, ringColumns<Sample>)});
-            }
-        }
-    }
+    static void frame(const FrameJob& job) { walk<int16_t>(job, {0, job.width}, job.rows); }
 
 private:
-    static KRO_OUTLINE void inPlace(const FrameJob& job, const EdgeFrame& frame, Columns columns) {
-        Source source(job, columns, job.source.ring, job.source.ringStride);
-        EdgeStrip<S, Sample, kind, Source, stripColumns<Sample>> strip(frame, source, Strip::of(columns, job.width));
-        run(job, source, strip, Strip::of(columns, job.width));
-    }
-    static KRO_OUTLINE void ringed(const FrameJob& job, const EdgeFrame& frame, Columns columns) {
-        Ring<Sample> ring;
-        Source source(job, columns, ring.rows, sizeof ring.rows[0]);
-        EdgeStrip<S, Sample, kind, Source, ringColumns<Sample>> strip(frame, source, Strip::of(columns, job.width));
-        run(job, source, strip, Strip::of(columns, job.width));
-    }
-
-    // Greens one unit ahead of colours.
-    template <class EdgeStrip>
-    static void run(const FrameJob& job, Source& source, EdgeStrip& strip, const Strip& place) {
-        constexpr int32_t folded = rowsFolded<Sample>;
-        const int32_t first = job.rows.begin, last = job.height - 1;
-        const Columns greens = strip.greenColumns();
-        const Columns seen{greens.begin - 2 < place.frame.begin ? place.frame.begin : greens.begin - 2,
-                           greens.end + 2 > place.frame.end ? place.frame.end : greens.end + 2};
-        int32_t looked = first < 4 ? 0 : first - 4;
-        const int32_t firstUnit = first > 0 ? -1 : 0;
-        int32_t unit = firstUnit;
-        for (int32_t y = first; y < job.rows.end; ++y) {
-            for (const int32_t ahead = strip.unitOf(y < last ? y + 1 : last); unit <= ahead; ++unit) {
-                const int32_t reach = first + folded * (unit + 1) + 1;
-                source.prepare(reach);
-                lookAt(source, strip, firstUnit, unit, looked, reach < last ? reach : last, seen);
-                strip.green(unit);
-            }
-            strip.colour(y);
-        }
-    }
-    // Lanes are narrow until a row with a deep sample comes into view.
-    template <class EdgeStrip>
-    static KRO_INLINE void lookAt(const Source& source, EdgeStrip& strip, int32_t firstUnit, int32_t unit,
-                                  int32_t& looked, int32_t y, Columns columns) {
-        if constexpr (sizeof(Sample) == 2) {
-            for (; looked <= y && !strip.deep(); ++looked) {
-                if (anyDeep<typename S::Words>(source.at(looked), columns)) {
-                    strip.deepenFrom(unit, firstUnit);
+    // Rows of a range of columns, strip by strip. Lanes of words are narrow until a row with a deep sample comes into
+    // view; from there on the strip is walked again in wide ones, and in narrower strips.
+    template <class Number>
+    static void walk(const FrameJob& job, Columns columns, RowSpan rows) {
+        const bool ownRing = !readInPlace<Sample>(job.source) && job.source.ring == nullptr;
+        const int32_t most = ownRing ? ringedStripColumns<Sample, Number> : stripColumns<Sample, Number>;
+        for (int32_t x = columns.begin; x < columns.end;) {
+            const Columns strip{x, stripEnd(x, columns.end, most)};
+            const int32_t done = ownRing ? ringed<Number>(job, strip, rows) : inPlace<Number>(job, strip, rows);
+            if constexpr (sizeof(Sample) == 2 && sizeof(Number) == 2) {
+                if (done < rows.end) {
+                    walk<int32_t>(job, strip, {done, rows.end});
                 }
             }
+            x = strip.end;
         }
+    }
+    template <class Number>
+    static KRO_OUTLINE int32_t inPlace(const FrameJob& job, Columns columns, RowSpan rows) {
+        Source source(job, columns, rows.begin, job.source.ring, job.source.ringStride);
+        return run<Number, stripColumns<Sample, Number>>(job, source, columns, rows);
+    }
+    template <class Number>
+    static KRO_OUTLINE int32_t ringed(const FrameJob& job, Columns columns, RowSpan rows) {
+        Ring<Sample, ringedStripColumns<Sample, Number>> ring;
+        Source source(job, columns, rows.begin, ring.rows, sizeof ring.rows[0]);
+        return run<Number, ringedStripColumns<Sample, Number>>(job, source, columns, rows);
+    }
+
+    // Greens one unit ahead of colours. Returns the first row that was not made.
+    template <class Number, int32_t most>
+    static KRO_INLINE int32_t run(const FrameJob& job, Source& source, Columns columns, RowSpan rows) {
+        constexpr int32_t folded = rowsFolded<Sample>;
+        const int32_t first = job.phase.greenFirst ? 1 : 0;  // a view that starts with an R row, of one row less
+        const RowSpan alphaRows{first + 1, first + 1 + steppedRows(job.height - first)};
+        const EdgeFrame frame{job.height, job.width, job.phase, job.target, job.top, rows.begin, alphaRows};
+        EdgeStrip<S, Sample, Number, kind, Source, most> strip(frame, source, Strip::of(columns, job.width));
+        const int32_t last = job.height - 1;
+        int32_t looked = rows.begin < 4 ? 0 : rows.begin - 4, unit = rows.begin > 0 ? -1 : 0;
+        for (int32_t y = rows.begin; y < rows.end;) {
+            const int32_t made = rows.end - y < folded ? rows.end - y : folded;  // rows at a time
+            for (const int32_t ahead = strip.unitOf(y + made < last ? y + made : last); unit <= ahead; ++unit) {
+                const int32_t reach = rows.begin + folded * (unit + 1) + 1;
+                source.prepare(reach);
+                if constexpr (sizeof(Sample) == 2 && sizeof(Number) == 2) {
+                    for (; looked <= reach && looked <= last; ++looked) {
+                        if (anyDeep<typename S::Words>(source.at(looked), strip.sampleColumns())) {
+                            return y;
+                        }
+                    }
+                }
+                strip.green(unit);
+            }
+            if constexpr (folded == 2) {
+                made == 2 ? strip.colourUnit(y) : strip.colour(y);
+            } else {
+                strip.colour(y);
+            }
+            y += made;
+        }
+        return rows.end;
     }
 };
 

@@ -62,8 +62,9 @@ KRO_INLINE auto greenDifference(B block, const uint8_t* above2, const uint8_t* a
 //
 // "Upper" columns are those whose colour stands in the upper row. Differences are folded as colours.
 struct FoldedRows {
-    const uint16_t* near[4];  // the row above, the upper, the lower, the row below
-    const uint16_t* far[4];   // two above the upper, two above the lower, two below the upper, two below the lower
+    const uint16_t *colours, *greens;  // of the two rows, with two columns to spare on both sides
+    const uint16_t *above, *below;     // the rows above the upper and below the lower one
+    const uint16_t* far[4];            // two above the upper, two above the lower, two below the upper, two below the lower
 };
 
 // Of two rows' samples, those of the row where the column's colour stands: the upper, or the other way round.
@@ -78,22 +79,21 @@ KRO_INLINE typename V::Vector folded(typename V::Vector atUpper, typename V::Vec
 template <class L, bool colourOdd, class B>
 KRO_INLINE auto foldedDifference(B block, const FoldedRows& rows, typename L::Lanes top) {
     using V = typename B::Vector;
-    const auto beside = [&](auto distance, const uint16_t* atUpper, const uint16_t* atLower) KRO_INLINE_LAMBDA {
-        constexpr int k = decltype(distance)::value;
-        return L::widened(
-            folded<colourOdd, V>(block.template tap<k>(atUpper), block.template tap<k>(atLower)));
-    };
-    const auto &near = rows.near, &far = rows.far;
+    const auto fold = [&](auto atUpper, auto atLower)
+                          KRO_INLINE_LAMBDA { return L::widened(folded<colourOdd, V>(atUpper, atLower)); };
+    const auto tap = [&](const uint16_t* row) KRO_INLINE_LAMBDA { return block.template tap<0>(row); };
+    const uint16_t *const colours = rows.colours + block.x, *const greens = rows.greens + block.x;
+    const auto beside = V::load(greens);
     GreenTaps<L> taps;
-    taps.sample = beside(Distance<0>{}, near[1], near[2]);
-    taps.west = beside(Distance<-1>{}, near[1], near[2]);
-    taps.east = beside(Distance<1>{}, near[1], near[2]);
-    taps.north = beside(Distance<0>{}, near[0], near[1]);
-    taps.south = beside(Distance<0>{}, near[2], near[3]);
-    taps.farWest = beside(Distance<-2>{}, near[1], near[2]);
-    taps.farEast = beside(Distance<2>{}, near[1], near[2]);
-    taps.farNorth = beside(Distance<0>{}, far[0], far[1]);
-    taps.farSouth = beside(Distance<0>{}, far[2], far[3]);
+    taps.sample = L::widened(V::load(colours));
+    taps.west = L::widened(V::load(greens - 1));
+    taps.east = L::widened(V::load(greens + 1));
+    taps.north = fold(tap(rows.above), beside);
+    taps.south = fold(beside, tap(rows.below));
+    taps.farWest = L::widened(V::load(colours - 2));
+    taps.farEast = L::widened(V::load(colours + 2));
+    taps.farNorth = fold(tap(rows.far[0]), tap(rows.far[1]));
+    taps.farSouth = fold(tap(rows.far[2]), tap(rows.far[3]));
     return L::sub(taps.sample, L::clamp(interpolatedGreen(taps), top));
 }
 

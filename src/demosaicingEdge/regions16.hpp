@@ -41,14 +41,15 @@ struct RegionRows {
 
 template <class S>
 class EdgeRegion16 {
-    static constexpr int32_t stripColumns = 256;
-    using RegionStrip = EdgeStrip<S, uint16_t, Output::bgr, const RegionRows, stripColumns>;
+    static constexpr int32_t most = 256;  // columns
+    // Greens in the destination may be anything: lanes are wide.
+    using RegionStrip = EdgeStrip<S, uint16_t, int32_t, Output::bgr, const RegionRows, most>;
 
 public:
     // Channels `from` to `to` of a rectangle.
     static void put(const RegionFrame& frame, RowSpan rows, Columns columns, Channel from, Channel to) {
-        for (int32_t x = columns.begin & ~1; x < columns.end; x += stripColumns) {
-            const int32_t end = x + stripColumns < columns.end ? x + stripColumns : columns.end;
+        for (int32_t x = columns.begin & ~1; x < columns.end; x += most) {
+            const int32_t end = x + most < columns.end ? x + most : columns.end;
             strip(frame, rows, {x < columns.begin ? columns.begin : x, end}, from, to);
         }
     }
@@ -57,19 +58,16 @@ private:
     static KRO_OUTLINE void strip(const RegionFrame& frame, RowSpan rows, Columns columns, Channel from, Channel to) {
         const int32_t first = columns.begin & ~1, above = rows.begin < 1 ? 0 : rows.begin - 1;
         // Units count from where the finished rows end, so that none is half finished.
+        uint16_t pixels[3 * most];
         const EdgeFrame edge{frame.height,
                              frame.width,
                              frame.phase,
-                             interleavedTarget(nullptr, 0, false),
+                             interleavedTarget(pixels, 0, false),  // every row in its turn
                              frame.top,
                              frame.finishedRows > 0 ? frame.finishedRows : above,
                              {0, 0}};
         const RegionRows source{frame, first};
-        RegionStrip strip(edge, source, Strip::of({first, columns.end}, frame.width));
-        strip.deepenFrom(0, 0);  // greens in the destination may be anything
-        uint16_t pixels[3 * stripColumns];
-        RowTarget<uint16_t> out{};
-        out.own = pixels;
+        RegionStrip strip(edge, source, {0, {0, columns.end - first}, {-first, frame.width - first}});
         int32_t unit = strip.unitOf(above);
         for (int32_t y = rows.begin; y < rows.end; ++y) {
             const int32_t last = (frame.madeRows < frame.height ? frame.madeRows : frame.height) - 1;
@@ -77,7 +75,7 @@ private:
                 makeDifferences(strip, frame, edge.firstRow + 2 * unit, first);
             }
             const bool belowMade = y + 1 < frame.madeRows || y + 1 >= frame.height;
-            strip.colour(y, mirrored(y - 1, frame.height), belowMade ? mirrored(y + 1, frame.height) : y, out);
+            strip.colour(y, mirrored(y - 1, frame.height), belowMade ? mirrored(y + 1, frame.height) : y, 0);
             copy(pixels + 3 * (columns.begin - first), frame.pixel(y, columns.begin), columns.end - columns.begin, from,
                  to);
         }
@@ -91,7 +89,7 @@ private:
             strip.green(strip.unitOf(y));
         }
         const Columns greens{strip.greenColumns().begin + first, strip.greenColumns().end + first};
-        int32_t* const differences = strip.template differences<int32_t>(y);
+        int32_t* const differences = strip.differences(y);
         for (int32_t x = greens.begin; x < greens.end && x < finished.end; ++x) {
             const int32_t row = frame.isSite(y, x) ? y : y + 1;
             differences[x - first] = frame.row(row)[x] - frame.pixel(row, x)[green];

@@ -21,7 +21,8 @@ constexpr int32_t stepBand = 6;
 // rows 2 and 3 in it. `target` addresses row 2 of the band.
 template <class S, Output kind>
 class EdgeBand {
-    using BandStrip = EdgeStrip<S, uint8_t, kind, const Band, stripColumns<uint8_t>>;
+    static constexpr int32_t most = stripColumns<uint8_t, int16_t>;
+    using BandStrip = EdgeStrip<S, uint8_t, int16_t, kind, const Band, most>;
 
 public:
     static int32_t run(const uint8_t* const* rows, int32_t height, int32_t width, Target target, uint8_t* greenRow) {
@@ -29,8 +30,8 @@ public:
         target.firstRow = 2;
         const EdgeFrame frame{height, width, phaseRG, target, 0, 0, {1, step ? 3 : 0}};
         uint8_t carried[2] = {0, 0};  // greens left of the strip, overwritten by the strip before
-        for (int32_t x = 0; x < width; x = stripEnd(x, width, stripColumns<uint8_t>)) {
-            const Columns columns{x, stripEnd(x, width, stripColumns<uint8_t>)};
+        for (int32_t x = 0; x < width; x = stripEnd(x, width, most)) {
+            const Columns columns{x, stripEnd(x, width, most)};
             const uint8_t last[2] = {greenRow[columns.end - 2], greenRow[columns.end - 1]};
             strip(frame, {rows, height, x}, columns, greenRow, carried);
             carried[0] = last[0];
@@ -68,7 +69,7 @@ private:
         for (int32_t x = made.begin; x < made.end; ++x) {
             const int32_t y = x & 1;
             const int32_t green = x < 0 ? carried[y] : greenRow[columns.begin + x];
-            strip.template differences<int16_t>(y)[x >> 1] = static_cast<int16_t>(source[y][x] - green);
+            strip.differences(y)[x >> 1] = static_cast<int16_t>(source[y][x] - green);
         }
         strip.mirrorSides(0);
         strip.mirrorSides(1);
@@ -77,7 +78,7 @@ private:
         for (int32_t x = 0; x < columns.end - columns.begin; ++x) {
             const int32_t y = 2 + (x & 1);
             greenRow[columns.begin + x] =
-                static_cast<uint8_t>(source[y][x] - strip.template differences<int16_t>(y)[x >> 1]);
+                static_cast<uint8_t>(source[y][x] - strip.differences(y)[x >> 1]);
         }
     }
     // Greens of row 3 stand in the output already where the step does not work in blocks of 16: in columns 0 and 1 and

@@ -15,32 +15,30 @@ namespace {
 template <class Sample>
 constexpr int32_t rowsFolded = sizeof(Sample) == 1 ? 1 : 2;
 
-// Most columns of a strip where rows are read in place. Differences lie on the stack, in 20 KiB together with all else.
+// Most columns of a strip, by the lanes of its differences, which lie on the stack: in 20 KiB together with all else.
 // Frames that are wider are walked in strips.
-template <class Sample>
-constexpr int32_t stripColumns = sizeof(Sample) == 1 ? 5120 : 1408;
+template <class Sample, class Number>
+constexpr int32_t stripColumns = sizeof(Sample) == 1 ? 4608 : sizeof(Number) == 2 ? 1792 : 1088;
+// The same where a ring of rows lies there too.
+template <class Sample, class Number>
+constexpr int32_t ringedStripColumns = sizeof(Sample) == 1 ? 1856 : sizeof(Number) == 2 ? 832 : 640;
 
-// Rows of differences: three units (of one row, or two folded ones) are in view. 16-bit lanes, or for deep words wide
-// ones, in the same memory.
-template <class Sample, int32_t mostColumns>
+// Rows of differences of the units (one row, or two folded ones) in view: three, and where it costs little a fourth, so
+// that their places are a mask. Lane 0 is the strip's column 0: of words a lane belongs to each column, of bytes to each
+// two.
+template <class Sample, class Number, int32_t mostColumns>
 class Differences {
 public:
     Differences() {}  // user-provided: the rows are not cleared
 
-    // Lane of a strip's column 0: of words a lane belongs to each column, of bytes to each two.
-    template <class Number>
-    KRO_INLINE Number* row(int32_t unit) {
-        return reinterpret_cast<Number*>(memory_[(unit + 3) % 3]) + margin;
-    }
-    static KRO_INLINE constexpr int32_t lane(int32_t x) { return sizeof(Sample) == 1 ? x >> 1 : x; }
+    KRO_INLINE Number* row(int32_t unit) { return rows_[static_cast<uint32_t>(unit + inView) % inView] + margin; }
 
     // Differences mirror at the frame's sides as samples do.
-    template <class Number>
     KRO_INLINE void mirrorSides(int32_t unit, Columns frame, Columns made, bool colourOdd) {
-        Number* const start = row<Number>(unit);
         constexpr bool bytes = sizeof(Sample) == 1;
+        Number* const start = row(unit);
         if (made.begin == frame.begin) {
-            Number* const first = start + lane(made.begin);
+            Number* const first = start + (bytes ? made.begin >> 1 : made.begin);
             first[-1] = bytes ? first[0] : first[1];
         }
         if (made.end == frame.end) {
@@ -49,24 +47,42 @@ public:
         }
     }
 
-    // Narrow lanes made so far become wide ones, from the last to the first as they share the memory.
-    KRO_OUTLINE void widen(int32_t unit, Columns made) {
-        const int16_t* const narrow = row<int16_t>(unit);
-        int32_t* const wide = row<int32_t>(unit);
-        for (int32_t x = made.end; x >= made.begin - 1; --x) {
-            int16_t lane;
-            __builtin_memcpy(&lane, narrow + x, sizeof lane);
-            const int32_t number = lane;
-            __builtin_memcpy(wide + x, &number, sizeof number);
+private:
+    static constexpr uint32_t inView = sizeof(Sample) == 1 ? 4 : 3;
+    static constexpr int32_t margin = 32;
+    alignas(64) Number rows_[inView][(sizeof(Sample) == 1 ? mostColumns / 2 : mostColumns) + 2 * margin];
+};
+
+// Two rows of words folded into a row of colours and one of greens.
+template <int32_t mostColumns>
+class Fold {
+public:
+    Fold() {}
+    uint16_t* colours() { return colours_ + margin; }
+    uint16_t* greens() { return greens_ + margin; }
+
+    // Outside the frame far colours are the opposite ones, greens the mirrored ones.
+    KRO_INLINE void continueSides(Columns frame, Columns made) {
+        uint16_t *const colour = colours(), *const green = greens();
+        if (made.begin == frame.begin) {
+            colour[made.begin - 2] = colour[made.begin + 2];
+            colour[made.begin - 1] = colour[made.begin + 3];
+            green[made.begin - 1] = green[made.begin + 1];
+        }
+        if (made.end == frame.end) {
+            colour[made.end] = colour[made.end - 4];
+            colour[made.end + 1] = colour[made.end - 3];
+            green[made.end] = green[made.end - 2];
         }
     }
 
 private:
     static constexpr int32_t margin = 32;
-    static constexpr int32_t rowBytes =
-        sizeof(Sample) == 1 ? (mostColumns / 2 + 2 * margin) * 2 : (mostColumns + 2 * margin) * 4;
-    alignas(64) unsigned char memory_[3][rowBytes];
+    alignas(64) uint16_t colours_[mostColumns + 2 * margin];
+    alignas(64) uint16_t greens_[mostColumns + 2 * margin];
 };
+template <class Sample, int32_t mostColumns>
+using FoldOf = std::conditional_t<sizeof(Sample) == 2, Fold<mostColumns>, std::integral_constant<int, 0>>;
 
 // ---- the two passes over one row, or two folded ones, of a strip ----
 
@@ -75,6 +91,12 @@ template <class S, class B>
 using SetOf = std::conditional_t<B::Vector::columns == 2, PairOfColumns, S>;
 template <class S, class B, bool wide>
 using WordLanes = std::conditional_t<wide, typename SetOf<S, B>::Wide, typename SetOf<S, B>::Words>;
+
+template <class L>
+KRO_INLINE typename L::Lanes topOf(int32_t top) {
+    constexpr int32_t largest = sizeof(typename L::Number) == 2 ? 0x7FFF : 0xFFFF;
+    return L::all(top < largest ? top : largest);
+}
 
 template <class S>
 struct EdgeGreen {
@@ -86,6 +108,10 @@ struct EdgeGreen {
     static void make(bool colourOdd, const FoldedRows& rows, Columns made, Columns frame, int32_t top,
                      Number* differences) {
         (colourOdd ? words<Number, true> : words<Number, false>)(rows, made, frame, top, differences);
+    }
+    static void fold(bool colourOdd, const uint16_t* upper, const uint16_t* lower, Columns made, Columns frame,
+                     uint16_t* colours, uint16_t* greens) {
+        (colourOdd ? foldRows<true> : foldRows<false>)(upper, lower, made, frame, colours, greens);
     }
 
 private:
@@ -102,17 +128,20 @@ private:
     static KRO_OUTLINE void words(const FoldedRows& rows, Columns made, Columns frame, int32_t top,
                                   Number* differences) {
         const FoldedRows in = rows;
-        eachBlock<typename S::Words, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<typename S::Words, 0>(made, frame, frame, [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
             L::storeLanes(differences + block.x, foldedDifference<L, colourOdd>(block, in, topOf<L>(top)));
         });
     }
-
-public:
-    template <class L>
-    static KRO_INLINE typename L::Lanes topOf(int32_t top) {
-        constexpr int32_t largest = sizeof(typename L::Number) == 2 ? 0x7FFF : 0xFFFF;
-        return L::all(top < largest ? top : largest);
+    template <bool colourOdd>
+    static KRO_OUTLINE void foldRows(const uint16_t* upper, const uint16_t* lower, Columns made, Columns frame,
+                                     uint16_t* colours, uint16_t* greens) {
+        eachBlock<typename S::Words, 0>(made, frame, frame, [=](auto block) KRO_INLINE_LAMBDA {
+            using V = typename decltype(block)::Vector;
+            const auto atUpper = block.template tap<0>(upper), atLower = block.template tap<0>(lower);
+            V::store(colours + block.x, folded<colourOdd, V>(atUpper, atLower));
+            V::store(greens + block.x, folded<colourOdd, V>(atLower, atUpper));
+        });
     }
 };
 
@@ -122,41 +151,78 @@ struct DifferenceRows {
     const Number *above, *same, *below;
 };
 
+// A row of the output, or of words two folded ones, the lower of which may be missing.
+struct ColourRow {
+    const Target& target;
+    Phase phase;
+    int32_t y;
+    const Strip& strip;
+    Columns alphaColumns;
+    int32_t top;
+};
+
 template <class S, class Sample, Output kind>
 struct EdgeColour {
     static constexpr bool ordered = isInterleaved(kind);
-    using T = RowTarget<Sample>;
 
     template <class Number>
-    static void row(const T& out, bool ownFirst, bool colourOdd, Columns made, Columns frame, const Sample* here,
-                    const DifferenceRows<Number>& rows, int32_t top) {
-        const auto make = colourOdd ? (ordered && ownFirst ? put<Number, true, ordered> : put<Number, true, false>)
-                                    : (ordered && ownFirst ? put<Number, false, ordered> : put<Number, false, false>);
-        make(out, made, frame, here, rows, top);
+    static KRO_INLINE void row(const ColourRow& to, const Sample* here, const DifferenceRows<Number>& rows) {
+        const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
+        const auto make = to.phase.greenFirst ? (ownFirst ? one<Number, true, ordered> : one<Number, true, false>)
+                                              : (ownFirst ? one<Number, false, ordered> : one<Number, false, false>);
+        make(to, here, rows.above, rows.same, rows.below);
+    }
+    // Both rows of a unit: what they share is loaded and added up once.
+    template <class Number>
+    static KRO_INLINE void rows(const ColourRow& to, const Sample* upper, const Sample* lower,
+                                const DifferenceRows<Number>& rows) {
+        const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
+        const auto make = to.phase.greenFirst ? (ownFirst ? two<Number, true, ordered> : two<Number, true, false>)
+                                              : (ownFirst ? two<Number, false, ordered> : two<Number, false, false>);
+        make(to, upper, lower, rows.above, rows.same, rows.below);
     }
 
 private:
     template <class Number, bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void put(const T& out, Columns made, Columns frame, const Sample* here,
-                                const DifferenceRows<Number>& rows, int32_t top) {
-        const T to = out;
-        const DifferenceRows<Number> from = rows;
-        eachBlock<BackEnd<S, Sample>, 1>(made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-            kro::put<kind, ownFirst>(to, block, edgePixels(neighbours<colourOdd>(block, here, from, top)));
+    static KRO_OUTLINE void one(const ColourRow& to, const Sample* here, const Number* above, const Number* same,
+                                const Number* below) {
+        auto out = rowTarget<kind, Sample>(to.target, to.phase, to.y, to.strip.first);
+        out.alphaColumns = to.alphaColumns;
+        const int32_t top = to.top;
+        const Columns frame = to.strip.frame;
+        eachBlock<BackEnd<S, Sample>, 1>(to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
+            put<kind, ownFirst>(out, block, edgePixels(neighbours<colourOdd>(block, here, above, same, below, top)));
         });
-        finishRow<kind>(out, made);
+        finishRow<kind>(out, to.strip.made);
+    }
+    template <class Number, bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void two(const ColourRow& to, const Sample* upper, const Sample* lower, const Number* above,
+                                const Number* same, const Number* below) {
+        const auto first = rowTarget<kind, Sample>(to.target, to.phase, to.y, to.strip.first);
+        const auto second = rowTarget<kind, Sample>(to.target, phaseOfRow(to.phase, 1), to.y + 1, to.strip.first);
+        const int32_t top = to.top;
+        const Columns frame = to.strip.frame;
+        eachBlock<BackEnd<S, Sample>, 1>(to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
+            const auto one = edgePixels(neighbours<colourOdd>(block, upper, above, same, same, top));
+            const auto two = edgePixels(neighbours<!colourOdd>(block, lower, same, same, below, top));
+            put<kind, ownFirst>(first, block, one);
+            put<kind, ordered && !ownFirst>(second, block, two);
+        });
+        finishRow<kind>(first, to.strip.made);
+        finishRow<kind>(second, to.strip.made);
     }
     template <bool colourOdd, class B>
-    static KRO_INLINE auto neighbours(B block, const uint8_t* here, const DifferenceRows<int16_t>& rows, int32_t) {
+    static KRO_INLINE auto neighbours(B block, const uint8_t* here, const int16_t* above, const int16_t* same,
+                                      const int16_t* below, int32_t) {
         const int32_t lane = block.x / 2;
-        return ByteNeighbours<colourOdd, B>{block.template tap<0>(here), rows.above + lane, rows.same + lane,
-                                            rows.below + lane};
+        return ByteNeighbours<colourOdd, B>{block.template tap<0>(here), above + lane, same + lane, below + lane};
     }
     template <bool colourOdd, class B, class Number>
-    static KRO_INLINE auto neighbours(B block, const uint16_t* here, const DifferenceRows<Number>& rows, int32_t top) {
+    static KRO_INLINE auto neighbours(B block, const uint16_t* here, const Number* above, const Number* same,
+                                      const Number* below, int32_t top) {
         using L = WordLanes<S, B, sizeof(Number) == 4>;
-        return WordNeighbours<L, colourOdd, B>{block.template tap<0>(here), rows.above + block.x, rows.same + block.x,
-                                               rows.below + block.x, EdgeGreen<S>::template topOf<L>(top)};
+        return WordNeighbours<L, colourOdd, B>{block.template tap<0>(here), above + block.x, same + block.x,
+                                               below + block.x, topOf<L>(top)};
     }
 };
 
@@ -173,10 +239,11 @@ struct EdgeFrame {
 };
 
 // `Source` gives rows: source[y] mirrored at the top and bottom, source.at(y) of the frame itself.
-template <class S, class Sample, Output kind, class Source, int32_t mostColumns>
+template <class S, class Sample, class Number, Output kind, class Source, int32_t mostColumns>
 class EdgeStrip {
     static constexpr int32_t folded = rowsFolded<Sample>;
     using Width = std::integral_constant<int32_t, folded>;
+    using Colours = EdgeColour<S, Sample, kind>;
 
 public:
     EdgeStrip(const EdgeFrame& frame, Source& source, const Strip& strip)
@@ -189,90 +256,73 @@ public:
 
     int32_t unitOf(int32_t y) const { return (y - frame_.firstRow) >> (folded - 1); }
     Columns greenColumns() const { return greens_; }
+    // What greens of those columns see.
+    Columns sampleColumns() const {
+        return {greens_.begin - 2 < strip_.frame.begin ? strip_.frame.begin : greens_.begin - 2,
+                greens_.end + 2 > strip_.frame.end ? strip_.frame.end : greens_.end + 2};
+    }
 
-    void green(int32_t unit) { makeGreen(unit, Width{}); }
-    void colour(int32_t y) { colour(y, mirrored(y - 1, frame_.height), mirrored(y + 1, frame_.height), output(y)); }
+    KRO_INLINE void green(int32_t unit) { makeGreen(unit, Width{}); }
+    KRO_INLINE void colour(int32_t y) { colour(y, mirrored(y - 1, frame_.height), mirrored(y + 1, frame_.height), y); }
     // From the differences of given rows to a given row of the output.
-    void colour(int32_t y, int32_t above, int32_t below, const RowTarget<Sample>& out) {
-        inLanes([&](auto number) { colourOf<decltype(number)>(y, above, below, out); });
+    KRO_INLINE void colour(int32_t y, int32_t above, int32_t below, int32_t outputRow) {
+        Colours::row(rowOf(y, outputRow), source_[y],
+                     DifferenceRows<Number>{differences(above), differences(y), differences(below)});
     }
-    RowTarget<Sample> output(int32_t y) const {
-        RowTarget<Sample> out = rowTarget<kind, Sample>(frame_.target, phaseOfRow(frame_.phase, y), y, strip_.first);
-        if (kind == Output::bgra && !frame_.target.alphaEverywhere) {
-            const Columns written = alphaColumns(frame_.width);
-            const bool here = y >= frame_.alphaRows.begin && y < frame_.alphaRows.end;
-            out.alphaColumns = here ? Columns{written.begin - strip_.first, written.end - strip_.first} : Columns{0, 0};
-        }
-        return out;
+    // Rows y and y + 1, which are folded into one unit.
+    KRO_INLINE void colourUnit(int32_t y) {
+        Colours::rows(rowOf(y, y), source_[y], source_[y + 1],
+                      DifferenceRows<Number>{differences(mirrored(y - 1, frame_.height)), differences(y),
+                                             differences(mirrored(y + 2, frame_.height))});
     }
-
-    template <class Number>
-    Number* differences(int32_t y) {
-        return differences_.template row<Number>(unitOf(y));
+    Number* differences(int32_t y) { return differences_.row(unitOf(y)); }
+    // After differences were put in.
+    KRO_INLINE void mirrorSides(int32_t unit) {
+        differences_.mirrorSides(unit, strip_.frame, greens_, colourIsOdd(unit));
     }
-    // After differences were put in by hand.
-    void mirrorSides(int32_t unit) {
-        inLanes([&](auto number) {
-            differences_.template mirrorSides<decltype(number)>(unit, strip_.frame, greens_, colourIsOdd(unit));
-        });
-    }
-    // Words: lanes become wide from this unit on; those of the units from `first` on that are still in view are made so.
-    void deepenFrom(int32_t unit, int32_t first) {
-        deep_ = true;
-        for (int32_t made = unit - 2 < first ? first : unit - 2; made < unit; ++made) {
-            differences_.widen(made, greens_);
-        }
-    }
-    bool deep() const { return deep_; }
 
 private:
     const EdgeFrame& frame_;
     Source& source_;
     const Strip strip_;
     const Columns greens_;
-    bool deep_ = false;
-    Differences<Sample, mostColumns> differences_;
+    Differences<Sample, Number, mostColumns> differences_;
+    FoldOf<Sample, mostColumns> fold_;
 
-    // Calls step with a number of the kind that lanes hold.
-    template <class Step>
-    void inLanes(const Step& step) const {
-        if constexpr (sizeof(Sample) == 2) {
-            if (deep_) {
-                step(int32_t{});
-                return;
-            }
+    KRO_INLINE ColourRow rowOf(int32_t y, int32_t outputRow) const {
+        Columns alpha{INT32_MIN, INT32_MAX};
+        if (kind == Output::bgra && !frame_.target.alphaEverywhere) {
+            const Columns written = alphaColumns(frame_.width);
+            const bool here = y >= frame_.alphaRows.begin && y < frame_.alphaRows.end;
+            alpha = here ? Columns{written.begin - strip_.first, written.end - strip_.first} : Columns{0, 0};
         }
-        step(int16_t{});
+        return {frame_.target, phaseOfRow(frame_.phase, y), outputRow, strip_, alpha, frame_.top};
     }
     bool colourIsOdd(int32_t unit) const {
         return phaseOfRow(frame_.phase, frame_.firstRow + folded * unit).greenFirst;
     }
-    void makeGreen(int32_t unit, std::integral_constant<int32_t, 1>) {
+    KRO_INLINE void makeGreen(int32_t unit, std::integral_constant<int32_t, 1>) {
         const int32_t y = frame_.firstRow + unit;
         EdgeGreen<S>::make(colourIsOdd(unit),
                            {source_[y - 2], source_[y - 1], source_[y], source_[y + 1], source_[y + 2]}, greens_,
-                           strip_.frame, differences_.template row<int16_t>(unit));
+                           strip_.frame, differences_.row(unit));
         mirrorSides(unit);
     }
-    void makeGreen(int32_t unit, std::integral_constant<int32_t, 2>) {
+    KRO_OUTLINE void makeGreen(int32_t unit, std::integral_constant<int32_t, 2>) {
         const int32_t y = frame_.firstRow + 2 * unit;
+        const bool odd = colourIsOdd(unit);
+        const Columns seen = sampleColumns();
+        EdgeGreen<S>::fold(odd, source_[y], source_[y + 1], seen, strip_.frame, fold_.colours(), fold_.greens());
+        fold_.continueSides(strip_.frame, seen);
         const auto far = [&](int32_t row) { return source_.at(opposite(row, frame_.height)); };
-        const FoldedRows rows{{source_[y - 1], source_[y], source_[y + 1], source_[y + 2]},
-                              {far(y - 2), far(y - 1), far(y + 2), far(y + 3)}};
-        inLanes([&](auto number) {
-            EdgeGreen<S>::make(colourIsOdd(unit), rows, greens_, strip_.frame, frame_.top,
-                               differences_.template row<decltype(number)>(unit));
-        });
+        EdgeGreen<S>::make(odd,
+                           {fold_.colours(),
+                            fold_.greens(),
+                            source_[y - 1],
+                            source_[y + 2],
+                            {far(y - 2), far(y - 1), far(y + 2), far(y + 3)}},
+                           greens_, strip_.frame, frame_.top, differences_.row(unit));
         mirrorSides(unit);
-    }
-    template <class Number>
-    void colourOf(int32_t y, int32_t above, int32_t below, const RowTarget<Sample>& out) {
-        const Phase phase = phaseOfRow(frame_.phase, y);
-        EdgeColour<S, Sample, kind>::row(out, ownComesFirst(frame_.target, phase), phase.greenFirst, strip_.made,
-                                         strip_.frame, source_[y],
-                                         DifferenceRows<Number>{differences<Number>(above), differences<Number>(y),
-                                                                differences<Number>(below)},
-                                         frame_.top);
     }
 };
 

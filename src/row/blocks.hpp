@@ -1,18 +1,10 @@
-// Blocks of columns: loading around them, plainly inside a row, with stand-ins where a block stands at an end of it.
+// Blocks of columns: loading around them, plainly inside a row, mirrored where a block stands at an end of it.
 #pragma once
 
 #include "vector/pair.hpp"
-#include "vector/shuffles.hpp"
 
 namespace kro {
 namespace {
-
-// What stands in `distance` columns outside the row: mirrored samples, but for the far samples of words, of which the
-// 16-bit edge family is the only user.
-template <class V>
-constexpr Side sideOf(int distance) {
-    return sizeof(typename V::Sample) == 2 && distance == 2 ? Side::opposite : Side::mirrored;
-}
 
 // A block whose every tap lies inside the row.
 template <class V>
@@ -36,18 +28,17 @@ struct EndBlock {
 
     template <int k>
     KRO_INLINE typename V::Vector tap(const typename V::Sample* row) const {
-        constexpr Side side = sideOf<V>(k < 0 ? -k : k);
         if constexpr (first && k < 0) {
-            return V::template loadLeft<side, -k>(row + x);
+            return V::template loadLeft<-k>(row + x);
         }
         if constexpr (last && k > 0) {
             if (room == 0) {
-                return V::template loadRight<side, k>(row + x);
+                return V::template loadRight<k>(row + x);
             }
         }
         if constexpr (last && k > 1) {
             if (room == 1) {
-                return V::template loadRight<side, k - 1>(row + x + 1);
+                return V::template loadRight<k - 1>(row + x + 1);
             }
         }
         return V::load(row + x + k);
@@ -64,15 +55,12 @@ struct PairBlock {
 
     template <int k>
     KRO_INLINE typename P::Vector tap(const typename P::Sample* row) const {
-        constexpr int distance = k < 0 ? -k : k;
-        return P::pairOf(row[inside<distance>(x + k)], row[inside<distance>(x + k + 1)]);
+        return P::pairOf(row[inside(x + k)], row[inside(x + k + 1)]);
     }
 
 private:
-    template <int distance>
     KRO_INLINE int32_t inside(int32_t column) const {
-        const int32_t index = column - frame.begin, n = frame.end - frame.begin;
-        return frame.begin + (sideOf<P>(distance) == Side::opposite ? opposite(index, n) : mirrored(index, n));
+        return frame.begin + mirrored(column - frame.begin, frame.end - frame.begin);
     }
 };
 

@@ -47,14 +47,13 @@ struct Strip {
 template <class S, class Sample, Output kind, class Family>
 class Rectangle {
     using V = BackEnd<S, Sample>;
-    using T = RowTarget<Sample>;
     static constexpr bool ordered = isInterleaved(kind);
 
 public:
     // Rows and columns of a frame that is read in place, or that has a ring of the frame's width.
     static KRO_OUTLINE void run(const FrameJob& job, RowSpan rows, Columns columns, const Family& family) {
         const Strip strip{0, columns, {0, job.width}};
-        Rows<S, Sample> source(job, {0, job.width}, job.source.ring, job.source.ringStride);
+        Rows<S, Sample> source(job, {0, job.width}, rows.begin, job.source.ring, job.source.ringStride);
         runStrip(job, rows, strip, source, family);
     }
     static void frame(const FrameJob& job, const Family& family) {
@@ -71,16 +70,16 @@ public:
         const bool ownFirst = ordered && ownComesFirst(target, phase);
         const auto one = phase.greenFirst ? (ownFirst ? single<true, ordered> : single<true, false>)
                                           : (ownFirst ? single<false, ordered> : single<false, false>);
-        one(rowTarget<kind, Sample>(target, phase, y, strip.first), strip, in, family);
+        one(target, phase, y, strip, in.above, in.here, in.below, in.top, family);
     }
 
 private:
     static KRO_OUTLINE void runRinged(const FrameJob& job, const Family& family) {
-        Ring<Sample> ring;
+        Ring<Sample, ringColumns<Sample>> ring;
         constexpr int32_t most = ringColumns<Sample>;
         for (int32_t x = 0; x < job.width;) {
             const int32_t end = stripEnd(x, job.width, most);
-            Rows<S, Sample> source(job, {x, end}, ring.rows, sizeof ring.rows[0]);
+            Rows<S, Sample> source(job, {x, end}, job.rows.begin, ring.rows, sizeof ring.rows[0]);
             runStrip(job, job.rows, Strip::of({x, end}, job.width), source, family);
             x = end;
         }
@@ -102,40 +101,40 @@ private:
     }
 
     template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void single(const T& out, const Strip& strip, const RowInput<Sample>& in, const Family& family) {
-        const T to = out;
-        const Sample *const above = in.above, *const here = in.here, *const below = in.below;
+    static KRO_OUTLINE void single(const Target& target, Phase phase, int32_t y, const Strip& strip, const Sample* above,
+                                   const Sample* here, const Sample* below, bool top, const Family& family) {
+        const auto out = rowTarget<kind, Sample>(target, phase, y, strip.first);
         const Family f = family;
         eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
-            put<kind, ownFirst>(to, block, f.template row<colourOdd>(block, above, here, below));
+            put<kind, ownFirst>(out, block, f.template row<colourOdd>(block, above, here, below));
         });
         if (strip.first == 0) {
-            Family::template mend<kind, colourOdd, ownFirst>(out, in);
+            Family::template mend<kind, colourOdd, ownFirst>(out, RowInput<Sample>{above, here, below, top});
         }
         finishRow<kind>(out, strip.made);
     }
 
     static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y, const Strip& strip,
                                 const Family& family) {
-        const Phase upper = phaseOfRow(job.phase, y), lower = phaseOfRow(upper, 1);
+        const Phase upper = phaseOfRow(job.phase, y);
         const bool ownFirst = ordered && ownComesFirst(job.target, upper);
-        (ownFirst ? both<ordered> : both<false>)(rowTarget<kind, Sample>(job.target, upper, y, strip.first),
-                                                 rowTarget<kind, Sample>(job.target, lower, y + 1, strip.first), strip,
-                                                 source[y - 1], source[y], source[y + 1], source[y + 2], family);
+        (ownFirst ? both<ordered> : both<false>)(job.target, upper, y, strip, source[y - 1], source[y], source[y + 1],
+                                                 source[y + 2], family);
     }
 
     // Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands before its
     // first store: samples may alias, so the compiler could not reuse loads across stores.
     template <bool ownFirst>
-    static KRO_OUTLINE void both(const T& upper, const T& lower, const Strip& strip, const Sample* above,
+    static KRO_OUTLINE void both(const Target& target, Phase phase, int32_t y, const Strip& strip, const Sample* above,
                                  const Sample* here, const Sample* next, const Sample* below, const Family& family) {
-        const T first = upper, second = lower;
+        const auto upper = rowTarget<kind, Sample>(target, phase, y, strip.first);
+        const auto lower = rowTarget<kind, Sample>(target, phaseOfRow(phase, 1), y + 1, strip.first);
         const Family f = family;
         eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
             const auto one = f.template row<true>(block, above, here, next);
             const auto two = f.template row<false>(block, here, next, below);
-            put<kind, ownFirst>(first, block, one);
-            put<kind, ordered && !ownFirst>(second, block, two);
+            put<kind, ownFirst>(upper, block, one);
+            put<kind, ordered && !ownFirst>(lower, block, two);
         });
         finishRow<kind>(upper, strip.made);
         finishRow<kind>(lower, strip.made);

@@ -9,7 +9,7 @@ namespace {
 
 // Most columns that a kernel works on at a time where the ring of rows is its own: its memory is on the stack.
 template <class Sample>
-constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 1984 : 704;
+constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2944 : 1472;
 // Columns of the frame that stand beside a strip in the ring: what the farthest formulas see, whole groups.
 constexpr int32_t ringMargin = 16;
 
@@ -22,9 +22,9 @@ constexpr int32_t stripEnd(int32_t begin, int32_t width, int32_t most) {
 // Rows before a band that its first row may depend on: of the 16-bit edge family two folded ones and two far ones.
 constexpr int32_t rowsBefore = ringRows - 2;
 
-template <class Sample>
+template <class Sample, int32_t mostColumns>
 struct Ring {
-    alignas(64) Sample rows[ringRows][ringColumns<Sample> + 2 * ringMargin];
+    alignas(64) Sample rows[ringRows][mostColumns + 2 * ringMargin];
 };
 
 template <class Sample>
@@ -38,9 +38,9 @@ bool readInPlace(const Source& source) {
 template <class S, class Sample>
 class Rows {
 public:
-    // `ring` is used where samples have to be prepared.
-    KRO_INLINE Rows(const FrameJob& job, Columns strip, void* ring, ptrdiff_t ringStride)
-        : job_(job), made_(job.rows.begin < rowsBefore ? 0 : job.rows.begin - rowsBefore), strip_(strip) {
+    // `ring` is used where samples have to be prepared; `firstRow` is the first that is made of them.
+    KRO_INLINE Rows(const FrameJob& job, Columns strip, int32_t firstRow, void* ring, ptrdiff_t ringStride)
+        : job_(job), made_(firstRow < rowsBefore ? 0 : firstRow - rowsBefore), strip_(strip) {
         if (readInPlace<Sample>(job.source)) {
             first_ = static_cast<const Sample*>(job.source.samples) + strip.begin;
             stride_ = job.source.stride;

@@ -74,13 +74,13 @@ struct Avx2Bytes : Avx2Lanes {
     static constexpr bool wholePermutes = false;
     using Sample = uint8_t;
 
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint8_t* first) {
-        return halves(Ssse3Bytes::loadLeft<side, outside>(first), Ssse3Bytes::load(first + 16 - outside));
+        return halves(Ssse3Bytes::loadLeft<outside>(first), Ssse3Bytes::load(first + 16 - outside));
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint8_t* p) {
-        return halves(Ssse3Bytes::load(p + outside), Ssse3Bytes::loadRight<side, outside>(p + 16));
+        return halves(Ssse3Bytes::load(p + outside), Ssse3Bytes::loadRight<outside>(p + 16));
     }
 
     static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, _mm256_set1_epi16(255)); }
@@ -153,13 +153,13 @@ struct Avx2Words : Avx2Lanes {
     static constexpr int columns = 16;
     using Sample = uint16_t;
 
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        return halves(Ssse3Words::loadLeft<side, outside>(first), Ssse3Words::load(first + 8 - outside));
+        return halves(Ssse3Words::loadLeft<outside>(first), Ssse3Words::load(first + 8 - outside));
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        return halves(Ssse3Words::load(p + outside), Ssse3Words::loadRight<side, outside>(p + 8));
+        return halves(Ssse3Words::load(p + outside), Ssse3Words::loadRight<outside>(p + 8));
     }
 
     static KRO_INLINE Lanes iota() { return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }

@@ -87,22 +87,22 @@ struct Avx512Bytes : Avx512Lanes {
     static constexpr uint64_t thirdBits[3] = {everyThirdBit(0), everyThirdBit(1), everyThirdBit(2)};
 
     // Loads that lie inside the row: masked ones that reach outside cost hundreds of cycles where a page is unmapped.
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint8_t* first) {
         if constexpr (bytePermutes) {
-            static constexpr Shuffle<64> order = leftOf<64, 1>(side, outside);
+            static constexpr Shuffle<64> order = leftOf<64, 1>(outside);
             return _mm512_permutexvar_epi8(table(order), load(first));
         } else {
-            return halves(Avx2Bytes::loadLeft<side, outside>(first), Avx2Bytes::load(first + 32 - outside));
+            return halves(Avx2Bytes::loadLeft<outside>(first), Avx2Bytes::load(first + 32 - outside));
         }
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint8_t* p) {
         if constexpr (bytePermutes) {
-            static constexpr Shuffle<64> order = rightOf<64, 1>(side, outside);
+            static constexpr Shuffle<64> order = rightOf<64, 1>(outside);
             return _mm512_permutexvar_epi8(table(order), load(p));
         } else {
-            return halves(Avx2Bytes::load(p + outside), Avx2Bytes::loadRight<side, outside>(p + 32));
+            return halves(Avx2Bytes::load(p + outside), Avx2Bytes::loadRight<outside>(p + 32));
         }
     }
 
@@ -227,14 +227,14 @@ struct Avx512Words : Avx512Lanes {
 
     static constexpr Mask oddColumns = 0xAAAAAAAA;
 
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        static constexpr WordIndices<32> order = elementsOf<32>(leftOf<64, 2>(side, outside));
+        static constexpr WordIndices<32> order = elementsOf<32>(leftOf<64, 2>(outside));
         return permuted(load(first), order);
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        static constexpr WordIndices<32> order = elementsOf<32>(rightOf<64, 2>(side, outside));
+        static constexpr WordIndices<32> order = elementsOf<32>(rightOf<64, 2>(outside));
         return permuted(load(p), order);
     }
     static KRO_INLINE Vector permuted(Vector v, const WordIndices<32>& order) {

@@ -73,6 +73,10 @@ struct PairLanes {
     static KRO_INLINE Vector pairOf(int32_t even, int32_t odd) { return {narrowed(even), narrowed(odd)}; }
     static KRO_INLINE int32_t evenColumn(Lanes a) { return static_cast<uint16_t>(a.even); }
     static KRO_INLINE int32_t oddColumn(Lanes a) { return static_cast<uint16_t>(a.odd); }
+    static KRO_INLINE void store(uint16_t* p, Vector v) {
+        p[0] = static_cast<uint16_t>(v.even);
+        p[1] = static_cast<uint16_t>(v.odd);
+    }
     static KRO_INLINE Lanes loadLanes(const Int* p) { return {p[0], p[1]}; }
     static KRO_INLINE void storeLanes(Int* p, Lanes a) {
         p[0] = a.even;

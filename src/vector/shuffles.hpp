@@ -87,31 +87,25 @@ constexpr DwordIndices transposedDwords() {
     return table;
 }
 
-// What stands in for samples outside a row: the mirrored ones, or (far samples) those opposite of their centres.
-enum class Side { mirrored, opposite };
-
-// Elements of a load from the row's first element that continue to the left of it, `outside` of them.
-//     mirrored, 2    2 1 0 1 2 3 ..            opposite, 2    2 3 0 1 2 3 ..
+// Elements (of `wide` bytes) of a load from the row's first element that continue mirrored to the left of it, `outside` of
+// them: 2 1 0 1 2 3 .. for two.
 template <int size, int wide>
-constexpr Shuffle<size> leftOf(Side side, int outside) {
+constexpr Shuffle<size> leftOf(int outside) {
     Shuffle<size> table{};
     for (int o = 0; o < size; ++o) {
         const int element = o / wide - outside;
-        const int inside = element >= 0 ? element : side == Side::mirrored ? -element : element + 4;
-        table.byte[o] = static_cast<uint8_t>(inside * wide + o % wide);
+        table.byte[o] = static_cast<uint8_t>((element < 0 ? -element : element) * wide + o % wide);
     }
     return table;
 }
-// Elements of a load that ends with the row's last element, n of them, `outside` elements on.
-//     mirrored, 2    .. n-2 n-1 n-2 n-3        opposite, 2    .. n-2 n-1 n-4 n-3
+// Of a load that ends with the row's last element, n of them, those `outside` elements on: .. n-2 n-1 n-2 n-3 for two.
 template <int size, int wide>
-constexpr Shuffle<size> rightOf(Side side, int outside) {
+constexpr Shuffle<size> rightOf(int outside) {
     Shuffle<size> table{};
     const int n = size / wide;
     for (int o = 0; o < size; ++o) {
         const int element = o / wide + outside;
-        const int inside = element < n ? element : side == Side::mirrored ? 2 * (n - 1) - element : element - 4;
-        table.byte[o] = static_cast<uint8_t>(inside * wide + o % wide);
+        table.byte[o] = static_cast<uint8_t>((element < n ? element : 2 * (n - 1) - element) * wide + o % wide);
     }
     return table;
 }

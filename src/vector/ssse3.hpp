@@ -70,14 +70,14 @@ struct Ssse3Bytes : Ssse3Lanes {
     using Sample = uint8_t;
 
     // 16 columns of which the first (last) `outside` lie beyond the row.
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint8_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 1>(side, outside);
+        static constexpr Shuffle<16> order = leftOf<16, 1>(outside);
         return shuffled(load(first), order);
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint8_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 1>(side, outside);
+        static constexpr Shuffle<16> order = rightOf<16, 1>(outside);
         return shuffled(load(p), order);
     }
 
@@ -159,15 +159,14 @@ struct Ssse3Words : Ssse3Lanes {
     static constexpr int columns = 8;
     using Sample = uint16_t;
 
-    // 8 columns of which the first (last) `outside` lie beyond the row: one mirrored, one or two opposite ones.
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 2>(side, outside);
+        static constexpr Shuffle<16> order = leftOf<16, 2>(outside);
         return shuffled(load(first), order);
     }
-    template <Side side, int outside>
+    template <int outside>
     static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 2>(side, outside);
+        static constexpr Shuffle<16> order = rightOf<16, 2>(outside);
         return shuffled(load(p), order);
     }
 
