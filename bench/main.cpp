@@ -5,15 +5,15 @@
 #include <memory>
 #include <regex>
 
-#include "cases.hpp"
-#include "instructions.hpp"
-#include "machine.hpp"
-#include "marks.hpp"
-#include "peers.hpp"
-#include "race.hpp"
-#include "report.hpp"
-#include "stream.hpp"
-#include "table.hpp"
+#include "kernels/cases.hpp"
+#include "kernels/table.hpp"
+#include "measuring/instructions.hpp"
+#include "measuring/machine.hpp"
+#include "measuring/race.hpp"
+#include "peers/peers.hpp"
+#include "report/marks.hpp"
+#include "report/report.hpp"
+#include "stream/stream.hpp"
 
 namespace bench {
 namespace {

@@ -14,6 +14,16 @@ cmake --build "$work/build" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 "$work/build/client"
 echo "find_package serves a foreign project"
 
+# Another folder in PATH must not stand in for what was not installed.
+if [ -x "$prefix/bin/kro" ]; then
+    PATH=/usr/bin:/bin "$prefix/bin/kro" formats >/dev/null
+    echo "the installed command finds its library"
+    if [ -x "$build/bench/kro-bench" ]; then
+        PATH=/usr/bin:/bin "$prefix/bin/kro" bench --list >/dev/null
+        echo "the installed command finds kro-bench"
+    fi
+fi
+
 pc=$(find "$prefix" -name kro.pc)
 [ -n "$pc" ] || { echo "no kro.pc installed"; exit 1; }
 if ! command -v pkg-config >/dev/null; then

@@ -73,7 +73,7 @@ struct Span {
 Span edgeBlockColumns(int width);                 // columns whose alpha a row-pair step clears
 Span edgeStepRows(Phase phase, int height);       // rows that row-pair steps complete
 Span u16BlockColumns(int width);                  // columns that wrap in the 16-bit bilinear body
-bool edgeStepWritesGreenBelow(int x, int width);  // of row r + 3, by the three- and four-byte step
+bool edgeStepWritesGreenBelow(int x, int width);  // of row r + 3; Mono8 has no place for it
 inline int borderStart(int size) { return size - 1 - size % 2; }
 
 // ---- output layouts ----

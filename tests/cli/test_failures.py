@@ -1,5 +1,7 @@
 """Everything wrong gets one line that names the file, the value and what was expected; exit code 1 or 2."""
 
+import os
+
 from pictures import write_png, write_ppm
 from support import Case
 
@@ -29,7 +31,7 @@ class Failures(Case):
     def test_usage(self):
         good = ("convert", "f.raw", *SIZE, "-o", "x.png")
         for arguments, says in (
-                ((), "--help"), (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
+                (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
                 (("convert",), "FRAME"),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "8by6", "-o", "x.png"), ["8by6", "1280x960"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "3x9", "-o", "x.png"), ["3x9", "4x4"]),
@@ -40,7 +42,10 @@ class Failures(Case):
                 ((*good, "--gamma", "2.2x"), "2.2x"), ((*good, "--frames", "0"), "count from 1"),
                 ((*good, "--frames", "4-2"), "4-2"), ((*good, "--frames", "a"), "2-5"),
                 ((*good, "--skip", "-1"), "--skip"),
-                ((*good, "--skip", "x"), "--skip"), ((*good, "-j", "0"), "jobs"), ((*good, "--bits", "17"), "bits"),
+                ((*good, "--skip", "x"), "--skip: expected a whole number of 0 or more, not 'x'"), ((*good, "-j", "0"), "--jobs: expected a whole number from 1 to 1024, not '0'"),
+                ((*good, "--jobs", "x"), "not 'x'"), ((*good, "--bits", "17"), "--bits: expected a whole number from 1"),
+                ((*good, "--shift", "-1"), "from 0 to 15"), ((*good, "--depth", "10"), "expected 8 or 16, not '10'"),
+                (("help", "convrt"), "did you mean convert?"), (("help", "xyzzy"), "xyzzy"),
                 ((*good, "--what"), "--what"), ((*good, "-O", "Mono8", "--wb", "gray"), "colour"),
                 (("mosaic", "f.raw", "-o", "x.raw"), "--format"), (("mosaic", "f.raw", "-f", "rggb8"), "-o"),
                 (("formats", "more"), "more"), (("info",), "FRAME")):
@@ -67,6 +72,18 @@ class Failures(Case):
             before = self.names()
             self.kro_fails(1, "mosaic", name, "-f", "rggb8", "-o", "x.raw", says=says)
             self.assertEqual(self.names(), before)
+
+    def test_one_name_that_says_nothing_among_good_ones(self):
+        for name in ("a_8x6_BayerRG8.raw", "b_8x6_BayerRG8.raw"):
+            self.frame_file(name, 8, 6, "BayerRG8")
+        names = ("a_8x6_BayerRG8.raw", "f.raw", "b_8x6_BayerRG8.raw")
+        self.kro_fails(1, "convert", *names, "-o", "out/", "-q", says=["f.raw", "--size"])
+        self.assertEqual(sorted(os.listdir(self.path("out"))), ["a_8x6_BayerRG8.png", "b_8x6_BayerRG8.png"])
+        result = self.kro_fails(1, "info", *names, "-q", says=["f.raw", "--size"])
+        self.assertEqual(result.stdout.count(b"1 frame in the file"), 2)
+        # A bad option is said once and stops all.
+        self.kro_fails(2, "convert", *names, "-s", "8by6", "-o", "none/", says="8by6")
+        self.kro_fails(2, "info", *names, "-f", "rgbg8", says="rgbg8")
 
     def test_one_bad_file_among_good_ones(self):
         self.frame_file("g.raw", 8, 6, "BayerRG8")

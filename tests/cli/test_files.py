@@ -88,6 +88,27 @@ class Files(Case):
         self.assertEqual(stat.S_IMODE(os.stat(self.path("real.png")).st_mode), 0o640)
         self.kro("convert", "f.raw", *SIZE, "-o", "/dev/null", "--to", "png")
 
+    def test_links_to_what_is_not_there_yet(self):
+        os.mkdir(self.path("d"))
+        os.symlink("d/new.ppm", self.path("a.ppm"))
+        os.symlink("a.ppm", self.path("b.ppm"))
+        self.kro("convert", "f.raw", *SIZE, "-o", "b.ppm", "--no-clobber")
+        self.assertTrue(os.path.islink(self.path("a.ppm")) and os.path.islink(self.path("b.ppm")))
+        self.assertEqual(read_pnm(self.read("d/new.ppm"))[:2], (8, 6))
+        os.symlink("no/x.ppm", self.path("c.ppm"))
+        self.kro_fails(1, "convert", "f.raw", *SIZE, "-o", "c.ppm", says=["c.ppm", "no directory no"])
+        os.symlink("e.ppm", self.path("e.ppm"))
+        self.kro_fails(1, "convert", "f.raw", *SIZE, "-o", "e.ppm", says=["e.ppm", "symbolic links"])
+        self.assertEqual(self.names(), ["a.ppm", "b.ppm", "c.ppm", "d", "e.ppm", "f.raw"])
+
+    def test_a_full_disk_is_said_once(self):
+        self.frame_file("film.raw", 8, 6, "BayerRG8", frames=40)
+        for n in range(1, 41):
+            os.symlink("/dev/full" if n > 1 else "one.ppm", self.path(f"x-{n:04}.ppm"))
+        for jobs in ("1", "5"):
+            self.kro_fails(1, "convert", "film.raw", *SIZE, "-o", "x.ppm", "-j", jobs, says=["ppm", "No space left"])
+        self.assertEqual(read_pnm(self.read("one.ppm"))[:2], (8, 6))
+
     def test_interrupts(self):
         width, height = 640, 480
         with open(self.path("long.raw"), "wb") as file:
@@ -95,7 +116,7 @@ class Files(Case):
         for number, wait in ((signal.SIGINT, 0.15), (signal.SIGTERM, 0.3), (signal.SIGHUP, 0.45)):
             os.mkdir(self.path(number.name))
             arguments = ("convert", "long.raw", "-f", "rggb8", "-s", f"{width}x{height}", "-o", number.name + "/",
-                         "--to", "ppm")
+                         "--to", "ppm", "--many")
             process = subprocess.Popen([COMMAND, *arguments], cwd=self.folder, stderr=subprocess.DEVNULL,
                                        preexec_fn=default_signals)
             time.sleep(wait)

@@ -41,6 +41,24 @@ class Info(Case):
         piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=bytes([3] * 48)).decode()
         self.assertRegex(piped, r"  grey +3 +3 +3\.0")
 
+    def test_many_frames_are_summarised(self):
+        self.write("m_8x6_Mono8.raw", b"".join(bytes([n] * 48) for n in range(1, 201)))
+        self.write("few_8x6_Mono8.raw", bytes(480))
+        said = self.kro("info", "m_8x6_Mono8.raw").decode()
+        self.assertIn("200 frames in the file", said)
+        self.assertIn("frames 1-200 together", said)
+        self.assertRegex(said, r"  grey +1 +200 +100\.5")
+        self.assertIn("darkest: frame 1, mean 1.0; brightest: frame 200, mean 200.0", said)
+        self.assertLess(said.count("\n"), 10)
+        self.assertRegex(self.kro("info", "m_8x6_Mono8.raw", "--frames", "11-30").decode(), r"frames 11-30 together")
+        self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--each").count(b"\nframe "), 200)
+        self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--frames", "5-9").count(b"\nframe "), 5)
+        self.assertNotIn(b"together", self.kro("info", "few_8x6_Mono8.raw"))
+        # Of a pipe the first frames are said as they come, and all together at its end.
+        piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=self.read("m_8x6_Mono8.raw")).decode()
+        self.assertEqual(piped.count("\nframe "), 10)
+        self.assertEqual(piped[piped.index("frames 1-200"):], said[said.index("frames 1-200"):])
+
     def test_hints(self):
         self.write("m_8x6_Mono16.raw", b"\0\x10" * 48)
         said = self.kro("info", "m_8x6_Mono16.raw").decode()
@@ -56,6 +74,22 @@ class Help(Case):
             said = self.kro(command, "--help").decode()
             self.assertIn("Example", said)
             self.assertIn(f"kro {command}", said)
+
+    def test_help_as_a_command(self):
+        self.assertEqual(self.kro("help"), self.kro("--help"))
+        for command in ("convert", "mosaic", "formats", "info"):
+            self.assertEqual(self.kro("help", command), self.kro(command, "--help"))
+
+    def test_without_a_command(self):
+        result = self.call()
+        self.assertEqual((result.returncode, result.stderr), (2, b""))
+        self.assertEqual(result.stdout, self.kro("--help"))
+
+    def test_ranges_in_words(self):
+        said = self.kro("convert", "--help").decode()
+        for words in ("1 to 1024", "1 to 16", "0 to 15"):
+            self.assertIn(words, said)
+        self.assertNotRegex(said, r"\d\.\.\d")
 
     def test_version(self):
         self.assertRegex(self.kro("--version").decode(), r"^kro \d+\.\d+\.\d+\n$")
@@ -85,3 +119,5 @@ class Bench(Case):
         self.assertEqual(self.bench("--json", "a b"), (7, "far<--json><a b>", ""))
         self.put("bin/kro-bench", "near")
         self.assertEqual(self.bench("--help"), (7, "near<--help>", ""))
+        result = subprocess.run([self.path("bin/kro"), "help", "bench"], stdout=subprocess.PIPE)
+        self.assertEqual((result.returncode, result.stdout), (7, b"near<--help>"))

@@ -80,6 +80,57 @@ class OutputNames(Case):
         self.assertEqual(self.new_names(), ["0001offilm_8x6_BayerRG8.png", "0002offilm_8x6_BayerRG8.png",
                                             "p-film_8x6_BayerRG8.ppm", "p-one_8x6_BayerRG8.ppm"])
 
+    def test_pictures_are_counted(self):
+        one = "one_8x6_BayerRG8.raw"
+        film = "film_8x6_BayerRG8.raw"
+        for pattern, wanted in (("%04d.ppm", [f"{n:04}.ppm" for n in range(1, 8)]),
+                                ("a%d.ppm", [f"a{n}.ppm" for n in range(1, 8)]),
+                                ("50%%-%3d-%s%20.ppm", [f"50%-00{n}-%s%20.ppm" for n in range(1, 8)])):
+            self.kro("convert", one, film, "-", "-f", "rggb8", "-s", "8x6", "-o", pattern, data=self.film[48:96])
+            self.assertEqual(self.new_names(), wanted)
+            second = self.kro("convert", film, "--frame", "1", "-o", "-", "--to", "ppm")
+            self.assertEqual(self.read(wanted[1]), second)
+            self.assertEqual(self.read(wanted[6]), self.read(wanted[2]))
+            for name in wanted:
+                os.remove(self.path(name))
+        self.kro("convert", film, "--frames", "4-5", "-o", "x%02d-{frame}.ppm")
+        self.assertEqual(self.new_names(), ["x01-0004.ppm", "x02-0005.ppm"])
+        self.kro_fails(2, "convert", "-", film, "-f", "rggb8", "-s", "8x6", "-o", "y%d.ppm", data=self.film, says="last")
+
+    def test_numbers_sort(self):
+        self.frame_file("long_4x4_BayerRG8.raw", 4, 4, "BayerRG8", frames=10001)
+        self.kro("convert", "long_4x4_BayerRG8.raw", "film_8x6_BayerRG8.raw", "--frames", "2-3", "-o", "d/")
+        self.kro("convert", "long_4x4_BayerRG8.raw", "--frames", "9999-10001", "-o", "x.ppm")
+        self.assertEqual(self.new_names(), ["d", "x-09999.ppm", "x-10000.ppm", "x-10001.ppm"])
+        self.assertIn("film_8x6_BayerRG8-0002.png", os.listdir(self.path("d")))
+
+    def test_unknown_placeholders(self):
+        for pattern in ("{nam}.png", "{frame}-{date}.png", "{Frame}.png"):
+            self.kro_fails(2, "convert", "film_8x6_BayerRG8.raw", "-o", pattern,
+                           says=["unknown placeholder", "{name}", "{frame}", "%04d"])
+        self.kro("convert", "one_8x6_BayerRG8.raw", "-o", "{{nam}{1}{}.png")
+        self.assertEqual(self.new_names(), ["{nam}{1}{}.png"])
+
+    def test_a_size_that_makes_too_many(self):
+        self.frame_file("f_160x100_BayerRG8.raw", 160, 100, "BayerRG8", frames=2)
+        arguments = ("convert", "f_160x100_BayerRG8.raw", "-s", "4x4")
+        self.kro_fails(2, *arguments, "-o", "x/", says=["2000 pictures", "4x4 BayerRG8", "size", "--many"])
+        self.kro_fails(2, *arguments, "--frames", "2-", "-o", "x/", says=["1999 pictures", "--many"])
+        self.assertNotIn("x", self.names())
+        self.assertEqual(len(self.kro(*arguments, "-o", "-", "--to", "raw")), 96000)
+        self.kro(*arguments, "--frames", "1-1001", "-o", "x/")
+        self.assertEqual(len(os.listdir(self.path("x"))), 1001)
+        self.kro(*arguments, "--many", "-o", "y/", "--to", "ppm")
+        self.assertEqual(len(os.listdir(self.path("y"))), 2000)
+        self.frame_file("g_4x4_BayerRG8.raw", 4, 4, "BayerRG8", frames=1000)
+        self.kro("convert", "g_4x4_BayerRG8.raw", "-o", "z/")
+        self.assertEqual(len(os.listdir(self.path("z"))), 1000)
+
+    def test_files_named_as_commands(self):
+        self.write("info", self.film[:48])
+        self.kro("convert", "info", "-f", "rggb8", "-s", "8x6", "-o", "x.ppm")
+        self.assertIn("x.ppm", self.new_names())
+
     def test_folder(self):
         self.kro("convert", "film_8x6_BayerRG8.raw", "one_8x6_BayerRG8.raw", "-o", "deep/er/", "--to", "bmp")
         self.assertEqual(sorted(os.listdir(self.path("deep/er"))),

@@ -4,10 +4,10 @@
 #include <exception>
 #include <utility>
 
-#include "failure.hpp"
-#include "frame_reader.hpp"
-#include "output_file.hpp"
-#include "picture_file.hpp"
+#include "frames/frame_reader.hpp"
+#include "output/output_file.hpp"
+#include "pictures/picture_file.hpp"
+#include "support/failure.hpp"
 
 namespace demo {
 

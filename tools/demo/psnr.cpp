@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "failure.hpp"
 #include "image.hpp"
+#include "support/failure.hpp"
 
 namespace demo {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "failure.hpp"
 #include "font.hpp"
-#include "frame_size.hpp"
+#include "frames/frame_size.hpp"
 #include "image.hpp"
+#include "support/failure.hpp"
 
 namespace demo {
 

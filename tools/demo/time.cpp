@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "failure.hpp"
-#include "formats.hpp"
-#include "frame_reader.hpp"
+#include "developing/library.hpp"
+#include "frames/formats.hpp"
+#include "frames/frame_reader.hpp"
 #include "image.hpp"
-#include "library.hpp"
+#include "support/failure.hpp"
 
 namespace demo {
 

@@ -1,0 +1,107 @@
+#include "kernels/frame.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+constexpr size_t alignment = 64;
+
+// A slope in both directions with rings and a little noise: neither flat nor random, as pictures are.
+uint32_t sampleAt(int32_t row, int32_t column, uint32_t& noise) {
+    noise = noise * 1664525u + 1013904223u;
+    const auto r = static_cast<uint32_t>(row);
+    const auto c = static_cast<uint32_t>(column);
+    const uint32_t slope = r * 13 + c * 17;
+    const uint32_t rings = (r * r + c * c) >> 4;
+    return (slope + (rings & 0x3FFFu) + (noise >> 22)) & 0xFFFFu;
+}
+
+void fillBytes(uint8_t* bytes, size_t count, int32_t width) {
+    uint32_t noise = 1;
+    for (size_t i = 0; i < count; ++i) {
+        const auto row = static_cast<int32_t>(i / static_cast<size_t>(width));
+        const auto column = static_cast<int32_t>(i % static_cast<size_t>(width));
+        bytes[i] = static_cast<uint8_t>(sampleAt(row, column, noise) >> 8);
+    }
+}
+
+void fillWords(uint8_t* bytes, const Shape& shape, int droppedBits) {
+    uint32_t noise = 1;
+    for (int32_t row = 0; row < shape.height; ++row) {
+        for (int32_t column = 0; column < shape.width; ++column) {
+            const auto word = static_cast<uint16_t>(sampleAt(row, column, noise) >> droppedBits);
+            std::memcpy(bytes, &word, sizeof word);
+            bytes += sizeof word;
+        }
+    }
+}
+
+int droppedBits(Samples samples) { return samples == Samples::u10 ? 6 : samples == Samples::u12 ? 4 : 0; }
+
+bool isWords(Samples samples) {
+    return samples == Samples::u10 || samples == Samples::u12 || samples == Samples::u16;
+}
+
+}  // namespace
+
+size_t pixelsOf(const Shape& shape) { return static_cast<size_t>(shape.width) * static_cast<size_t>(shape.height); }
+
+std::string nameOf(const Shape& shape) {
+    return std::to_string(shape.width) + "x" + std::to_string(shape.height) + (shape.offset ? "+1" : "");
+}
+
+Shape shapeFrom(const std::string& text) {
+    Shape shape{};
+    int used = 0;
+    const int fields = std::sscanf(text.c_str(), "%dx%d%n", &shape.width, &shape.height, &used);
+    const std::string rest = fields == 2 ? text.substr(static_cast<size_t>(used)) : "?";
+    shape.offset = rest == "+1";
+    if ((!rest.empty() && !shape.offset) || shape.width < 4 || shape.height < 4) {
+        throw std::invalid_argument("not a size: " + text + " (like 1280x960, or 1280x960+1 for odd addresses)");
+    }
+    return shape;
+}
+
+size_t sourceBytes(Samples samples, size_t pixels) {
+    if (samples == Samples::packed) {
+        return (pixels + 1) / 2 * 3;
+    }
+    return pixels * (isWords(samples) ? 2 : samples == Samples::bgr ? 3 : 1);
+}
+
+void Frame::Free::operator()(uint8_t* memory) const { std::free(memory); }
+
+Frame::Memory Frame::allocate(size_t size) {
+    const size_t rounded = (size + 2 * alignment) / alignment * alignment;
+    auto* memory = static_cast<uint8_t*>(std::aligned_alloc(alignment, rounded));
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::memset(memory, 0, rounded);  // every page is there before the first timing
+    return Memory(memory);
+}
+
+Frame::Frame(const Shape& shape, Samples samples, size_t outputBytesPerPixel)
+    : shape_(shape),
+      samples_(samples),
+      outputBytesPerPixel_(outputBytesPerPixel),
+      sourceMemory_(allocate(sourceBytes(samples, pixelsOf(shape)))),
+      destinationMemory_(allocate(pixelsOf(shape) * outputBytesPerPixel)),
+      workingMemory_(allocate(static_cast<size_t>(shape.width))) {
+    const size_t sourceOffset = !shape.offset ? 0 : isWords(samples) ? 2 : 1;
+    const size_t destinationOffset = !shape.offset ? 0 : outputBytesPerPixel >= 6 ? 2 : 1;
+    source_ = sourceMemory_.get() + sourceOffset;
+    destination_ = destinationMemory_.get() + destinationOffset;
+    if (isWords(samples)) {
+        fillWords(source_, shape, droppedBits(samples));
+    } else {
+        fillBytes(source_, sourceSize(), shape.width);
+    }
+}
+
+}  // namespace bench

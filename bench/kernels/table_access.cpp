@@ -1,0 +1,50 @@
+#include "table_access.hpp"
+
+#include <cstring>
+
+#include "KRODemosaicing.hpp"
+
+namespace {
+
+constexpr int32_t room = 16;
+
+const kro::Kernels& kernelsOf(int32_t table) {
+    const kro::Kernels* tables[room];
+    kro::usableKernels(tables, room);
+    return *tables[table];
+}
+
+struct NamedMember {
+    const char* name;
+    KroBenchRoutine (*get)(const kro::Kernels&);
+};
+
+constexpr NamedMember members[] = {
+#define KRO_KERNEL(routine, ...) \
+    {#routine, [](const kro::Kernels& kernels) { return reinterpret_cast<KroBenchRoutine>(kernels.routine); }},
+#include "table/kernels.def"
+#undef KRO_KERNEL
+};
+
+}  // namespace
+
+int32_t kroBenchTables() {
+    const kro::Kernels* tables[room];
+    return kro::usableKernels(tables, room);
+}
+
+const char* kroBenchTableName(int32_t table) { return kernelsOf(table).name; }
+
+KroBenchRoutine kroBenchRoutine(int32_t table, const char* name) {
+    for (const NamedMember& member : members) {
+        if (std::strcmp(member.name, name) == 0) {
+            return member.get(kernelsOf(table));
+        }
+    }
+    return nullptr;
+}
+
+int32_t kroBenchDemosaicing(int32_t table, KroContext* handle, const KroImage* input, KroAlgorithm algorithm,
+                            KroImage* output) {
+    return kro::demosaicing(kernelsOf(table), handle, input, algorithm, output);
+}

@@ -1,7 +1,0 @@
-#include <cstddef>
-
-static constexpr size_t vectorBytes = 16;
-
-#include "stream_loop.hpp"
-
-bench::StreamLoop bench::streamLoopSse2(size_t ratio, StreamKind kind) { return anyLoop(ratio, kind); }

@@ -1,0 +1,57 @@
+#pragma once
+
+// What the help of each command says below its options.
+namespace cli {
+
+constexpr const char* mainExamples = R"(Examples:
+  kro convert frame_1280x960_BayerRG8.raw -o frame.png
+  kro convert capture.bin -f rggb12p -s 1280x960 -a bilinear -o capture.tif
+  kro mosaic photo.png -f BayerGB10 -o frames/
+  kro info frame_1280x960_BayerRG8.raw
+  kro help COMMAND says more of each.)";
+
+constexpr const char* convertExamples = R"(Examples:
+  kro convert outdoor_2592x1536_BayerGR8.raw -o outdoor.png
+  kro convert capture.bin -f BayerRG12Packed -s 1280x960 -a bilinear -o capture.png
+  kro convert capture.bin -f rggb10le -s 1280x960 --skip 512 --wb gray --gamma srgb -o look.png
+  kro convert frames/*.raw -f BayerRG8 -s 1280x960 -o pictures/ --to ppm
+  kro convert film_640x480_BayerRG8.raw --frames 10-20 -o 'film-{frame}.png'
+  camera | kro convert - -f rggb8 -s 640x480 -O RGB8 -o - --to raw | player
+  kro convert still_768x512_BayerRG12.raw --depth 16 --scale -o still.tif
+
+Where pictures go:
+  -o FILE.EXT    one file; frames of one input are numbered: FILE-0001.EXT
+  -o FOLDER/     a picture for each input, named after it
+  -o PATTERN     with {name} for the input's name, {frame} for the frame's number, or %04d for the picture's: 0001,
+                 0002 and so on over all inputs
+  -o -           standard output, of the type given by --to
+A file appears whole or not at all. An input is never overwritten.
+
+The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given, but for two things: alpha,
+0 in the library's BGRa8 and RGBa8, is 255 in files that can be looked at, and JPEG files (--quality) hold nearly
+the same pixels. Sensor data has no white balance and no gamma: straight it looks green and dark.
+
+--depth 16 takes the 16-bit paths: edge for every Bayer frame, bilinear for RG frames. Two limits are theirs: edge
+holds interpolated values of RG frames to 4095, and bilinear means wrap around where samples pass 8191. Where a
+frame goes beyond, a warning says so and which --shift helps.)";
+
+constexpr const char* mosaicExamples = R"(Examples:
+  kro mosaic photo.png -f BayerRG12Packed -o photo_640x480_BayerRG12Packed.raw
+  kro mosaic photo.ppm -f grbg10le -o frames/
+  kro mosaic photo.png -f rggb8 -o - | kro convert - -f rggb8 -s 640x480 -o back.png
+
+With a folder the frame is named NAME_WIDTHxHEIGHT_FORMAT.raw, so that kro convert needs no more options.)";
+
+constexpr const char* infoExamples = R"(Examples:
+  kro info outdoor_2592x1536_BayerGR8.raw
+  kro info capture.bin -f rggb10le -s 1280x960 --frames 1-3)";
+
+constexpr const char* helpExamples = R"(Examples:
+  kro help
+  kro help convert)";
+
+constexpr const char* benchExamples = R"(Examples:
+  kro bench --help
+All arguments go to kro-bench, which must stand beside kro or in PATH.)";
+
+}  // namespace cli

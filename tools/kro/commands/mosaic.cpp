@@ -1,0 +1,110 @@
+#include "commands/mosaic.hpp"
+
+#include <filesystem>
+#include <limits>
+
+#include "frames/samples.hpp"
+#include "output/output_file.hpp"
+#include "output/output_names.hpp"
+#include "pictures/picture_file.hpp"
+#include "support/failure.hpp"
+#include "terminal/console.hpp"
+
+namespace cli {
+
+namespace {
+
+// Scaled to the format's whole range and rounded to the nearest.
+uint16_t scaled(uint32_t sample, uint32_t maximum, const InputFormat& format) {
+    return static_cast<uint16_t>((static_cast<uint64_t>(sample) * format.maximum() + maximum / 2) / maximum);
+}
+
+uint32_t greyOf(const uint16_t* pixel, int channels) {
+    if (channels == 1) {
+        return pixel[0];
+    }
+    // The weights of the library's own luma.
+    return (77u * pixel[0] + 150u * pixel[1] + 29u * pixel[2] + 128u) >> 8;
+}
+
+// Through a colour filter a site sees one of the three colours.
+int colourAt(Phase phase, int32_t row, int32_t column) {
+    const RedSite red = redSite(phase);
+    const bool redRow = (row & 1) == red.row;
+    const bool redColumn = (column & 1) == red.column;
+    return redRow == redColumn ? (redRow ? 0 : 2) : 1;
+}
+
+uint32_t siteValue(const DecodedPicture& picture, const InputFormat& format, int32_t row, int32_t column) {
+    const std::size_t at = static_cast<std::size_t>(row) * static_cast<std::size_t>(picture.size.width) +
+                           static_cast<std::size_t>(column);
+    const uint16_t* pixel = &picture.samples[at * static_cast<std::size_t>(picture.channels)];
+    if (!format.isBayer() || picture.channels == 1) {
+        return greyOf(pixel, picture.channels);
+    }
+    return pixel[colourAt(format.phase, row, column)];
+}
+
+Samples takeSites(const DecodedPicture& picture, const InputFormat& format) {
+    Samples samples;
+    samples.reserve(picture.size.samples());
+    for (int32_t row = 0; row < picture.size.height; row++) {
+        for (int32_t column = 0; column < picture.size.width; column++) {
+            samples.push_back(scaled(siteValue(picture, format, row, column), picture.maximum, format));
+        }
+    }
+    return samples;
+}
+
+void requireFrameSize(const FrameSize& size, const std::string& name) {
+    const bool tooLarge = size.samples() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max());
+    if (size.width < leastSide || size.height < leastSide || tooLarge) {
+        throw Failure(name + ": is " + size.text() + ", but a frame has at least 4x4 and fewer than 2^31 samples");
+    }
+}
+
+// A folder gets a name from which size and format are found again.
+std::string targetName(const MosaicRequest& request, const FrameSize& size, const InputFormat& format) {
+    if (!meansFolder(request.output)) {
+        return request.output;
+    }
+    makeFolder(request.output);
+    const std::string name = stemOf(request.picture) + "_" + size.text() + "_" + format.name + ".raw";
+    return (std::filesystem::path(request.output) / name).string();
+}
+
+void requireOutput(const MosaicRequest& request) {
+    if (request.output.empty()) {
+        throw UsageFailure("say where the frame goes: -o frame.raw, -o FOLDER/ or -o -");
+    }
+    if (request.output == standardStream) {
+        refuseTerminal();
+    }
+}
+
+void putFrame(const MosaicRequest& request, const std::string& target, const FileId& input, const Bytes& frame) {
+    guardAgainstInterrupts();
+    if (target == standardStream) {
+        writeStandardOutput(frame);
+        return;
+    }
+    checkTarget(target, {input}, !request.noClobber);
+    writeFile(target, frame, !request.noClobber);
+}
+
+}  // namespace
+
+int mosaic(const MosaicRequest& request) {
+    const InputFormat& format = requireInputFormat(request.format);
+    requireOutput(request);
+    const InputFile file(request.picture);
+    const DecodedPicture picture = decodePicture(file.readAll(), file.shownName());
+    requireFrameSize(picture.size, file.shownName());
+    const std::string target = targetName(request, picture.size, format);
+    putFrame(request, target, file.id(), packSamples(takeSites(picture, format), format));
+    console::note((target == standardStream ? "standard output" : target) + ": " + picture.size.text() + " " +
+                  format.name);
+    return exitOk;
+}
+
+}  // namespace cli

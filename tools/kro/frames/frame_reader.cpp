@@ -1,0 +1,214 @@
+#include "frames/frame_reader.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+
+#include "support/failure.hpp"
+#include "support/scan.hpp"
+
+namespace cli {
+
+namespace {
+
+Descriptor openForReading(const std::string& path) {
+    const int descriptor = path == standardStream ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw Failure(path + ": cannot be read: " + systemMessage(errno));
+    }
+    return Descriptor(descriptor);
+}
+
+std::string frames(uint64_t count) { return std::to_string(count) + (count == 1 ? " frame" : " frames"); }
+
+std::string need(const FrameLayout& layout) {
+    return "one " + layout.text() + " frame takes " + std::to_string(layout.bytes());
+}
+
+}  // namespace
+
+FrameRange parseFrameRange(const std::string& text) {
+    std::string_view rest = text;
+    int64_t first = 0;
+    bool good = takeNumber(rest, first);
+    int64_t last = first;
+    if (takeWord(rest, "-")) {
+        last = std::numeric_limits<int64_t>::max();
+        good = good && (rest.empty() || takeNumber(rest, last));
+    }
+    if (!good || !rest.empty()) {
+        throw UsageFailure("bad frames '" + text + "', expected a number such as 3 or a range such as 2-5");
+    }
+    if (first == 0 || last < first) {
+        throw UsageFailure("bad frames '" + text + "', frames count from 1 and go upwards");
+    }
+    return {static_cast<uint64_t>(first), static_cast<uint64_t>(last), true};
+}
+
+Descriptor::~Descriptor() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+}
+
+int Descriptor::release() {
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    return descriptor;
+}
+
+InputFile::InputFile(const std::string& path)
+    : shownName_(path == standardStream ? "standard input" : path), descriptor_(openForReading(path)) {
+    struct stat status {};
+    if (fstat(descriptor_.get(), &status) != 0) {
+        throw Failure(shownName_ + ": cannot be read: " + systemMessage(errno));
+    }
+    id_ = {status.st_dev, status.st_ino};
+    if (S_ISDIR(status.st_mode)) {
+        throw Failure(shownName_ + ": is a directory, expected a file");
+    }
+    if (path == standardStream && isatty(descriptor_.get()) == 1) {
+        throw UsageFailure("standard input is a terminal, expected a file or a pipe");
+    }
+    // Standard input redirected from a file may stand anywhere in it, so it is read on from there as a pipe is.
+    if (S_ISREG(status.st_mode) && path != standardStream) {
+        length_ = static_cast<uint64_t>(status.st_size);
+    }
+}
+
+template <typename Read>
+std::size_t InputFile::fill(uint8_t* target, std::size_t size, Read&& read) const {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = read(target + done, size - done, done);
+        if (count < 0 && errno != EINTR) {
+            throw Failure(shownName_ + ": cannot be read: " + systemMessage(errno));
+        }
+        if (count == 0) {
+            break;
+        }
+        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    return done;
+}
+
+std::size_t InputFile::readAt(uint64_t offset, uint8_t* target, std::size_t size) const {
+    return fill(target, size, [&](uint8_t* place, std::size_t left, std::size_t done) {
+        return pread(descriptor_.get(), place, left, static_cast<off_t>(offset + done));
+    });
+}
+
+std::size_t InputFile::readNext(uint8_t* target, std::size_t size) const {
+    return fill(target, size,
+                [&](uint8_t* place, std::size_t left, std::size_t) { return read(descriptor_.get(), place, left); });
+}
+
+Bytes InputFile::readAll() const {
+    constexpr std::size_t step = std::size_t{1} << 20;
+    Bytes all;
+    std::size_t got = 0;
+    do {
+        const std::size_t before = all.size();
+        all.resize(before + step);
+        got = readNext(all.data() + before, step);
+        all.resize(before + got);
+    } while (got == step);
+    return all;
+}
+
+FrameRange framesInFile(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
+    const uint64_t length = *file.length();
+    const std::string holds = file.shownName() + ": ";
+    if (length == 0) {
+        throw Failure(holds + "the file is empty, but " + need(layout) + " bytes");
+    }
+    if (layout.skip >= length) {
+        throw Failure(holds + "--skip " + std::to_string(layout.skip) + " leaves nothing of its " +
+                      std::to_string(length) + " bytes");
+    }
+    const uint64_t payload = length - layout.skip;
+    const uint64_t count = payload / layout.bytes();
+    const uint64_t rest = payload % layout.bytes();
+    if (count == 0) {
+        throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) +
+                      " (short file, or wrong size or format)");
+    }
+    if (rest != 0 && !range.chosen) {
+        throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) + ": " +
+                      frames(count) + " and " + std::to_string(rest) +
+                      " bytes more (wrong size or format? --frames 1- takes the whole ones)");
+    }
+    const bool toTheEnd = range.last == FrameRange{}.last;
+    if (range.first > count || (!toTheEnd && range.last > count)) {
+        throw Failure(holds + "has no frame " + std::to_string(range.first > count ? range.first : range.last) +
+                      ", it holds " + frames(count));
+    }
+    return {range.first, toTheEnd ? count : range.last, range.chosen};
+}
+
+void readFrame(const InputFile& file, const FrameLayout& layout, uint64_t number, Bytes& frame) {
+    frame.resize(layout.bytes());
+    const std::size_t got = file.readAt(layout.skip + (number - 1) * layout.bytes(), frame.data(), frame.size());
+    if (got != frame.size()) {
+        throw Failure(file.shownName() + ": ended after " + std::to_string(got) + " of the " +
+                      std::to_string(frame.size()) + " bytes of frame " + std::to_string(number));
+    }
+}
+
+FrameStream::FrameStream(const InputFile& file, const FrameLayout& layout, const FrameRange& range)
+    : file_(file), layout_(layout), range_(range) {
+    skipHeader();
+}
+
+void FrameStream::skipHeader() {
+    Bytes passed(std::min<uint64_t>(layout_.skip, uint64_t{1} << 20));
+    for (uint64_t left = layout_.skip; left > 0;) {
+        const std::size_t step = static_cast<std::size_t>(std::min<uint64_t>(left, passed.size()));
+        if (file_.readNext(passed.data(), step) != step) {
+            throw Failure(file_.shownName() + ": ended within the " + std::to_string(layout_.skip) +
+                          " bytes of --skip");
+        }
+        left -= step;
+    }
+}
+
+bool FrameStream::next(Bytes& frame) {
+    frame.resize(layout_.bytes());
+    do {
+        if (number_ >= range_.last || ended_) {
+            return false;
+        }
+        const std::size_t got = file_.readNext(frame.data(), frame.size());
+        ended_ = got != frame.size();
+        leftOver_ = ended_ ? got : 0;
+        number_ += ended_ ? 0 : 1;
+    } while (ended_ || number_ < range_.first);
+    return true;
+}
+
+void FrameStream::requireGoodEnd() const {
+    const std::string name = file_.shownName() + ": ";
+    if (ended_ && number_ == 0 && leftOver_ == 0) {
+        throw Failure(name + "is empty, but " + need(layout_) + " bytes");
+    }
+    if (leftOver_ != 0) {
+        throw Failure(name + "ended after " + std::to_string(leftOver_) + " bytes of frame " +
+                      std::to_string(number_ + 1) + ", but " + need(layout_) +
+                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before"));
+    }
+    if (ended_ && (number_ < range_.first || range_.last != FrameRange{}.last)) {
+        throw Failure(name + "has no frame " + std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " +
+                      frames(number_));
+    }
+}
+
+}  // namespace cli

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "frames/formats.hpp"
+#include "frames/frame_size.hpp"
+
+namespace cli {
+
+// What the user said of the frames, before any file name is looked at.
+struct FrameRequest {
+    std::string formatName;
+    std::string sizeText;
+    uint64_t skip = 0;
+};
+
+// A usage failure where a given size or format is none, whatever the files are.
+void requireGoodRequest(const FrameRequest& request);
+
+// How the frames of one file are to be read.
+struct FrameLayout {
+    FrameSize size;
+    const InputFormat* format = nullptr;
+    uint64_t skip = 0;
+    // What was inferred, to be said once the frames turn out to be usable; empty where nothing was.
+    std::string note;
+
+    std::size_t bytes() const { return format->frameBytes(size.samples()); }
+    std::string text() const { return size.text() + " " + format->name; }
+};
+
+// Options first, then the file's name. The file's length, where it is
+// known, decides between layouts that the name leaves open.
+FrameLayout inferLayout(const std::string& path, const FrameRequest& request, std::optional<uint64_t> fileBytes);
+
+}  // namespace cli
