@@ -15,7 +15,7 @@ protected:
     reference::Scene hold(ViewCheck& check, Size size, uint32_t turn) {
         const InputFormat& format = GetParam().formatOfTurn(turn);
         words_ = wordOptions(format, turn);
-        const auto numbers = numbersFor(format, words_, Content::noise, size, turn, turn % 2 == 0);
+        const auto numbers = numbersFor(format, words_, Content::noise, size, turn, turn % 3 != 0);
         check.hold(format, size, numbers, spacingOfTurn(turn), words_, placementOfTurn(turn));
         return check.scene(format, words_);
     }

@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Every, ViewKinds, testing::ValuesIn(allKinds()), kindNa
 void checkAllOutputs(ViewCheck& check, const Kind& kind, Size size, Content content, uint32_t turn) {
     const InputFormat& format = kind.formatOfTurn(turn);
     const KroViewOptions words = wordOptions(format, turn);
-    const auto numbers = numbersFor(format, words, content, size, turn, turn % 4 == 0);
+    const auto numbers = numbersFor(format, words, content, size, turn, turn % 5 == 0);
     check.hold(format, size, numbers, spacingOfTurn(turn), words, placementOfTurn(turn));
     reference::Scene scene = check.scene(format, words);
     for (const ViewOutput& output : reference::viewOutputs) {
