@@ -13,6 +13,8 @@ namespace cli {
 
 namespace {
 
+constexpr const char* framesText = "Raw frames, or mosaics in PGM, PNG, TIFF or NPY files; - for standard input";
+
 // The parser's own ranges speak of conversions and values.
 std::function<std::string(const std::string&)> wholeNumber(int64_t least,
                                                            int64_t most = std::numeric_limits<int64_t>::max()) {
@@ -48,7 +50,7 @@ void addQuiet(CLI::App& command) {
 
 void addConvert(CLI::App& app, ConvertRequest& request) {
     CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
-    command.add_option("FRAME", request.inputs, "Files of raw frames, or - for standard input")->required();
+    command.add_option("FRAME", request.inputs, framesText)->required();
     addFrameOptions(command, request.frame, request.frames);
     command.add_option("-a,--algorithm", request.algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
     command
@@ -99,7 +101,8 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
 
 void addMosaic(CLI::App& app, MosaicRequest& request) {
     CLI::App& command = *app.add_subcommand("mosaic", "A picture to a raw frame, as a camera would have sent it");
-    command.add_option("PICTURE", request.picture, "PNG, PPM or PGM of 8 or 16 bits, or - for standard input")
+    command
+        .add_option("PICTURE", request.picture, "PNG, JPEG, TIFF, BMP, PPM or PGM picture, or - for standard input")
         ->required();
     command.add_option("-f,--format", request.format, "Pixel format of the frame, any that kro formats lists")
         ->type_name("FORMAT")
@@ -112,7 +115,7 @@ void addMosaic(CLI::App& app, MosaicRequest& request) {
 
 void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App& command = *app.add_subcommand("info", "What a frame is and what its samples are like");
-    command.add_option("FRAME", request.inputs, "Files of raw frames, or - for standard input")->required();
+    command.add_option("FRAME", request.inputs, framesText)->required();
     addFrameOptions(command, request.frame, request.frames);
     command.add_flag("--each", request.each, "Say all frames one by one, however many there are");
     addQuiet(command);

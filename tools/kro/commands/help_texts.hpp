@@ -18,6 +18,7 @@ constexpr const char* convertExamples = R"(Examples:
   kro convert film_640x480_BayerRG8.raw --frames 10-20 -o 'film-{frame}.png'
   camera | kro convert - -f rggb8 -s 640x480 -O RGB8 -o - --to raw | player
   kro convert still_768x512_BayerRG12.raw --depth 16 --scale -o still.tif
+  kro convert mosaic.tif stack.npy -f rggb -o pictures/
 
 Where pictures go:
   -o FILE.EXT    one file; frames of one input are numbered: FILE-0001.EXT
@@ -26,6 +27,10 @@ Where pictures go:
                  0002 and so on over all inputs
   -o -           standard output, of the type given by --to
 A file appears whole or not at all. An input is never overwritten.
+
+What may be in FRAME: raw frames, whose size and format are in the name or in -s and -f; or PGM, PNG, TIFF (any number
+of pages) and NPY files (rows and columns, or frames, rows and columns) with one channel, which say size and depth
+themselves and need but the phase, in the name or as -f rggb.
 
 The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given, but for two things: alpha,
 0 in the library's BGRa8 and RGBa8, is 255 in files that can be looked at, and JPEG files (--quality) hold nearly
@@ -37,10 +42,12 @@ frame goes beyond, a warning says so and which --shift helps.)";
 
 constexpr const char* mosaicExamples = R"(Examples:
   kro mosaic photo.png -f BayerRG12Packed -o photo_640x480_BayerRG12Packed.raw
-  kro mosaic photo.ppm -f grbg10le -o frames/
+  kro mosaic photo.jpg -f grbg10le -o frames/
+  kro mosaic photo.tif -f gbrg12 -o photo_BayerGB12.pgm
   kro mosaic photo.png -f rggb8 -o - | kro convert - -f rggb8 -s 640x480 -o back.png
 
-With a folder the frame is named NAME_WIDTHxHEIGHT_FORMAT.raw, so that kro convert needs no more options.)";
+With a folder the frame is named NAME_WIDTHxHEIGHT_FORMAT.raw, so that kro convert needs no more options. In a PGM,
+PNG or TIFF file the frame is the one channel of a picture, from which kro convert reads it as well.)";
 
 constexpr const char* infoExamples = R"(Examples:
   kro info outdoor_2592x1536_BayerGR8.raw
