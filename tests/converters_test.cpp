@@ -1,16 +1,19 @@
 // The converters of each mosaic phase and of grey, called directly.
+#include "KRODemosaicingFuncs/converters.hpp"
 #include "support.hpp"
 
 namespace {
 
 constexpr struct {
     reference::Phase phase;
-    kro::Phase forced;
+    kro::InputFormat input;
     decltype(&::rg8Convert) exported;
-} converters[] = {{reference::Phase::rg, kro::phaseRG, ::rg8Convert},
-                  {reference::Phase::gr, kro::phaseGR, ::gr8Convert},
-                  {reference::Phase::gb, kro::phaseGB, ::gb8Convert},
-                  {reference::Phase::bg, kro::phaseBG, ::bg8Convert}};
+} converters[] = {
+    {reference::Phase::rg, {KRO_BAYER_RG8, false, kro::phaseRG, kro::Layout::bytes, 8, true}, ::rg8Convert},
+    {reference::Phase::gr, {KRO_BAYER_GR8, false, kro::phaseGR, kro::Layout::bytes, 8, true}, ::gr8Convert},
+    {reference::Phase::gb, {KRO_BAYER_GB8, false, kro::phaseGB, kro::Layout::bytes, 8, true}, ::gb8Convert},
+    {reference::Phase::bg, {KRO_BAYER_BG8, false, kro::phaseBG, kro::Layout::bytes, 8, true}, ::bg8Convert}};
+constexpr kro::InputFormat grey = {KRO_MONO8, true, kro::phaseRG, kro::Layout::bytes, 8, true};
 
 TEST(Converters, EveryPhaseOutputAndAlgorithm) {
     Destination destination(4 * 40 * 40);
@@ -33,8 +36,9 @@ TEST(Converters, EveryPhaseOutputAndAlgorithm) {
                             *table, expected,
                             [&](uint8_t* to) {
                                 EXPECT_EQ(KRO_OK,
-                                          kro::bayerConvert(*table, converter.forced, kro::plainSource(from), to,
-                                                            size.height, size.width, output.code, algorithm));
+                                          kro::convertFrame(*table, converter.input,
+                                                            kro::plainSource(from, size.width), to, size.height,
+                                                            size.width, output.code, algorithm));
                             },
                             where);
                     }
@@ -77,11 +81,11 @@ TEST(Converters, MonoExpandsEveryLength) {
     guard::Buffer source(80);
     for (int width = 1; width <= 80; ++width) {
         const Size size{1, width};
-        const std::vector<uint8_t> grey = sampleBytes(Content::noise, size, 5);
-        const uint8_t* const from = source.hold(grey, guard::Placement::againstEnd);
+        const std::vector<uint8_t> levels = sampleBytes(Content::noise, size, 5);
+        const uint8_t* const from = source.hold(levels, guard::Placement::againstEnd);
         reference::Picture picture(1, width);
         for (int x = 0; x < width; ++x) {
-            const int v = grey[static_cast<size_t>(x)];
+            const int v = levels[static_cast<size_t>(x)];
             picture.at(0, x) = {v, v, v};
         }
         for (const reference::OutputFormat& output : reference::outputFormats) {
@@ -91,7 +95,8 @@ TEST(Converters, MonoExpandsEveryLength) {
                     *table, expected,
                     [&](uint8_t* to) {
                         EXPECT_EQ(KRO_OK,
-                                  kro::monoConvert(*table, kro::plainSource(from), to, 1, width, output.code));
+                                  kro::convertFrame(*table, grey, kro::plainSource(from, width), to, 1, width,
+                                                    output.code, KRO_NEAREST));
                     },
                     [&] { return describe(size) + " to " + output.name; });
             }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "allocation.hpp"
+#include "KRODemosaicing.hpp"
 #include "support.hpp"
 
 namespace {

@@ -2,7 +2,9 @@
 // what a host links with.
 #include <vector>
 
-#include "isa/kernels.hpp"
+#include "KRODemosaicing.hpp"
+#include "KRODemosaicingFuncs/converters.hpp"
+#include "KROView.hpp"
 
 namespace kro {
 namespace {
@@ -10,9 +12,9 @@ namespace {
 constexpr Kernels exported = {
     "libkro.so",
 #define KRO_KERNEL(routine, ...) ::routine,
-#include "isa/kernels.def"
+#include "table/kernels.def"
 #undef KRO_KERNEL
-    {},          nullptr, nullptr, nullptr,
+    {},          {}, {}, {},
 };
 
 }  // namespace
@@ -31,19 +33,22 @@ int32_t demosaicing(const Kernels&, KroContext* handle, const KroImage* input, K
     return ::kroDemosaicing(handle, input, algorithm, output);
 }
 
-int32_t bayerConvert(const Kernels&, Phase phase, const Source& source, uint8_t* destination, int32_t height,
-                     int32_t width, uint32_t outputFormat, KroAlgorithm algorithm) {
-    const auto convert = phase.greenFirst ? (phase.blueRow ? ::gb8Convert : ::gr8Convert)
-                                          : (phase.blueRow ? ::bg8Convert : ::rg8Convert);
-    std::vector<uint8_t> workingMemory(static_cast<size_t>(width));
-    return convert(static_cast<const uint8_t*>(source.samples), destination, height, width,
-                   static_cast<int32_t>(outputFormat), algorithm, workingMemory.data());
+int32_t convertView(const Kernels&, const KroSourceView* source, const KroPictureView* picture,
+                    const KroViewOptions* options) {
+    return ::kroConvertView(source, picture, options);
 }
 
-int32_t monoConvert(const Kernels&, const Source& source, uint8_t* destination, int32_t height, int32_t width,
-                    uint32_t outputFormat) {
-    return ::mono8Convert(static_cast<const uint8_t*>(source.samples), destination, height, width,
-                          static_cast<int32_t>(outputFormat));
+int32_t convertFrame(const Kernels&, const InputFormat& input, const Source& source, uint8_t* destination,
+                     int32_t height, int32_t width, uint32_t outputFormat, KroAlgorithm algorithm) {
+    const uint8_t* const samples = static_cast<const uint8_t*>(source.samples);
+    const int32_t output = static_cast<int32_t>(outputFormat);
+    if (input.grey) {
+        return ::mono8Convert(samples, destination, height, width, output);
+    }
+    const auto convert = input.phase.greenFirst ? (input.phase.blueRow ? ::gb8Convert : ::gr8Convert)
+                                                : (input.phase.blueRow ? ::bg8Convert : ::rg8Convert);
+    std::vector<uint8_t> workingMemory(static_cast<size_t>(width));
+    return convert(samples, destination, height, width, output, algorithm, workingMemory.data());
 }
 
 }  // namespace kro

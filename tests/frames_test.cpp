@@ -1,6 +1,7 @@
 // Whole frames through the demosaicing entry: every input format, output format, algorithm and instruction set.
 #include <algorithm>
 
+#include "KRODemosaicing.hpp"
 #include "support.hpp"
 
 namespace {

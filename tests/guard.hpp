@@ -72,6 +72,11 @@ public:
         const size_t at = static_cast<size_t>(data_ - area_) + i - patternStart_;
         return pattern(fill_)[at % period];
     }
+    // Does a stretch of the placed bytes still hold what it was filled with?
+    bool untouched(size_t offset, size_t bytes) const {
+        const size_t begin = static_cast<size_t>(data_ - area_) + offset;
+        return holds(begin, begin + bytes);
+    }
     bool canariesHold() const {
         const Stretch around = withMargins();
         const size_t begin = static_cast<size_t>(data_ - area_);

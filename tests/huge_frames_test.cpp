@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "KRODemosaicing.hpp"
 #include "regions.hpp"
 
 namespace {

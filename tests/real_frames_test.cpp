@@ -2,6 +2,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "KRODemosaicing.hpp"
 #include "regions.hpp"
 
 namespace {

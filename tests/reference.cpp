@@ -212,15 +212,6 @@ Picture coloursOf(const Mosaic& m, const std::vector<int>& greens, int top) {
     return picture;
 }
 
-constexpr Phase noPhase = Phase::rg;  // of grey formats
-
-constexpr InputFormat bayer(const char* name, uint32_t code, Phase phase, Layout layout, int bits) {
-    return {name, code, false, phase, layout, bits};
-}
-constexpr InputFormat grey(const char* name, uint32_t code, Layout layout, int bits) {
-    return {name, code, true, noPhase, layout, bits};
-}
-
 }  // namespace
 
 Colour colourAt(Phase phase, int y, int x) {
@@ -342,14 +333,6 @@ bool edgeStepWritesGreenBelow(int x, int width) {
     return x >= afterBlocks;
 }
 
-const std::array<OutputFormat, 7> outputFormats = {{{"RGB8", 0x02180014u, 3},
-                                                    {"BGR8", 0x02180015u, 3},
-                                                    {"RGBa8", 0x02200016u, 4},
-                                                    {"BGRa8", 0x02200017u, 4},
-                                                    {"RGB8Planar", 0x02180021u, 3},
-                                                    {"BGR8Planar", 0x02180025u, 3},
-                                                    {"Mono8", 0x01080001u, 1}}};
-
 AlphaMap alphaOf(Method method, Phase phase, int height, int width) {
     if (method != Method::edge) {
         return [](int, int) { return true; };
@@ -403,70 +386,6 @@ Bytes packed(const Picture& picture, uint32_t outputCode, const AlphaMap& alpha)
         }
     }
     return bytes;
-}
-
-const std::array<InputFormat, 31> inputFormats = {{
-    bayer("BayerRG8", 0x01080009u, Phase::rg, Layout::bytes, 8),
-    bayer("BayerRG10", 0x0110000Du, Phase::rg, Layout::words, 10),
-    bayer("BayerRG12", 0x01100011u, Phase::rg, Layout::words, 12),
-    bayer("BayerRG16", 0x0110002Fu, Phase::rg, Layout::words, 16),
-    bayer("BayerRG10Packed", 0x010C0027u, Phase::rg, Layout::packed, 10),
-    bayer("BayerRG12Packed", 0x010C002Bu, Phase::rg, Layout::packed, 12),
-    bayer("BayerGB8", 0x0108000Au, Phase::gb, Layout::bytes, 8),
-    bayer("BayerGB10", 0x0110000Eu, Phase::gb, Layout::words, 10),
-    bayer("BayerGB12", 0x01100012u, Phase::gb, Layout::words, 12),
-    bayer("BayerGB16", 0x01100030u, Phase::gb, Layout::words, 16),
-    bayer("BayerGB10Packed", 0x010C0028u, Phase::gb, Layout::packed, 10),
-    bayer("BayerGB12Packed", 0x010C002Cu, Phase::gb, Layout::packed, 12),
-    bayer("BayerGR8", 0x01080008u, Phase::gr, Layout::bytes, 8),
-    bayer("BayerGR10", 0x0110000Cu, Phase::gr, Layout::words, 10),
-    bayer("BayerGR12", 0x01100010u, Phase::gr, Layout::words, 12),
-    bayer("BayerGR16", 0x0110002Eu, Phase::gr, Layout::words, 16),
-    bayer("BayerGR10Packed", 0x010C0026u, Phase::gr, Layout::packed, 10),
-    bayer("BayerGR12Packed", 0x010C002Au, Phase::gr, Layout::packed, 12),
-    bayer("BayerBG8", 0x0108000Bu, Phase::bg, Layout::bytes, 8),
-    bayer("BayerBG10", 0x0110000Fu, Phase::bg, Layout::words, 10),
-    bayer("BayerBG12", 0x01100013u, Phase::bg, Layout::words, 12),
-    bayer("BayerBG16", 0x01100031u, Phase::bg, Layout::words, 16),
-    bayer("BayerBG10Packed", 0x010C0029u, Phase::bg, Layout::packed, 10),
-    bayer("BayerBG12Packed", 0x010C002Du, Phase::bg, Layout::packed, 12),
-    grey("Mono8", 0x01080001u, Layout::bytes, 8),
-    grey("Mono10", 0x01100003u, Layout::words, 10),
-    grey("Mono12", 0x01100005u, Layout::words, 12),
-    grey("Mono14", 0x01100025u, Layout::words, 14),
-    grey("Mono16", 0x01100007u, Layout::words, 16),
-    grey("Mono10Packed", 0x010C0004u, Layout::packed, 10),
-    grey("Mono12Packed", 0x010C0006u, Layout::packed, 12),
-}};
-
-uint32_t normalisedCode(const InputFormat& format) {
-    if (format.mono) {
-        return 0x01080001u;
-    }
-    const uint32_t codes[] = {0x01080009u, 0x01080008u, 0x0108000Au, 0x0108000Bu};  // in the order of Phase
-    return codes[static_cast<int>(format.phase)];
-}
-
-int preConversion(const InputFormat& format) {
-    switch (format.layout) {
-        case Layout::bytes:
-            return 0;
-        case Layout::words:
-            return format.bits - 8;
-        default:
-            return -1;
-    }
-}
-
-size_t inputBytes(const InputFormat& format, size_t samples) {
-    switch (format.layout) {
-        case Layout::bytes:
-            return samples;
-        case Layout::words:
-            return 2 * samples;
-        default:
-            return (samples + 1) / 2 * 3;
-    }
 }
 
 std::vector<uint8_t> reduced(const std::vector<uint16_t>& words, unsigned shift) {

@@ -73,7 +73,7 @@ struct Span {
 Span edgeBlockColumns(int width);                 // columns whose alpha a row-pair step clears
 Span edgeStepRows(Phase phase, int height);       // rows that row-pair steps complete
 Span u16BlockColumns(int width);                  // columns that wrap in the 16-bit bilinear body
-bool edgeStepWritesGreenBelow(int x, int width);  // of row r + 3, by the three- and four-byte step
+bool edgeStepWritesGreenBelow(int x, int width);  // of row r + 3; Mono8 has no place for it
 inline int borderStart(int size) { return size - 1 - size % 2; }
 
 // ---- output layouts ----
@@ -97,7 +97,7 @@ int luma(const Pixel& pixel, const std::array<uint32_t, 3>& weights);
 constexpr std::array<uint32_t, 3> lumaWeights = {77, 150, 29};
 
 // ---- input formats ----
-enum class Layout { bytes, words, packed };
+enum class Layout { bytes, words, packed, lsbFirst, csi2 };  // the last two: of views alone
 struct InputFormat {
     const char* name;
     uint32_t code;
@@ -109,7 +109,12 @@ struct InputFormat {
 extern const std::array<InputFormat, 31> inputFormats;
 uint32_t normalisedCode(const InputFormat& format);
 int preConversion(const InputFormat& format);
-size_t inputBytes(const InputFormat& format, size_t samples);
+// The smallest number of samples that fill whole bytes, as packings keep them together.
+struct Group {
+    size_t samples, bytes;
+};
+Group groupOf(const InputFormat& format);
+size_t inputBytes(const InputFormat& format, size_t samples);  // of one run, whole groups
 
 // 16 bits to 8: what lies beyond the format's depth saturates in whole blocks of 16 samples and is cut off after
 // them.

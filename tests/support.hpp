@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "guard.hpp"
-#include "isa/kernels.hpp"
+#include "table/kernels.hpp"
 #include "reference.hpp"
 
 // Sanitized builds run the same tests on fewer sizes.

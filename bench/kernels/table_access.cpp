@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "isa/kernels.hpp"
+#include "KRODemosaicing.hpp"
 
 namespace {
 
@@ -22,7 +22,7 @@ struct NamedMember {
 constexpr NamedMember members[] = {
 #define KRO_KERNEL(routine, ...) \
     {#routine, [](const kro::Kernels& kernels) { return reinterpret_cast<KroBenchRoutine>(kernels.routine); }},
-#include "isa/kernels.def"
+#include "table/kernels.def"
 #undef KRO_KERNEL
 };
 

@@ -547,8 +547,8 @@ KRO_API int32_t gb8ToMono8_edge(const uint8_t* source, int32_t height, int32_t w
  *   band      six row pointers, to mosaic rows r .. r+5, r even. Greens of rows r+2 and r+3 are made, whose
  *             neighbourhoods these rows are
  *   output    row r+2 of the picture (each plane's row r+2). Rows r+1, above it, and r+2 are written whole. Of row
- *             r+3 Bgr8 and Bgra8 get green bytes in columns 0, 1 and from 16 k + 2 on, k = (width - 4) / 16; planes
- *             and Mono8 get nothing. The next step writes that row
+ *             r+3 Bgr8, Bgra8 and the green plane get greens in columns 0, 1 and from 16 k + 2 on,
+ *             k = (width - 4) / 16; Mono8, which has no place for them, gets nothing. The next step writes that row
  *   greenRow  `width` bytes. Before: at even columns the greens made for the red sites of row r, at odd columns
  *             those for the blue sites of row r+1. After: the same of rows r+2 and r+3. May be the last `width` bytes
  *             of the picture

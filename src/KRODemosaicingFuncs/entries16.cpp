@@ -1,5 +1,5 @@
 // The checked entries of the 16-bit bilinear family.
-#include "isa/kernels.hpp"
+#include "table/kernels.hpp"
 
 namespace {
 

@@ -1,11 +1,12 @@
-// Input formats reduced to the five 8-bit ones.
+// Which 8-bit format an input format of frames is reduced to, and how.
 #pragma once
 
 #include "kro/kro.h"
+#include "records/formats.hpp"
 
 namespace kro {
 
-// Sets both results in every case: an unknown format to itself and no pre-conversion, with KRO_ERR_FORMAT.
-int32_t normalise(uint32_t format, uint32_t& normalised, int32_t& preConversion);
+// The formats of kro.h alone: null for all others.
+const InputFormat* findFrameInput(uint32_t format);
 
 }  // namespace kro

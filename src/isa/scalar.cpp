@@ -1,7 +1,6 @@
-#include "block/words.hpp"
-#include "isa/tables.hpp"
 #include "isa/unit.hpp"
+#include "vector/pair.hpp"
 
 namespace kro {
-const Kernels scalarKernels = kernelsOf<Cell>("scalar");
+const Kernels scalarKernels = kernelsOf<PairOfColumns>("scalar");
 }

@@ -1,47 +1,39 @@
-// The kernels of one instruction set: every text instantiated for one back end. Included once by each unit; all of it
+// The kernels of one instruction set: every formula instantiated for one back end. Included once by each unit; all of it
 // has internal linkage, so that no function compiled for one processor can be linked in place of another's.
 #pragma once
 
-#include "KRODemosaicingFuncs/expansion.hpp"
-#include "KRODemosaicingFuncs/reduction.hpp"
-#include "demosaicingBilinear/bilinear.hpp"
-#include "demosaicingBilinear/bilinear16.hpp"
-#include "demosaicingEdge/edge.hpp"
-#include "demosaicingEdge/edge16.hpp"
-#include "demosaicingNearest/nearest.hpp"
-#include "isa/kernels.hpp"
+#include "demosaicingBilinear/entries.hpp"
+#include "demosaicingEdge/entries.hpp"
+#include "demosaicingNearest/entries.hpp"
+#include "row/expansion.hpp"
+#include "table/kernels.hpp"
 
 namespace kro {
 namespace {
 
-template <class V>
-struct Entries : ReductionKernels<V>,
-                 ExpansionKernels<V>,
-                 NearestKernels<V>,
-                 BilinearKernels<V>,
-                 Bilinear16Kernels<V>,
-                 EdgeKernels<V>,
-                 Edge16Kernels<V> {};
+// A family's frames of the five output kinds, in the order of `Output`.
+#define KRO_KINDS(family, ...)                                                            \
+    {                                                                                     \
+        family<__VA_ARGS__, Output::bgr>::frame, family<__VA_ARGS__, Output::bgra>::frame, \
+            family<__VA_ARGS__, Output::abgr>::frame, family<__VA_ARGS__, Output::planar>::frame, \
+            family<__VA_ARGS__, Output::mono>::frame                                      \
+    }
 
-template <class V>
+template <class S>
 constexpr Kernels kernelsOf(const char* name) {
-    using E = Entries<V>;
     return {
         name,
-#define KRO_KERNEL(routine, arity) E::routine,
-#include "isa/kernels.def"
+#define KRO_KERNEL(routine, arity, ...) __VA_ARGS__,
+#include "table/kernels.def"
 #undef KRO_KERNEL
-        {{Nearest<V, Output::bgr>::frame, Nearest<V, Output::bgra>::frame, Nearest<V, Output::planar>::frame,
-          Nearest<V, Output::mono>::frame},
-         {Bilinear<V, Output::bgr>::frame, Bilinear<V, Output::bgra>::frame, Bilinear<V, Output::planar>::frame,
-          Bilinear<V, Output::mono>::frame},
-         {Edge<V, Output::bgr>::frame, Edge<V, Output::bgra>::frame, Edge<V, Output::planar>::frame,
-          Edge<V, Output::mono>::frame}},
-        reduceRun<V>,
-        E::monoToBgr,
-        E::monoToBgra,
+        {KRO_KINDS(Nearest, S, uint8_t), KRO_KINDS(Bilinear, S), KRO_KINDS(Edge, S, uint8_t)},
+        {KRO_KINDS(Nearest, S, uint16_t), KRO_KINDS(BilinearExact, S), KRO_KINDS(Edge, S, uint16_t)},
+        KRO_KINDS(Grey, S, uint8_t),
+        KRO_KINDS(Grey, S, uint16_t),
     };
 }
+
+#undef KRO_KINDS
 
 }  // namespace
 }  // namespace kro

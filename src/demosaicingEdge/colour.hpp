@@ -1,0 +1,115 @@
+// Red and blue: green plus the mean difference of the sites of that colour around.
+#pragma once
+
+#include "row/store.hpp"
+
+namespace kro {
+namespace {
+
+// `Sites` is the neighbourhood of a block of one row: its samples, and the differences of the rows above, of its own and
+// below.
+template <class N>
+KRO_INLINE auto edgePixels(const N& near) {
+    using L = typename N::L;
+    const auto sample = near.colourSample(), greenSample = near.greenSample();
+    const auto green = L::sub(sample, near.difference());
+    const auto otherAtColour = L::add(green, L::template shiftRight<2>(near.diagonal()));
+    const auto ownAtGreen = L::add(greenSample, L::template shiftRight<1>(near.across()));
+    const auto otherAtGreen = L::add(greenSample, L::template shiftRight<1>(near.vertical()));
+    return near.pixels(sample, green, otherAtColour, ownAtGreen, otherAtGreen);
+}
+
+// ---- bytes: lanes hold every other column, differences have a lane for each site ----
+
+// Signed lanes that saturate to bytes where they are stored.
+template <class V>
+struct Saturated {
+    typename V::Lanes value;
+};
+template <class V>
+KRO_INLINE typename V::Lanes evenLanes(Saturated<V> s) {
+    return V::clampByte(s.value);
+}
+template <class V>
+KRO_INLINE typename V::Lanes oddLanes(Saturated<V> s) {
+    return V::clampByte(s.value);
+}
+
+// Pixels whose own and other colour are signed lanes at all sites.
+template <class V, class Green>
+struct EdgePixels {
+    Sites<Saturated<V>, Saturated<V>> own;
+    Green green;
+    Sites<Saturated<V>, Saturated<V>> other;
+};
+template <class V, class Green>
+KRO_INLINE Channels<V> channelsOf(const EdgePixels<V, Green>& pixels) {
+    Channels<V> channels;
+    V::packPair(pixels.own.even.value, pixels.own.odd.value, pixels.other.even.value, pixels.other.odd.value,
+                channels.own, channels.other);
+    channels.green = samplesOf<V>(pixels.green);
+    return channels;
+}
+
+// Differences are within -255..255: sums of four are exact. Together with the green pass arithmetic bounds the family:
+// with two 512-bit pipes about twice what the stores take.
+template <bool colourOdd, class B>
+struct ByteNeighbours {
+    using L = typename B::Vector;
+    using Lanes = typename L::Lanes;
+    typename L::Vector here;
+    const int16_t *above, *same, *below;  // lane 0 belongs to the block's first site
+
+    KRO_INLINE Lanes colourSample() const { return colourOdd ? L::high(here) : L::low(here); }
+    KRO_INLINE Lanes greenSample() const { return colourOdd ? L::low(here) : L::high(here); }
+    KRO_INLINE Lanes difference() const { return L::loadLanes(same); }
+    KRO_INLINE Lanes across() const { return L::add(difference(), L::loadLanes(same + (colourOdd ? -1 : 1))); }
+    KRO_INLINE Lanes vertical() const { return L::add(L::loadLanes(above), L::loadLanes(below)); }
+    KRO_INLINE Lanes diagonal() const {
+        constexpr int k = colourOdd ? 1 : -1;
+        return L::add(vertical(), L::add(L::loadLanes(above + k), L::loadLanes(below + k)));
+    }
+    KRO_INLINE auto pixels(Lanes sample, Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
+        const auto greens = sites<colourOdd>(Mean<L, 0>{green}, Own<L>{here});
+        return EdgePixels<L, decltype(greens)>{
+            sites<colourOdd>(Saturated<L>{sample}, Saturated<L>{ownAtGreen}), greens,
+            sites<colourOdd>(Saturated<L>{otherAtColour}, Saturated<L>{otherAtGreen})};
+    }
+};
+
+// ---- words: a lane for every column, differences folded from two rows ----
+
+// Interpolated samples end at `top`; a pixel's own sample is never clamped.
+template <class Number, bool colourOdd, class B>
+struct WordNeighbours {
+    using V = typename B::Vector;
+    using L = Number;
+    using Lanes = typename L::Lanes;
+    typename V::Vector here;
+    const typename L::Number *above, *same, *below;  // lane 0 belongs to the block's first column
+    Lanes top;
+
+    KRO_INLINE Lanes colourSample() const { return L::widened(here); }
+    KRO_INLINE Lanes greenSample() const { return L::widened(here); }
+    KRO_INLINE Lanes difference() const { return L::loadLanes(same); }
+    KRO_INLINE Lanes across() const { return beside(same); }
+    KRO_INLINE Lanes vertical() const { return L::add(L::loadLanes(above), L::loadLanes(below)); }
+    KRO_INLINE Lanes diagonal() const { return L::add(beside(above), beside(below)); }
+    KRO_INLINE auto pixels(Lanes, Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
+        const auto other = colourOdd ? L::combine(otherAtGreen, otherAtColour) : L::combine(otherAtColour, otherAtGreen);
+        const Ready<V> own{here}, made{L::packed(green)}, ownMade{L::packed(L::clamp(ownAtGreen, top))};
+        return makePixels(sites<colourOdd>(own, ownMade), sites<colourOdd>(made, own),
+                          Ready<V>{L::packed(L::clamp(other, top))});
+    }
+
+private:
+    static KRO_INLINE Lanes beside(const typename L::Number* row) {
+        return L::add(L::loadLanes(row - 1), L::loadLanes(row + 1));
+    }
+};
+
+// Columns of a row-pair step whose four-byte pixels are written whole: its blocks of 16 columns from column 1 on.
+constexpr Columns alphaColumns(int32_t width) { return {1, width < 20 ? 1 : 1 + 16 + ((width - 20) & ~15)}; }
+
+}  // namespace
+}  // namespace kro

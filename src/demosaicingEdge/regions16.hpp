@@ -1,0 +1,111 @@
+// The exported regions of the 16-bit edge family, which work on what their neighbours left in the destination.
+#pragma once
+
+#include "demosaicingEdge/edge.hpp"
+
+namespace kro {
+namespace {
+
+// Channels of a pixel.
+enum Channel { blue, green, red };
+
+// Where greens of a region's surroundings come from: some stand in the destination, others are made from the samples.
+struct RegionFrame {
+    const uint16_t* source;
+    uint16_t* destination;
+    int32_t height;  // where the bottom border is; or far below
+    int32_t width;
+    Phase phase;
+    int32_t top;
+    int32_t finishedRows, finishedColumns;  // whose greens stand in the destination
+    int32_t madeRows;                       // rows from here on have no greens
+    int32_t sourceRows;                     // rows from here on are not read
+
+    KRO_INLINE const uint16_t* row(int32_t y) const { return source + static_cast<ptrdiff_t>(y) * width; }
+    KRO_INLINE uint16_t* pixel(int32_t y, int32_t x) const {
+        return destination + 3 * (static_cast<ptrdiff_t>(y) * width + x);
+    }
+    KRO_INLINE bool isSite(int32_t y, int32_t x) const { return (x % 2 != 0) == phaseOfRow(phase, y).greenFirst; }
+};
+
+// Rows that vector formulas ask for beyond those that may be read serve lanes that nobody looks at: any row will do.
+struct RegionRows {
+    const RegionFrame& frame;
+    int32_t first;  // column of the strip in hand
+
+    KRO_INLINE const uint16_t* operator[](int32_t y) const { return at(mirrored(y, frame.height)); }
+    KRO_INLINE const uint16_t* at(int32_t y) const {
+        return frame.row(y < 0 ? 0 : y < frame.sourceRows ? y : frame.sourceRows - 1) + first;
+    }
+};
+
+template <class S>
+class EdgeRegion16 {
+    static constexpr int32_t stripColumns = 256;
+    using RegionStrip = EdgeStrip<S, uint16_t, Output::bgr, const RegionRows, stripColumns>;
+
+public:
+    // Channels `from` to `to` of a rectangle.
+    static void put(const RegionFrame& frame, RowSpan rows, Columns columns, Channel from, Channel to) {
+        for (int32_t x = columns.begin & ~1; x < columns.end; x += stripColumns) {
+            const int32_t end = x + stripColumns < columns.end ? x + stripColumns : columns.end;
+            strip(frame, rows, {x < columns.begin ? columns.begin : x, end}, from, to);
+        }
+    }
+
+private:
+    static KRO_OUTLINE void strip(const RegionFrame& frame, RowSpan rows, Columns columns, Channel from, Channel to) {
+        const int32_t first = columns.begin & ~1, above = rows.begin < 1 ? 0 : rows.begin - 1;
+        // Units count from where the finished rows end, so that none is half finished.
+        const EdgeFrame edge{frame.height,
+                             frame.width,
+                             frame.phase,
+                             interleavedTarget(nullptr, 0, false),
+                             frame.top,
+                             frame.finishedRows > 0 ? frame.finishedRows : above,
+                             {0, 0}};
+        const RegionRows source{frame, first};
+        RegionStrip strip(edge, source, Strip::of({first, columns.end}, frame.width));
+        strip.deepenFrom(0, 0);  // greens in the destination may be anything
+        uint16_t pixels[3 * stripColumns];
+        RowTarget<uint16_t> out{};
+        out.own = pixels;
+        int32_t unit = strip.unitOf(above);
+        for (int32_t y = rows.begin; y < rows.end; ++y) {
+            const int32_t last = (frame.madeRows < frame.height ? frame.madeRows : frame.height) - 1;
+            for (; unit <= strip.unitOf(y < last ? y + 1 : last); ++unit) {
+                makeDifferences(strip, frame, edge.firstRow + 2 * unit, first);
+            }
+            const bool belowMade = y + 1 < frame.madeRows || y + 1 >= frame.height;
+            strip.colour(y, mirrored(y - 1, frame.height), belowMade ? mirrored(y + 1, frame.height) : y, out);
+            copy(pixels + 3 * (columns.begin - first), frame.pixel(y, columns.begin), columns.end - columns.begin, from,
+                 to);
+        }
+    }
+    // Differences of the unit of rows y and y + 1.
+    static void makeDifferences(RegionStrip& strip, const RegionFrame& frame, int32_t y, int32_t first) {
+        Columns finished{0, frame.finishedColumns};
+        if (y < frame.finishedRows) {
+            finished.end = frame.width;
+        } else {
+            strip.green(strip.unitOf(y));
+        }
+        const Columns greens{strip.greenColumns().begin + first, strip.greenColumns().end + first};
+        int32_t* const differences = strip.template differences<int32_t>(y);
+        for (int32_t x = greens.begin; x < greens.end && x < finished.end; ++x) {
+            const int32_t row = frame.isSite(y, x) ? y : y + 1;
+            differences[x - first] = frame.row(row)[x] - frame.pixel(row, x)[green];
+        }
+        strip.mirrorSides(strip.unitOf(y));
+    }
+    static void copy(const uint16_t* pixels, uint16_t* out, int32_t count, Channel from, Channel to) {
+        for (int32_t x = 0; x < count; ++x) {
+            for (int channel = from; channel <= to; ++channel) {
+                out[3 * x + channel] = pixels[3 * x + channel];
+            }
+        }
+    }
+};
+
+}  // namespace
+}  // namespace kro

@@ -1,0 +1,172 @@
+// Blocks of columns: loading around them, plainly inside a row, with stand-ins where a block stands at an end of it.
+#pragma once
+
+#include "vector/pair.hpp"
+#include "vector/shuffles.hpp"
+
+namespace kro {
+namespace {
+
+// What stands in `distance` columns outside the row: mirrored samples, but for the far samples of words, of which the
+// 16-bit edge family is the only user.
+template <class V>
+constexpr Side sideOf(int distance) {
+    return sizeof(typename V::Sample) == 2 && distance == 2 ? Side::opposite : Side::mirrored;
+}
+
+// A block whose every tap lies inside the row.
+template <class V>
+struct InnerBlock {
+    using Vector = V;
+    int32_t x;
+
+    template <int k>
+    KRO_INLINE typename V::Vector tap(const typename V::Sample* row) const {
+        return V::load(row + x + k);
+    }
+};
+
+// A block at the first columns of its row, or the last, or (in a row not much longer than a block) both. On the right
+// `room` columns follow it: 0, or 1 where an odd width leaves one to a pair.
+template <class V, bool first, bool last>
+struct EndBlock {
+    using Vector = V;
+    int32_t x;
+    int32_t room;
+
+    template <int k>
+    KRO_INLINE typename V::Vector tap(const typename V::Sample* row) const {
+        constexpr Side side = sideOf<V>(k < 0 ? -k : k);
+        if constexpr (first && k < 0) {
+            return V::template loadLeft<side, -k>(row + x);
+        }
+        if constexpr (last && k > 0) {
+            if (room == 0) {
+                return V::template loadRight<side, k>(row + x);
+            }
+        }
+        if constexpr (last && k > 1) {
+            if (room == 1) {
+                return V::template loadRight<side, k - 1>(row + x + 1);
+            }
+        }
+        return V::load(row + x + k);
+    }
+};
+
+// The pair of columns x and x + 1 anywhere in a row that exists in `frame`, of which the output wants one or both.
+template <class P>
+struct PairBlock {
+    using Vector = P;
+    int32_t x;
+    Columns frame;
+    bool wantEven, wantOdd;
+
+    template <int k>
+    KRO_INLINE typename P::Vector tap(const typename P::Sample* row) const {
+        constexpr int distance = k < 0 ? -k : k;
+        return P::pairOf(row[inside<distance>(x + k)], row[inside<distance>(x + k + 1)]);
+    }
+
+private:
+    template <int distance>
+    KRO_INLINE int32_t inside(int32_t column) const {
+        const int32_t index = column - frame.begin, n = frame.end - frame.begin;
+        return frame.begin + (sideOf<P>(distance) == Side::opposite ? opposite(index, n) : mirrored(index, n));
+    }
+};
+
+// The pair that goes with a back end's samples.
+template <class Sample>
+struct PairFor;
+template <>
+struct PairFor<uint8_t> {
+    using Type = PairBytes;
+};
+template <>
+struct PairFor<uint16_t> {
+    using Type = PairWords;
+};
+template <class V>
+using PairOf = typename PairFor<typename V::Sample>::Type;
+
+template <class V, class Formula>
+KRO_INLINE void eachPair(Columns made, Columns frame, const Formula& formula) {
+    for (int32_t x = made.begin & ~1; x < made.end; x += 2) {
+        formula(PairBlock<PairOf<V>>{x, frame, x >= made.begin, x + 1 < made.end});
+    }
+}
+// The one column that an odd width, or a rectangle from an odd column on, leaves beside the blocks of every row.
+template <class V, class Formula>
+KRO_OUTLINE void oddColumn(int32_t column, Columns frame, const Formula& formula) {
+    formula(PairBlock<PairOf<V>>{column & ~1, frame, column % 2 == 0, column % 2 != 0});
+}
+template <class V, class Formula>
+KRO_RARE void fewPairs(Columns made, Columns frame, const Formula& formula) {
+    eachPair<V>(made, frame, formula);
+}
+template <class V, class Formula>
+KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, const Formula& formula) {
+    formula(EndBlock<V, true, true>{x, room});
+}
+
+// Wide blocks over [begin, end), both even, at least a block apart; the last one overlaps, since rows are no multiples
+// of the block, and writes the same values again.
+template <class V, int reach, class Formula>
+KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, const Formula& formula) {
+    constexpr int32_t step = V::columns;
+    int32_t x = begin;
+    if (x < frame.begin + reach) {
+        if (frame.end - frame.begin - step < reach) {
+            onlyBlock<V>(x, frame.end - x - step, formula);
+        } else {
+            formula(EndBlock<V, true, false>{x, 0});
+        }
+        x += step;
+    }
+    const Formula inner = formula;  // a copy that no call takes the address of stays in registers
+    const int32_t lastInner = (end < frame.end - reach ? end : frame.end - reach) - step;
+    for (; x <= lastInner; x += step) {
+        inner(InnerBlock<V>{x});
+    }
+    if (x < end) {
+        formula(EndBlock<V, false, true>{end - step, frame.end - end});
+    }
+}
+
+// Calls formula(block) for the columns `made` of a row that exists in the columns `frame`: a pair up to the first even
+// column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula.
+template <class V, int reach, class Formula>
+KRO_INLINE void eachBlock(Columns made, Columns frame, const Formula& formula) {
+    const int32_t begin = (made.begin + 1) & ~1;
+    const int32_t end = made.end & ~1;
+    if constexpr (V::columns > 2) {
+        if (end - begin < V::columns) {
+            fewPairs<V>(made, frame, formula);
+            return;
+        }
+        if (made.begin < begin) {
+            oddColumn<V>(made.begin, frame, formula);
+        }
+        wideBlocks<V, reach>(begin, end, frame, formula);
+        if (end < made.end) {
+            oddColumn<V>(end, frame, formula);
+        }
+    } else {
+        const int32_t inner = frame.end - 2 - reach < end - 2 ? frame.end - 2 - reach : end - 2;
+        const int32_t first = begin < frame.begin + reach ? begin + 2 : begin;
+        if (first > inner) {
+            fewPairs<V>(made, frame, formula);
+            return;
+        }
+        fewPairs<V>({made.begin, first}, frame, formula);
+        int32_t x = first;
+        for (; x <= inner; x += 2) {
+            formula(InnerBlock<V>{x});
+        }
+        fewPairs<V>({x, made.end}, frame, formula);
+    }
+}
+
+}  // namespace
+}  // namespace kro

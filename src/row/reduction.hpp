@@ -1,0 +1,253 @@
+// Samples of any layout to bytes (their eight high bits) or to words (numbers of `bits` bits). A run of samples of a row
+// is read on its own, so that a row can be made just before it is needed.
+//
+// What bounds it: two loads and a store for each block of bytes; packed layouts add two or three shuffles and a
+// multiplication or two for every vector of words.
+#pragma once
+
+#include "row/blocks.hpp"
+#include "row/packing.hpp"
+
+namespace kro {
+namespace {
+
+// Calls step(i) for the blocks of `columns` elements in [0, count): whole blocks, then one more that ends at `count`.
+// Returns how many elements from 0 are done: all, or none where not even one block fits.
+template <int columns, class Step>
+KRO_INLINE ptrdiff_t eachRun(ptrdiff_t count, const Step& step) {
+    if (count < columns) {
+        return 0;
+    }
+    ptrdiff_t i = 0;
+    for (; i + columns <= count; i += columns) {
+        step(i);
+    }
+    if (i < count) {
+        step(count - columns);
+    }
+    return count;
+}
+
+// ---- words to bytes ----
+
+// Samples of whole blocks of 16 saturate as signed words, those of the frame's incomplete last block are truncated.
+// The eight high bits of 16-bit samples are always taken as they are.
+constexpr ptrdiff_t saturatedSamples(ptrdiff_t n, uint32_t shift) { return shift <= 7 ? n & ~ptrdiff_t{15} : 0; }
+
+KRO_INLINE uint8_t saturatedSample(uint16_t word, uint32_t shift) {
+    const int32_t value = static_cast<int16_t>(word) >> shift;
+    return static_cast<uint8_t>(value < 0 ? 0 : value > 255 ? 255 : value);
+}
+KRO_INLINE uint8_t truncatedSample(uint16_t word, uint32_t shift) {
+    return static_cast<uint8_t>(shift < 16 ? word >> shift : 0);
+}
+
+// Words as they lie in memory, or with their bytes exchanged.
+template <bool exchanged, class W>
+KRO_INLINE typename W::Vector loadWords(const uint16_t* p) {
+    if constexpr (exchanged) {
+        return W::bytesExchanged(W::load(p));
+    } else {
+        return W::load(p);
+    }
+}
+template <bool exchanged>
+KRO_INLINE uint16_t wordAt(const uint16_t* p) {
+    return exchanged ? static_cast<uint16_t>(*p << 8 | *p >> 8) : *p;
+}
+
+// Samples [first, first + count) of a frame of n, of which `in` points to the first.
+template <class S, bool exchanged>
+void reduceWords(const uint16_t* in, ptrdiff_t first, ptrdiff_t count, ptrdiff_t n, uint32_t shift, uint8_t* out) {
+    using V = typename S::Bytes;
+    using W = typename S::Words;
+    const ptrdiff_t left = saturatedSamples(n, shift) - first;
+    const ptrdiff_t saturated = left < 0 ? 0 : left < count ? left : count;
+    ptrdiff_t i = 0;
+    if constexpr (V::columns > 2) {
+        const auto words = [=](ptrdiff_t k) KRO_INLINE_LAMBDA { return loadWords<exchanged, W>(in + k); };
+        if (saturated > 0) {
+            i = eachRun<V::columns>(saturated, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
+                V::store(out + k, V::reduceSaturated(words(k), words(k + W::columns), static_cast<int>(shift)));
+            });
+        } else if (shift == 8) {
+            i = eachRun<V::columns>(count, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
+                V::store(out + k, V::highBytes(words(k), words(k + W::columns)));
+            });
+        }
+    }
+    for (; i < saturated; ++i) {
+        out[i] = saturatedSample(wordAt<exchanged>(in + i), shift);
+    }
+    for (; i < count; ++i) {
+        out[i] = truncatedSample(wordAt<exchanged>(in + i), shift);
+    }
+}
+
+// ---- packed groups ----
+
+KRO_INLINE void putSample(uint8_t* out, uint32_t sample, int bits) { *out = static_cast<uint8_t>(sample >> (bits - 8)); }
+KRO_INLINE void putSample(uint16_t* out, uint32_t sample, int) { *out = static_cast<uint16_t>(sample); }
+
+// One block of samples from the start of a run of groups.
+template <class S, Layout layout>
+KRO_INLINE void unpackBlock(const uint8_t* in, uint8_t* out) {
+    using V = typename S::Bytes;
+    using W = typename S::Words;
+    if constexpr (packingOf(layout).highFirst) {
+        V::store(out, highBytesOf<V, layout>(in));
+    } else {
+        V::store(out, V::highBytes(leftAligned<W, layout, 0>(in), leftAligned<W, layout, 1>(in)));
+    }
+}
+template <class S, Layout layout>
+KRO_INLINE void unpackBlock(const uint8_t* in, uint16_t* out) {
+    using W = typename S::Words;
+    constexpr int unused = 16 - packingOf(layout).bits;
+    W::store(out, W::template shiftRightLogical<unused>(leftAligned<W, layout, 0>(in)));
+    W::store(out + W::columns, W::template shiftRightLogical<unused>(leftAligned<W, layout, 1>(in)));
+}
+
+// Samples [first, first + count) counted from the group that `packed` points to.
+template <class S, Layout layout, class Sample>
+void unpackRun(const uint8_t* packed, ptrdiff_t first, ptrdiff_t count, Sample* out) {
+    constexpr Packing packing = packingOf(layout);
+    const auto one = [&](ptrdiff_t i) KRO_INLINE_LAMBDA {
+        putSample(out + i, packedSample(layout, packed, first + i), packing.bits);
+    };
+    ptrdiff_t i = 0;
+    if constexpr (S::Bytes::columns > 2) {
+        for (; i < count && (first + i) % packing.samples != 0; ++i) {
+            one(i);
+        }
+        const uint8_t* const groups = packed + (first + i) / packing.samples * packing.bytes;
+        Sample* const to = out + i;
+        const ptrdiff_t whole = (count - i) / packing.samples * packing.samples;
+        i += eachRun<S::Bytes::columns>(whole, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
+            unpackBlock<S, layout>(groups + k / packing.samples * packing.bytes, to + k);
+        });
+    }
+    for (; i < count; ++i) {
+        one(i);
+    }
+}
+
+template <class S, class Sample>
+void unpackLayout(Layout layout, const uint8_t* packed, ptrdiff_t first, ptrdiff_t count, Sample* out) {
+    switch (layout) {
+        case Layout::gige10:
+            return unpackRun<S, Layout::gige10>(packed, first, count, out);
+        case Layout::gige12:
+            return unpackRun<S, Layout::gige12>(packed, first, count, out);
+        case Layout::lsb10:
+            return unpackRun<S, Layout::lsb10>(packed, first, count, out);
+        case Layout::lsb12:
+            return unpackRun<S, Layout::lsb12>(packed, first, count, out);
+        case Layout::lsb14:
+            return unpackRun<S, Layout::lsb14>(packed, first, count, out);
+        case Layout::csi10:
+            return unpackRun<S, Layout::csi10>(packed, first, count, out);
+        case Layout::csi12:
+            return unpackRun<S, Layout::csi12>(packed, first, count, out);
+        case Layout::csi14:
+            return unpackRun<S, Layout::csi14>(packed, first, count, out);
+        default:
+            return;
+    }
+}
+
+// ---- bytes and words to words ----
+
+template <class S>
+void widenBytes(const uint8_t* in, ptrdiff_t count, uint16_t* out) {
+    using W = typename S::Words;
+    ptrdiff_t i = 0;
+    if constexpr (W::columns > 2) {
+        i = eachRun<2 * W::columns>(count, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
+            typename W::Vector first, second;
+            W::widenBytes(in + k, first, second);
+            W::store(out + k, first);
+            W::store(out + k + W::columns, second);
+        });
+    }
+    for (; i < count; ++i) {
+        out[i] = in[i];
+    }
+}
+
+// Words to numbers of `bits` bits, larger ones to the largest.
+template <class S, bool exchanged>
+void limitWords(const uint16_t* in, ptrdiff_t count, int32_t bits, bool leftAligned, uint16_t* out) {
+    using W = typename S::Words;
+    const uint32_t top = (1u << bits) - 1;
+    const int32_t down = leftAligned ? 16 - bits : 0;
+    ptrdiff_t i = 0;
+    if constexpr (W::columns > 2) {
+        const auto most = W::all(top);
+        i = eachRun<W::columns>(count, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
+            W::store(out + k, W::atMost(W::shiftRightBy(loadWords<exchanged, W>(in + k), down), most));
+        });
+    }
+    for (; i < count; ++i) {
+        const uint32_t number = static_cast<uint32_t>(wordAt<exchanged>(in + i)) >> down;
+        out[i] = static_cast<uint16_t>(number < top ? number : top);
+    }
+}
+
+// ---- rows ----
+
+// Words of a row to bytes or words. Left-aligned ones are reduced to their high bytes, as those of 16 bits are.
+template <class S>
+KRO_INLINE void readWords(const FrameJob& job, const uint16_t* in, ptrdiff_t first, ptrdiff_t count, uint8_t* out) {
+    const Source& source = job.source;
+    const uint32_t shift = source.leftAligned ? 8 : static_cast<uint32_t>(source.bits - 8);
+    const ptrdiff_t n = static_cast<ptrdiff_t>(job.height) * job.width;
+    (source.exchanged ? reduceWords<S, true> : reduceWords<S, false>)(in, first, count, n, shift, out);
+}
+template <class S>
+KRO_INLINE void readWords(const FrameJob& job, const uint16_t* in, ptrdiff_t, ptrdiff_t count, uint16_t* out) {
+    const Source& source = job.source;
+    (source.exchanged ? limitWords<S, true> : limitWords<S, false>)(in, count, source.bits, source.leftAligned, out);
+}
+template <class S>
+KRO_INLINE void readBytes(const uint8_t* in, ptrdiff_t count, uint8_t* out) {
+    __builtin_memcpy(out, in, static_cast<size_t>(count));
+}
+template <class S>
+KRO_INLINE void readBytes(const uint8_t* in, ptrdiff_t count, uint16_t* out) {
+    widenBytes<S>(in, count, out);
+}
+
+// The samples of row y in some of its columns.
+template <class S, class Sample>
+void readRun(const FrameJob& job, int32_t y, Columns columns, Sample* out) {
+    const Source& source = job.source;
+    const auto* const row = advanced(static_cast<const uint8_t*>(source.samples), y * source.stride);
+    const ptrdiff_t count = columns.end - columns.begin;
+    const ptrdiff_t passed = static_cast<ptrdiff_t>(y) * job.width;
+    if (source.layout == Layout::bytes) {
+        readBytes<S>(row + columns.begin, count, out);
+    } else if (source.layout == Layout::words) {
+        readWords<S>(job, reinterpret_cast<const uint16_t*>(row) + columns.begin, passed + columns.begin, count, out);
+    } else {
+        const ptrdiff_t first = (source.stride == 0 ? passed : 0) + columns.begin;
+        unpackLayout<S>(source.layout, row, first, count, out);
+    }
+}
+
+// The exported routines: runs of samples.
+template <class S>
+struct ReductionEntries {
+    static void u16Tou8(const uint16_t* source, int32_t height, int32_t width, uint32_t shift, uint8_t* destination) {
+        const int32_t n = wrappedProduct(height, width);
+        reduceWords<S, false>(source, 0, n, n, shift, destination);
+    }
+    // An odd count ends within a group, whose second sample is written too.
+    static void unpacked(const uint8_t* source, int32_t height, int32_t width, uint8_t* destination) {
+        const ptrdiff_t n = wrappedProduct(height, width);
+        unpackRun<S, Layout::gige12>(source, 0, n <= 0 ? 0 : (n + 1) & ~ptrdiff_t{1}, destination);
+    }
+};
+
+}  // namespace
+}  // namespace kro

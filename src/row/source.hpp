@@ -1,0 +1,84 @@
+// The rows of a frame as bytes or words. What a kernel can read is read in place; other samples are prepared row by row
+// in a small ring just ahead of it, which costs far less than a pass over the whole frame.
+#pragma once
+
+#include "row/reduction.hpp"
+
+namespace kro {
+namespace {
+
+// Most columns that a kernel works on at a time where the ring of rows is its own: its memory is on the stack.
+template <class Sample>
+constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 1984 : 704;
+// Columns of the frame that stand beside a strip in the ring: what the farthest formulas see, whole groups.
+constexpr int32_t ringMargin = 16;
+
+// Strips of about equal width, a multiple of 64 but for the last.
+constexpr int32_t stripEnd(int32_t begin, int32_t width, int32_t most) {
+    const int32_t left = width - begin, strips = (left + most - 1) / most;
+    return strips == 1 ? width : begin + ((left / strips + 63) & ~63);
+}
+
+template <class Sample>
+struct Ring {
+    alignas(64) Sample rows[ringRows][ringColumns<Sample> + 2 * ringMargin];
+};
+
+template <class Sample>
+bool readInPlace(const Source& source) {
+    return sizeof(Sample) == 1
+               ? source.layout == Layout::bytes
+               : source.layout == Layout::words && source.bits == 16 && !source.exchanged && !source.leftAligned;
+}
+
+// Rows of a strip of columns; column 0 of a row is the strip's first.
+template <class S, class Sample>
+class Rows {
+public:
+    // `ring` is used where samples have to be prepared.
+    KRO_INLINE Rows(const FrameJob& job, Columns strip, void* ring, ptrdiff_t ringStride)
+        : job_(job), made_(job.rows.begin - 2 < 0 ? 0 : job.rows.begin - 2), strip_(strip) {
+        if (readInPlace<Sample>(job.source)) {
+            first_ = static_cast<const Sample*>(job.source.samples) + strip.begin;
+            stride_ = job.source.stride;
+        } else {
+            const int32_t left = strip.begin < ringMargin ? strip.begin : ringMargin;
+            prepared_ = {strip.begin - left,
+                         job.width - strip.end < ringMargin ? job.width : strip.end + ringMargin};
+            ring_ = static_cast<Sample*>(ring) + left;
+            first_ = ring_;
+            stride_ = ringStride;
+        }
+    }
+
+    // Rows up to y, mirrored at the frame's ends, can be read until ringRows further ones were asked for.
+    KRO_INLINE void prepare(int32_t y) {
+        if (ring_ != nullptr) {
+            makeUpTo(y < job_.height ? y : job_.height - 1);
+        }
+    }
+    KRO_INLINE const Sample* operator[](int32_t y) const { return at(mirrored(y, job_.height)); }
+    // A row of the frame itself.
+    KRO_INLINE const Sample* at(int32_t y) const {
+        const int32_t place = ring_ != nullptr ? y % ringRows : y;
+        return advanced(first_, place * stride_);
+    }
+
+private:
+    KRO_OUTLINE void makeUpTo(int32_t y) {
+        for (; made_ <= y; ++made_) {
+            Sample* const row = advanced(ring_, (made_ % ringRows) * stride_);
+            readRun<S>(job_, made_, prepared_, row - (strip_.begin - prepared_.begin));
+        }
+    }
+
+    const FrameJob& job_;
+    const Sample* first_;
+    ptrdiff_t stride_;
+    Sample* ring_ = nullptr;
+    int32_t made_;
+    Columns strip_, prepared_{};
+};
+
+}  // namespace
+}  // namespace kro

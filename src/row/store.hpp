@@ -1,0 +1,216 @@
+// The output kinds: one store each, for bytes and words. Channel order, planes and weights are state of the row being
+// written.
+#pragma once
+
+#include "records/job.hpp"
+#include "row/blocks.hpp"
+#include "row/pixels.hpp"
+
+namespace kro {
+namespace {
+
+// One output row, from the first of the columns that a kernel counts on. `own` and `other` are resolved: what the row's
+// colour sites hold, and the colour of its neighbours.
+template <class Sample>
+struct RowTarget {
+    Sample* own;  // interleaved and grey: the row
+    Sample* green;
+    Sample* other;
+    uint32_t ownWeight, greenWeight, otherWeight;
+    uint32_t alpha;
+    Columns alphaColumns;  // columns whose fourth channel is written; elsewhere it stays the caller's
+    int32_t spreadBits;    // words: samples of so many bits are spread over all 16; 0: they are not
+};
+
+constexpr int32_t channelsIn(Output kind) {
+    return kind == Output::bgr ? 3 : kind == Output::bgra || kind == Output::abgr ? 4 : 1;
+}
+constexpr bool isInterleaved(Output kind) { return channelsIn(kind) > 1; }
+
+// Of an interleaved pixel the row's own colour comes first: blue in a blue row, unless red comes first.
+KRO_INLINE bool ownComesFirst(const Target& target, Phase row) { return row.blueRow != target.redFirst; }
+
+// Row y of a target from column x on.
+template <Output kind, class Sample>
+KRO_INLINE RowTarget<Sample> rowTarget(const Target& target, Phase row, int32_t y, int32_t x) {
+    const int own = row.blueRow ? 2 : 0, other = 2 - own;
+    const auto at = [&](int plane) KRO_INLINE_LAMBDA {
+        return advanced(static_cast<Sample*>(target.plane[plane]), (y - target.firstRow) * target.stride[plane]) +
+               static_cast<ptrdiff_t>(x) * channelsIn(kind);
+    };
+    RowTarget<Sample> result{};
+    if constexpr (kind == Output::planar) {
+        result.own = at(own);
+        result.green = at(1);
+        result.other = at(other);
+    } else {
+        result.own = at(0);
+    }
+    result.ownWeight = target.weight[own];
+    result.greenWeight = target.weight[1];
+    result.otherWeight = target.weight[other];
+    result.alpha = target.alpha;
+    result.spreadBits = target.spreadBits;
+    result.alphaColumns = {INT32_MIN, INT32_MAX};
+    return result;
+}
+
+// ---- spreading: 0 stays 0, the largest sample becomes 65535 ----
+
+template <class Sample>
+KRO_INLINE Sample spread(int32_t bits, Sample sample) {
+    return static_cast<Sample>(sample << (16 - bits) | sample >> (2 * bits - 16));
+}
+template <class Sample>
+KRO_INLINE Sample finishedSample(const RowTarget<Sample>& row, uint32_t value) {
+    const Sample sample = static_cast<Sample>(value);
+    return sizeof(Sample) == 1 || row.spreadBits == 0 ? sample : spread(row.spreadBits, sample);
+}
+template <class V, class T>
+KRO_INLINE typename V::Vector spreadVector(const T& row, typename V::Vector samples) {
+    if constexpr (ofBytes<V>) {
+        return samples;
+    } else {
+        if (__builtin_expect(row.spreadBits == 0, 1)) {
+            return samples;
+        }
+        return V::bitOr(V::shiftLeftBy(samples, 16 - row.spreadBits),
+                        V::shiftRightBy(samples, 2 * row.spreadBits - 16));
+    }
+}
+
+// ---- pairs of columns ----
+
+// (wR R + wG G + wB B + 128) >> 8.
+KRO_INLINE uint32_t luma(uint32_t weighted) { return (weighted + 128) >> 8; }
+
+template <Output kind, bool ownFirst, class Sample>
+KRO_INLINE void putPixel(const RowTarget<Sample>& row, int32_t x, int32_t own, int32_t green, int32_t other) {
+    const auto finished = [&](int32_t value)
+                              KRO_INLINE_LAMBDA { return finishedSample(row, static_cast<uint32_t>(value)); };
+    if constexpr (kind == Output::planar) {
+        row.own[x] = finished(own);
+        row.green[x] = finished(green);
+        row.other[x] = finished(other);
+    } else if constexpr (kind == Output::mono) {
+        row.own[x] = finishedSample(row, luma(row.ownWeight * static_cast<uint32_t>(own) +
+                                              row.greenWeight * static_cast<uint32_t>(green) +
+                                              row.otherWeight * static_cast<uint32_t>(other)));
+    } else {
+        constexpr int colours = kind == Output::abgr ? 1 : 0, alpha = colours == 1 ? 0 : 3;
+        Sample* const pixel = row.own + static_cast<ptrdiff_t>(x) * channelsIn(kind);
+        pixel[colours] = finished(ownFirst ? own : other);
+        pixel[colours + 1] = finished(green);
+        pixel[colours + 2] = finished(ownFirst ? other : own);
+        if constexpr (kind != Output::bgr) {
+            if (x >= row.alphaColumns.begin && x < row.alphaColumns.end) {
+                pixel[alpha] = static_cast<Sample>(row.alpha);
+            }
+        }
+    }
+}
+
+template <Output kind, bool ownFirst, class T, class V, class P>
+KRO_INLINE void put(const T& row, PairBlock<V> block, const P& pixels) {
+    if (block.wantEven) {
+        putPixel<kind, ownFirst>(row, block.x, V::evenColumn(evenLanesOf<V>(pixels.own)),
+                                 V::evenColumn(evenLanesOf<V>(pixels.green)),
+                                 V::evenColumn(evenLanesOf<V>(pixels.other)));
+    }
+    if (block.wantOdd) {
+        putPixel<kind, ownFirst>(row, block.x + 1, V::oddColumn(oddLanesOf<V>(pixels.own)),
+                                 V::oddColumn(oddLanesOf<V>(pixels.green)), V::oddColumn(oddLanesOf<V>(pixels.other)));
+    }
+}
+template <Output kind, bool ownFirst, class T, class P>
+KRO_INLINE void put(const T& row, InnerBlock<PairBytes> block, const P& pixels) {
+    put<kind, ownFirst>(row, PairBlock<PairBytes>{block.x, {}, true, true}, pixels);
+}
+template <Output kind, bool ownFirst, class T, class P>
+KRO_INLINE void put(const T& row, InnerBlock<PairWords> block, const P& pixels) {
+    put<kind, ownFirst>(row, PairBlock<PairWords>{block.x, {}, true, true}, pixels);
+}
+
+// ---- wide blocks ----
+
+// Weights of sum 256 give at most 255 * 256 + 128 = 65408, so 16-bit lanes are exact (other weights wrap there, and the
+// byte taken is the same as of the wider sum).
+template <class V, class T>
+KRO_INLINE typename V::Lanes weighed(const T& row, typename V::Lanes own, typename V::Lanes green,
+                                     typename V::Lanes other) {
+    return V::add(V::add(V::mul(own, V::all(row.ownWeight)), V::mul(green, V::all(row.greenWeight))),
+                  V::add(V::mul(other, V::all(row.otherWeight)), V::all(128)));
+}
+// Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
+// are weighed apart from the low ones: 256 h + l weighed and divided by 256 is h weighed, plus l weighed over 256.
+template <class V, class T, class P>
+KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
+    if constexpr (ofBytes<V>) {
+        const auto even =
+            weighed<V>(row, evenLanesOf<V>(pixels.own), evenLanesOf<V>(pixels.green), evenLanesOf<V>(pixels.other));
+        const auto odd =
+            weighed<V>(row, oddLanesOf<V>(pixels.own), oddLanesOf<V>(pixels.green), oddLanesOf<V>(pixels.other));
+        return V::combine(V::high(even), odd);
+    } else {
+        const auto [own, green, other] = channelsOf<V>(pixels);
+        const auto low = weighed<V>(row, V::low(own), V::low(green), V::low(other));
+        const auto high = weighed<V>(row, V::high(own), V::high(green), V::high(other));
+        return V::add(V::sub(high, V::all(128)), V::high(low));
+    }
+}
+
+// The fourth channel stays the caller's in some columns: its bytes are read back and kept.
+template <class V>
+KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, typename V::Quads quads) {
+    uint32_t keep[V::columns];
+    for (int32_t i = 0; i < V::columns; ++i) {
+        keep[i] = x + i >= written.begin && x + i < written.end ? 0 : 0xFF000000u;
+    }
+    for (int part = 0; part < 4; ++part) {
+        uint8_t* const at = out + part * V::columns;
+        V::store(at, V::keepBits(quads.part[part], V::load(at), V::load(keep + part * V::columns / 4)));
+    }
+}
+
+template <Output kind, class V, class T>
+KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, typename V::Vector green,
+                         typename V::Vector third) {
+    const auto a = V::transposed(first), b = V::transposed(green), c = V::transposed(third);
+    const auto alpha = V::filled(row.alpha);
+    const auto quads = kind == Output::abgr ? V::quads(alpha, a, b, c) : V::quads(a, b, c, alpha);
+    auto* const out = row.own + static_cast<ptrdiff_t>(x) * 4;
+    if constexpr (ofBytes<V> && kind == Output::bgra) {
+        if (__builtin_expect(x < row.alphaColumns.begin || x + V::columns > row.alphaColumns.end, 0)) {
+            storeKeepingAlpha<V>(out, x, row.alphaColumns, quads);
+            return;
+        }
+    }
+    for (int part = 0; part < 4; ++part) {
+        V::store(out + part * V::columns, quads.part[part]);
+    }
+}
+
+template <Output kind, bool ownFirst, class T, class B, class P>
+KRO_INLINE void put(const T& row, B block, const P& pixels) {
+    using V = typename B::Vector;
+    const int32_t x = block.x;
+    if constexpr (kind == Output::mono) {
+        V::store(row.own + x, spreadVector<V>(row, lumaOf<V>(row, pixels)));
+    } else {
+        const auto channels = channelsOf<V>(pixels);
+        const auto own = spreadVector<V>(row, channels.own), green = spreadVector<V>(row, channels.green),
+                   other = spreadVector<V>(row, channels.other);
+        if constexpr (kind == Output::planar) {
+            V::store(row.own + x, own);
+            V::store(row.green + x, green);
+            V::store(row.other + x, other);
+        } else if constexpr (kind == Output::bgr) {
+            V::store3(row.own + static_cast<ptrdiff_t>(x) * 3, ownFirst ? own : other, green, ownFirst ? other : own);
+        } else {
+            putQuads<kind, V>(row, x, ownFirst ? own : other, green, ownFirst ? other : own);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kro

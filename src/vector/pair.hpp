@@ -1,0 +1,191 @@
+// The scalar back end: a pair of columns, and with it the definition of what every other back end computes.
+//
+// A back end of bytes works on `Vector`s (bytes in column order) and `Lanes` (16-bit numbers: the even or the odd columns
+// of a block). A back end of words has one lane a column, in column order; `Wide` are as many lanes of 32 bits.
+#pragma once
+
+#include "records/geometry.hpp"
+
+namespace kro {
+namespace {
+
+struct PairBytes {
+    static constexpr int columns = 2;
+    using Sample = uint8_t;
+    struct Vector {
+        uint8_t even, odd;
+    };
+    using Lanes = int32_t;  // one lane: the even or the odd column of the pair
+    using Mask = bool;
+
+    static KRO_INLINE Vector load(const uint8_t* p) { return {p[0], p[1]}; }
+    static KRO_INLINE Vector pairOf(int32_t even, int32_t odd) {
+        return {static_cast<uint8_t>(even), static_cast<uint8_t>(odd)};
+    }
+    static KRO_INLINE Lanes low(Vector b) { return b.even; }
+    static KRO_INLINE Lanes high(Vector b) { return b.odd; }
+    static KRO_INLINE int32_t evenColumn(Lanes a) { return a; }
+    static KRO_INLINE int32_t oddColumn(Lanes a) { return a; }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
+    static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return a > b; }
+    // Without a branch, which noise in a picture would mislead every second time.
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return no ^ ((no ^ yes) & -static_cast<Lanes>(m)); }
+    static KRO_INLINE Lanes clampByte(Lanes a) { return a < 0 ? 0 : a > 255 ? 255 : a; }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return a >> n;  // arithmetic: floors
+    }
+    template <bool odd>
+    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
+        return odd ? Vector{left.even, here.odd} : Vector{here.even, left.odd};
+    }
+    static KRO_INLINE Lanes loadLanes(const int16_t* p) { return *p; }
+    static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { *p = static_cast<int16_t>(a); }
+};
+
+// Two lanes of Int (int16_t or int32_t).
+template <class Int>
+struct PairLanes {
+    static constexpr int columns = 2;
+    using Sample = uint16_t;
+    using Number = Int;
+    struct Lanes {
+        Int even, odd;
+    };
+    using Vector = Lanes;
+    struct Mask {
+        bool even, odd;
+    };
+
+    static KRO_INLINE Int narrowed(int32_t value) { return static_cast<Int>(value); }
+    template <class Function>
+    static KRO_INLINE Lanes each(Lanes a, Lanes b, Function f) {
+        return {narrowed(f(a.even, b.even)), narrowed(f(a.odd, b.odd))};
+    }
+
+    static KRO_INLINE Lanes load(const uint16_t* p) { return {narrowed(p[0]), narrowed(p[1])}; }
+    template <class Words>
+    static KRO_INLINE Lanes widened(Words words) {
+        return {narrowed(static_cast<uint16_t>(words.even)), narrowed(static_cast<uint16_t>(words.odd))};
+    }
+    static KRO_INLINE Vector pairOf(int32_t even, int32_t odd) { return {narrowed(even), narrowed(odd)}; }
+    static KRO_INLINE int32_t evenColumn(Lanes a) { return static_cast<uint16_t>(a.even); }
+    static KRO_INLINE int32_t oddColumn(Lanes a) { return static_cast<uint16_t>(a.odd); }
+    static KRO_INLINE Lanes loadLanes(const Int* p) { return {p[0], p[1]}; }
+    static KRO_INLINE void storeLanes(Int* p, Lanes a) {
+        p[0] = a.even;
+        p[1] = a.odd;
+    }
+    static KRO_INLINE Lanes all(int32_t value) { return {narrowed(value), narrowed(value)}; }
+    static KRO_INLINE Lanes iota() { return {0, 1}; }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x + y; });
+    }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x - y; });
+    }
+    // Of unsigned words, rounded up.
+    static KRO_INLINE Lanes average(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return ((x & 0xFFFF) + (y & 0xFFFF) + 1) >> 1; });
+    }
+    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x ^ y; });
+    }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x & y; });
+    }
+    static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x | y; });
+    }
+    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) { return x & ~y; });
+    }
+    static KRO_INLINE Lanes absolute(Lanes a) {
+        return each(a, a, [](int32_t x, int32_t) { return x < 0 ? -x : x; });
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return each(a, a, [](int32_t x, int32_t) { return x >> n; });  // arithmetic: floors
+    }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return {a.even > b.even, a.odd > b.odd}; }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
+        return {m.even ? yes.even : no.even, m.odd ? yes.odd : no.odd};
+    }
+    static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return {even.even, odd.odd}; }
+    template <bool odd>
+    static KRO_INLINE Lanes pickColumns(Lanes here, Lanes left) {
+        return odd ? combine(left, here) : combine(here, left);
+    }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
+        return each(a, top, [](int32_t x, int32_t most) { return x < 0 ? 0 : x > most ? most : x; });
+    }
+    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return ((a.even | a.odd) & bits) != 0; }
+    static KRO_INLINE Vector packed(Lanes a) { return a; }
+};
+using PairWords = PairLanes<int16_t>;
+
+struct PairWide : PairLanes<int32_t> {
+    static KRO_INLINE PairWords::Vector packed(Lanes a) { return PairWords::pairOf(a.even, a.odd); }
+};
+
+// Two registers of 32-bit lanes in place of one of 16-bit lanes: the same columns, the same names.
+template <class Half, class Narrow>
+struct Doubled {
+    static constexpr int columns = Narrow::columns;
+    static constexpr int half = columns / 2;
+    using Sample = uint16_t;
+    using Number = int32_t;
+    struct Lanes {
+        typename Half::Lanes first, second;
+    };
+    struct Mask {
+        typename Half::Mask first, second;
+    };
+
+    // The 32-bit lanes of words that a narrow load brought.
+    static KRO_INLINE Lanes widened(typename Narrow::Vector words) {
+        return {Half::firstHalf(words), Half::secondHalf(words)};
+    }
+    static KRO_INLINE Lanes loadLanes(const int32_t* p) { return {Half::loadLanes(p), Half::loadLanes(p + half)}; }
+    static KRO_INLINE void storeLanes(int32_t* p, Lanes a) {
+        Half::storeLanes(p, a.first);
+        Half::storeLanes(p + half, a.second);
+    }
+    static KRO_INLINE Lanes all(int32_t value) { return {Half::all(value), Half::all(value)}; }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) {
+        return {Half::add(a.first, b.first), Half::add(a.second, b.second)};
+    }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) {
+        return {Half::sub(a.first, b.first), Half::sub(a.second, b.second)};
+    }
+    static KRO_INLINE Lanes absolute(Lanes a) { return {Half::absolute(a.first), Half::absolute(a.second)}; }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return {Half::template shiftRight<n>(a.first), Half::template shiftRight<n>(a.second)};
+    }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) {
+        return {Half::greater(a.first, b.first), Half::greater(a.second, b.second)};
+    }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
+        return {Half::select(m.first, yes.first, no.first), Half::select(m.second, yes.second, no.second)};
+    }
+    static KRO_INLINE Lanes combine(Lanes even, Lanes odd) {
+        return {Half::combine(even.first, odd.first), Half::combine(even.second, odd.second)};
+    }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
+        return {Half::clamp(a.first, top.first), Half::clamp(a.second, top.second)};
+    }
+    static KRO_INLINE typename Narrow::Vector packed(Lanes a) { return Half::packed(a.first, a.second); }
+};
+
+// What an instruction set brings: its three kinds of lanes.
+struct PairOfColumns {
+    using Bytes = PairBytes;
+    using Words = PairWords;
+    using Wide = PairWide;
+};
+
+}  // namespace
+}  // namespace kro

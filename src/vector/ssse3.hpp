@@ -1,0 +1,250 @@
+// Vectors of 16 bytes.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include "vector/pair.hpp"
+#include "vector/shuffles.hpp"
+
+namespace kro {
+namespace {
+
+// What bytes and words have in common: the register, and arithmetic on eight 16-bit lanes.
+struct Ssse3Lanes {
+    using Vector = __m128i;
+    using Lanes = __m128i;
+    using Mask = __m128i;
+    using Number = int16_t;
+
+    static KRO_INLINE Vector load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+    static KRO_INLINE void store(void* p, Vector v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+    static KRO_INLINE Vector table(const Shuffle<16>& t) {
+        return _mm_load_si128(reinterpret_cast<const __m128i*>(t.byte));
+    }
+    static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return _mm_shuffle_epi8(v, table(t)); }
+    // Each 16-byte lane of a vector from a place of its own; here there is one.
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+
+    static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
+    static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes all(uint32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
+    static KRO_INLINE Lanes low(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
+    static KRO_INLINE Lanes high(Vector v) { return _mm_srli_epi16(v, 8); }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi16(a, b); }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi16(a, b); }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
+    static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi16(a); }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi16(a, b); }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
+        return _mm_or_si128(_mm_and_si128(m, yes), _mm_andnot_si128(m, no));
+    }
+    static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm_or_si128(a, b); }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
+        return _mm_min_epi16(_mm_max_epi16(a, _mm_setzero_si128()), top);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return n == 0 ? a : _mm_srai_epi16(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return _mm_slli_epi16(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightLogical(Lanes a) {
+        return _mm_srli_epi16(a, n);
+    }
+    static KRO_INLINE Lanes shiftRightBy(Lanes a, int32_t n) { return _mm_srl_epi16(a, _mm_cvtsi32_si128(n)); }
+    static KRO_INLINE Lanes shiftLeftBy(Lanes a, int32_t n) { return _mm_sll_epi16(a, _mm_cvtsi32_si128(n)); }
+
+    // Pixels of four channels. Wider sets bring channels into another order before they are interleaved.
+    struct Quads {
+        Vector part[4];
+    };
+    static KRO_INLINE Vector transposed(Vector v) { return v; }
+};
+
+struct Ssse3Bytes : Ssse3Lanes {
+    static constexpr int columns = 16;
+    static constexpr bool wholePermutes = false;
+    using Sample = uint8_t;
+
+    // 16 columns of which the first (last) `outside` lie beyond the row.
+    template <Side side, int outside>
+    static KRO_INLINE Vector loadLeft(const uint8_t* first) {
+        static constexpr Shuffle<16> order = leftOf<16, 1>(side, outside);
+        return shuffled(load(first), order);
+    }
+    template <Side side, int outside>
+    static KRO_INLINE Vector loadRight(const uint8_t* p) {
+        static constexpr Shuffle<16> order = rightOf<16, 1>(side, outside);
+        return shuffled(load(p), order);
+    }
+
+    static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, _mm_set1_epi16(255)); }
+    // Even columns from bytes whose odd ones are 0, odd columns from bytes whose even ones are anything.
+    static KRO_INLINE Vector combine(Vector even, Vector odd) {
+        return _mm_or_si128(even, _mm_andnot_si128(_mm_set1_epi16(0x00FF), odd));
+    }
+    static KRO_INLINE Vector evenOnly(Vector v) { return low(v); }
+    template <bool odd>
+    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
+        return odd ? combine(low(left), here) : combine(low(here), left);
+    }
+    // Two channels of signed lanes, saturated to bytes and brought into column order:
+    //     even  a0 a2 a4 .. a14 | b0 b2 b4 .. b14        a  a0 a1 a2 a3 .. a15
+    //     odd   a1 a3 a5 .. a15 | b1 b3 b5 .. b15        b  b0 b1 b2 b3 .. b15
+    static KRO_INLINE void packPair(Lanes evenA, Lanes oddA, Lanes evenB, Lanes oddB, Vector& a, Vector& b) {
+        const __m128i even = _mm_packus_epi16(evenA, evenB);
+        const __m128i odd = _mm_packus_epi16(oddA, oddB);
+        a = _mm_unpacklo_epi8(even, odd);
+        b = _mm_unpackhi_epi8(even, odd);
+    }
+
+    // Three channels to 16 pixels of three bytes. Bound by its nine shuffles: masks and rotations, which wider sets
+    // use, cost five logic operations a store here.
+    //     store 0  a0 b0 c0 a1 b1 c1 .. a5       store 1  b5 c5 a6 .. b10       store 2  c10 a11 b11 .. c15
+    static KRO_INLINE void store3(uint8_t* out, Vector c0, Vector c1, Vector c2) { interleave<1>(out, c0, c1, c2); }
+    template <int wide>
+    static KRO_INLINE void interleave(void* out, Vector c0, Vector c1, Vector c2) {
+        static constexpr Shuffle<16> spread[3][3] = {
+            {spread3<16, wide>(0, 0), spread3<16, wide>(0, 1), spread3<16, wide>(0, 2)},
+            {spread3<16, wide>(1, 0), spread3<16, wide>(1, 1), spread3<16, wide>(1, 2)},
+            {spread3<16, wide>(2, 0), spread3<16, wide>(2, 1), spread3<16, wide>(2, 2)}};
+        for (int j = 0; j < 3; ++j) {
+            const __m128i two = _mm_or_si128(shuffled(c0, spread[0][j]), shuffled(c1, spread[1][j]));
+            store(static_cast<uint8_t*>(out) + 16 * j, _mm_or_si128(two, shuffled(c2, spread[2][j])));
+        }
+    }
+    static KRO_INLINE void storeTriple(uint8_t* out, Vector grey) {
+        static constexpr Shuffle<16> order[3] = {triple<16>(0), triple<16>(1), triple<16>(2)};
+        for (int j = 0; j < 3; ++j) {
+            store(out + 16 * j, shuffled(grey, order[j]));
+        }
+    }
+
+    // Four channels to 16 pixels of four bytes, a vector for every four pixels:
+    //     c01  a0 b0 a1 b1 ..    c23  c0 d0 c1 d1 ..    part 0  a0 b0 c0 d0 a1 b1 c1 d1 ..
+    static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
+        const __m128i low01 = _mm_unpacklo_epi8(c0, c1), high01 = _mm_unpackhi_epi8(c0, c1);
+        const __m128i low23 = _mm_unpacklo_epi8(c2, c3), high23 = _mm_unpackhi_epi8(c2, c3);
+        return {{_mm_unpacklo_epi16(low01, low23), _mm_unpackhi_epi16(low01, low23),
+                 _mm_unpacklo_epi16(high01, high23), _mm_unpackhi_epi16(high01, high23)}};
+    }
+    static KRO_INLINE Vector filled(uint32_t value) { return _mm_set1_epi8(static_cast<char>(value)); }
+    // Bits of `old` where `keep` has them, of `fresh` elsewhere.
+    static KRO_INLINE Vector keepBits(Vector fresh, Vector old, Vector keep) { return select(keep, old, fresh); }
+
+    // 12 bytes to 16, four times; reads 48 bytes.
+    static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) {
+        static constexpr Shuffle<16> fromStart = widen3to4(0), fromEnd = widen3to4(4);
+        store(out, shuffled(load(in), fromStart));
+        store(out + 16, shuffled(load(in + 12), fromStart));
+        store(out + 32, shuffled(load(in + 24), fromStart));
+        store(out + 48, shuffled(load(in + 32), fromEnd));
+    }
+
+    // Two vectors of words to bytes: signed shift, unsigned saturation.
+    static KRO_INLINE Vector reduceSaturated(Vector first, Vector second, int shift) {
+        const __m128i count = _mm_cvtsi32_si128(shift);
+        return _mm_packus_epi16(_mm_sra_epi16(first, count), _mm_sra_epi16(second, count));
+    }
+    // Two vectors of words to their high bytes.
+    static KRO_INLINE Vector highBytes(Vector first, Vector second) {
+        return _mm_packus_epi16(high(first), high(second));
+    }
+};
+
+struct Ssse3Words : Ssse3Lanes {
+    static constexpr int columns = 8;
+    using Sample = uint16_t;
+
+    // 8 columns of which the first (last) `outside` lie beyond the row: one mirrored, one or two opposite ones.
+    template <Side side, int outside>
+    static KRO_INLINE Vector loadLeft(const uint16_t* first) {
+        static constexpr Shuffle<16> order = leftOf<16, 2>(side, outside);
+        return shuffled(load(first), order);
+    }
+    template <Side side, int outside>
+    static KRO_INLINE Vector loadRight(const uint16_t* p) {
+        static constexpr Shuffle<16> order = rightOf<16, 2>(side, outside);
+        return shuffled(load(p), order);
+    }
+
+    static KRO_INLINE Lanes iota() { return _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7); }
+    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
+    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) { return _mm_xor_si128(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
+    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm_andnot_si128(b, a); }
+    static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
+    template <bool odd>
+    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
+        return odd ? combine(left, here) : combine(here, left);
+    }
+    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
+        return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(static_cast<uint32_t>(bits))), _mm_setzero_si128())) !=
+               0xFFFF;
+    }
+    static KRO_INLINE Lanes widened(Vector words) { return words; }
+    static KRO_INLINE Vector packed(Lanes a) { return a; }
+    static KRO_INLINE void store3(uint16_t* out, Vector c0, Vector c1, Vector c2) {
+        Ssse3Bytes::interleave<2>(out, c0, c1, c2);
+    }
+    static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
+        const __m128i low01 = _mm_unpacklo_epi16(c0, c1), high01 = _mm_unpackhi_epi16(c0, c1);
+        const __m128i low23 = _mm_unpacklo_epi16(c2, c3), high23 = _mm_unpackhi_epi16(c2, c3);
+        return {{_mm_unpacklo_epi32(low01, low23), _mm_unpackhi_epi32(low01, low23),
+                 _mm_unpacklo_epi32(high01, high23), _mm_unpackhi_epi32(high01, high23)}};
+    }
+    static KRO_INLINE Vector filled(uint32_t value) { return all(value); }
+
+    // The smaller of unsigned words; SSSE3 has no minimum of them.
+    static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }
+    static KRO_INLINE Vector bytesExchanged(Vector words) {
+        return _mm_or_si128(_mm_slli_epi16(words, 8), _mm_srli_epi16(words, 8));
+    }
+    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
+    static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
+        first = _mm_unpacklo_epi8(load(in), _mm_setzero_si128());
+        second = _mm_unpackhi_epi8(load(in), _mm_setzero_si128());
+    }
+};
+
+struct Ssse3Dwords {
+    using Lanes = __m128i;
+    using Mask = __m128i;
+
+    static KRO_INLINE Lanes firstHalf(__m128i words) { return _mm_unpacklo_epi16(words, _mm_setzero_si128()); }
+    static KRO_INLINE Lanes secondHalf(__m128i words) { return _mm_unpackhi_epi16(words, _mm_setzero_si128()); }
+    static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Ssse3Lanes::load(p); }
+    static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Ssse3Lanes::store(p, a); }
+    static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi32(value); }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi32(a, b); }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi32(a, b); }
+    static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi32(a); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return _mm_srai_epi32(a, n);
+    }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi32(a, b); }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return Ssse3Lanes::select(m, yes, no); }
+    static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi64x(0xFFFFFFFF), even, odd); }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
+        const Lanes positive = _mm_andnot_si128(_mm_srai_epi32(a, 31), a);
+        return select(_mm_cmpgt_epi32(top, positive), positive, top);
+    }
+    // Lanes hold unsigned words; without an unsigned pack they are sign-extended first.
+    static KRO_INLINE __m128i packed(Lanes first, Lanes second) {
+        return _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(first, 16), 16),
+                               _mm_srai_epi32(_mm_slli_epi32(second, 16), 16));
+    }
+};
+
+struct Ssse3 {
+    using Bytes = Ssse3Bytes;
+    using Words = Ssse3Words;
+    using Wide = Doubled<Ssse3Dwords, Ssse3Words>;
+};
+
+}  // namespace
+}  // namespace kro
