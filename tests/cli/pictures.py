@@ -1,5 +1,7 @@
 """Readers and writers of picture files that owe nothing to the command: (width, height, channels, samples)."""
 
+import base64
+import re
 import struct
 import zlib
 
@@ -169,3 +171,55 @@ def write_npy(shape, samples, kind="|u1", fortran=False, version=1):
     body = struct.pack(layout, *samples) if layout else b"\0" * 8 * len(samples)
     length = struct.pack("<H" if version == 1 else "<I", len(text))
     return b"\x93NUMPY" + bytes([version, 0]) + length + text.encode() + body
+
+
+def read_sixel(text):
+    """The pictures in what a terminal gets, and what is between them."""
+    pictures = []
+    parts = re.split(rb"\x1bP[0-9;]*q(.*?)\x1b\\", text, flags=re.S)
+    for body in parts[1::2]:
+        width, height = map(int, re.match(rb'"\d+;\d+;(\d+);(\d+)', body).groups())
+        pixels, palette, x, y, colour = [None] * (width * height), {}, 0, 0, 0
+        for token in re.finditer(rb"#(\d+)(?:;2;(\d+);(\d+);(\d+))?|!(\d+)([?-~])|([?-~])|(\$)|(-)",
+                                 body[body.index(b"#"):]):
+            if token[1]:
+                colour = int(token[1])
+                if token[2]:
+                    palette[colour] = [round(int(v) * 255 / 100) for v in token.group(2, 3, 4)]
+            elif token[8]:
+                x = 0
+            elif token[9]:
+                x, y = 0, y + 6
+            else:
+                for _ in range(int(token[5] or 1)):
+                    for bit in range(6):
+                        if (ord(token[6] or token[7]) - 63) >> bit & 1 and y + bit < height:
+                            pixels[(y + bit) * width + x] = palette[colour]
+                    x += 1
+        pictures.append((width, height, 3, [v for pixel in pixels for v in pixel]))
+    return pictures, b"".join(parts[0::2])
+
+
+def read_kitty(text):
+    pictures, data = [], b""
+    for keys, part in re.findall(rb"\x1b_G([^;]*);([^\x1b]*)\x1b\\", text):
+        data += part
+        if b"m=0" in keys:
+            pictures.append(read_png(base64.b64decode(data, validate=True)))
+            data = b""
+    return pictures, re.sub(rb"\x1b_G.*?\x1b\\", b"", text, flags=re.S)
+
+
+def read_blocks(text):
+    """One picture of all lines of half blocks in true colour, and the other lines."""
+    rows, others = [], []
+    for line in text.split(b"\n"):
+        cells = re.findall(rb"\x1b\[38;2;(\d+);(\d+);(\d+);(?:48;2;(\d+);(\d+);(\d+)|49)m\xe2\x96\x80", line)
+        if not cells:
+            others.append(line)
+            continue
+        assert line.endswith(b"\x1b[0m")
+        rows.append([int(v) for cell in cells for v in cell[:3]])
+        if cells[0][3]:
+            rows.append([int(v) for cell in cells for v in cell[3:]])
+    return (len(rows[0]) // 3, len(rows), 3, sum(rows, [])), b"\n".join(others)

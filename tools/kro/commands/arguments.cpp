@@ -43,6 +43,10 @@ void addFrameOptions(CLI::App& command, FrameRequest& frame, std::string& frames
         ->type_name("N[-M]");
 }
 
+void addAlgorithm(CLI::App& command, std::string& algorithm) {
+    command.add_option("-a,--algorithm", algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
+}
+
 void addQuiet(CLI::App& command) {
     command.add_flag_callback(
         "-q,--quiet", [] { console::setQuiet(true); }, "Say warnings and errors only");
@@ -52,7 +56,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
     command.add_option("FRAME", request.inputs, framesText)->required();
     addFrameOptions(command, request.frame, request.frames);
-    command.add_option("-a,--algorithm", request.algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
+    addAlgorithm(command, request.algorithm);
     command
         .add_option("-O,--output-format", request.outputFormat,
                     "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar or Mono8 (what suits the file)")
@@ -122,6 +126,29 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     command.footer(infoExamples);
 }
 
+void addShow(CLI::App& app, ShowRequest& request) {
+    CLI::App& command = *app.add_subcommand("show", "Frames in the terminal or the desktop's viewer");
+    command.add_option("FRAME", request.inputs, framesText)->required();
+    addFrameOptions(command, request.frame, request.frames);
+    addAlgorithm(command, request.algorithm);
+    command.add_option("--wb", request.balance, "White balance: none, gray or R,G,B gains (gray)")
+        ->type_name("GAINS");
+    command.add_option("--gamma", request.gamma, "Curve: none, srgb or a number such as 2.2 (srgb)")
+        ->type_name("CURVE");
+    command.add_flag("--plain", request.plain, "As the library gives it: no balance, no curve, no exposure");
+    command.add_option("--in", request.graphics, "kitty, sixel or blocks (the best that the terminal answers to)")
+        ->type_name("GRAPHICS");
+    command.add_option("--columns", request.columns, "Characters to fill, 10 to 1000 (as wide as the terminal)")
+        ->type_name("N")
+        ->check(wholeNumber(10, 1000));
+    command.add_flag("--viewer", request.viewer, "In the desktop's viewer (xdg-open) instead of the terminal");
+    command.add_option("--most", request.most, "Frames on a contact sheet, 1 to 1000 (36)")
+        ->type_name("N")
+        ->check(wholeNumber(1, 1000));
+    addQuiet(command);
+    command.footer(showExamples);
+}
+
 }  // namespace
 
 void describeCommands(CLI::App& app, Requests& requests) {
@@ -132,6 +159,7 @@ void describeCommands(CLI::App& app, Requests& requests) {
     app.require_subcommand(0, 1);
     app.footer(mainExamples);
     addConvert(app, requests.convert);
+    addShow(app, requests.show);
     addMosaic(app, requests.mosaic);
     app.add_subcommand("formats", "What goes in and what comes out")->footer("Example:\n  kro formats");
     addInfo(app, requests.info);

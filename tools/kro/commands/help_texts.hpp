@@ -6,6 +6,7 @@ namespace cli {
 constexpr const char* mainExamples = R"(Examples:
   kro convert frame_1280x960_BayerRG8.raw -o frame.png
   kro convert capture.bin -f rggb12p -s 1280x960 -a bilinear -o capture.tif
+  kro show frame_1280x960_BayerRG8.raw
   kro mosaic photo.png -f BayerGB10 -o frames/
   kro info frame_1280x960_BayerRG8.raw
   kro help COMMAND says more of each.)";
@@ -39,6 +40,19 @@ the same pixels. Sensor data has no white balance and no gamma: straight it look
 --depth 16 takes the 16-bit paths: edge for every Bayer frame, bilinear for RG frames. Two limits are theirs: edge
 holds interpolated values of RG frames to 4095, and bilinear means wrap around where samples pass 8191. Where a
 frame goes beyond, a warning says so and which --shift helps.)";
+
+constexpr const char* showExamples = R"(Examples:
+  kro show outdoor_2592x1536_BayerGR8.raw
+  kro show capture.bin -f rggb12p -s 1280x960 --viewer
+  kro show frames/*.raw -f rggb8 -s 1280x960
+  kro show film_640x480_BayerRG8.raw --frames 100-200 --most 12
+  camera | kro show - -f rggb8 -s 640x480
+  kro show mosaic.tif -f rggb --in blocks --columns 100 | less -R
+
+One frame fills the terminal, several stand on a contact sheet with their names below. Frames are balanced, curved and
+exposed so that they can be judged; --plain leaves that, and kro convert has the bytes. Of a pipe the first frame is
+shown unless --frames says otherwise. The terminal is asked for kitty's graphics and for sixel; where it has neither,
+each character shows two pixels in colour.)";
 
 constexpr const char* mosaicExamples = R"(Examples:
   kro mosaic photo.png -f BayerRG12Packed -o photo_640x480_BayerRG12Packed.raw
