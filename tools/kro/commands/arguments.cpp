@@ -52,11 +52,7 @@ void addQuiet(CLI::App& command) {
         "-q,--quiet", [] { console::setQuiet(true); }, "Say warnings and errors only");
 }
 
-void addConvert(CLI::App& app, ConvertRequest& request) {
-    CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
-    command.add_option("FRAME", request.inputs, framesText)->required();
-    addFrameOptions(command, request.frame, request.frames);
-    addAlgorithm(command, request.algorithm);
+void addOutput(CLI::App& command, ConvertRequest& request) {
     command
         .add_option("-O,--output-format", request.outputFormat,
                     "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar or Mono8 (what suits the file)")
@@ -67,6 +63,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                     "File type where OUT does not say it: png, jpg, ppm, pgm, bmp, tif, raw")
         ->type_name("TYPE");
     command.add_flag("--many", request.many, "Write more than 1000 pictures of one file");
+}
+
+void addDepth(CLI::App& command, ConvertRequest& request) {
     command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")
         ->type_name("BITS")
         ->check([](const std::string& text) {
@@ -83,10 +82,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                     "With --depth 16: shift samples right by 0 to 15 bits before the library")
         ->type_name("N")
         ->check(wholeNumber(0, 15));
-    command.add_option("--wb", request.balance, "White balance of the picture: none, gray or R,G,B gains (none)")
-        ->type_name("GAINS");
-    command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
-        ->type_name("CURVE");
+}
+
+void addFileOptions(CLI::App& command, ConvertRequest& request) {
     command.add_flag("--opaque", request.opaque, "Set alpha to 255 in raw files too, as in all others");
     command.add_option("--png-level", request.pngLevel, "PNG: 0 stores, 1 is fast, 12 the smallest (1)")
         ->type_name("N")
@@ -95,6 +93,20 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         .add_option("--quality", request.quality, "JPEG: 1 to 100; from 90 on with colour in full resolution (90)")
         ->type_name("N")
         ->check(wholeNumber(1, 100));
+}
+
+void addConvert(CLI::App& app, ConvertRequest& request) {
+    CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
+    command.add_option("FRAME", request.inputs, framesText)->required();
+    addFrameOptions(command, request.frame, request.frames);
+    addAlgorithm(command, request.algorithm);
+    addOutput(command, request);
+    addDepth(command, request);
+    command.add_option("--wb", request.balance, "White balance of the picture: none, gray or R,G,B gains (none)")
+        ->type_name("GAINS");
+    command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
+        ->type_name("CURVE");
+    addFileOptions(command, request);
     command.add_option("-j,--jobs", request.jobs, "Threads, 1 to 1024 (one a core)")
         ->type_name("N")
         ->check(wholeNumber(1, 1024));
