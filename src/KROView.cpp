@@ -14,7 +14,11 @@ constexpr uint32_t wordFlags = KRO_VIEW_BIG_ENDIAN | KRO_VIEW_LEFT_ALIGNED;
 constexpr uint32_t knownFlags = KRO_VIEW_ALPHA | wordFlags | KRO_VIEW_FULL_RANGE;
 constexpr int32_t longest = 1 << 30;  // most rows and columns: sums of columns stay within 31 bits
 
+// Planes that a picture of this format must have, and those that this one has: perhaps one for alpha.
 int planesOf(const OutputFormat& output) { return output.kind == Output::planar ? 3 : 1; }
+int planesOf(const OutputFormat& output, const KroPictureView& picture) {
+    return planesOf(output) + (output.kind == Output::planar && picture.plane[3] != nullptr ? 1 : 0);
+}
 bool ofWords(const InputFormat& input) { return input.layout == Layout::words; }
 
 int64_t rowBytes(const InputFormat& input, int32_t width) {
@@ -54,7 +58,7 @@ bool sizeIsBad(const KroSourceView& source, const KroPictureView& picture) {
     }
     const OutputFormat* const output = findOutput(picture.format);
     bool bad = !addressable(source.stride, findInput(source.format), source.height, source.width);
-    for (int plane = 0; plane < (output == nullptr ? 1 : planesOf(*output)); ++plane) {
+    for (int plane = 0; plane < (output == nullptr ? 1 : planesOf(*output, picture)); ++plane) {
         bad = bad || !addressable(picture.stride[plane], output, source.height, source.width);
     }
     return bad;
@@ -112,10 +116,9 @@ bool isOdd(const void* data, ptrdiff_t stride) {
 
 int32_t checkRows(const KroSourceView& source, const InputFormat& input, const KroPictureView& picture,
                   const OutputFormat& output) {
-    const int planes = planesOf(output) + (output.kind == Output::planar && picture.plane[3] != nullptr ? 1 : 0);
     bool close = tooClose(source.stride, input, source.width);
     bool odd = ofWords(input) && isOdd(source.data, source.stride);
-    for (int plane = 0; plane < planes; ++plane) {
+    for (int plane = 0; plane < planesOf(output, picture); ++plane) {
         close = close || tooClose(picture.stride[plane], output, source.width);
         odd = odd || (output.sampleBytes == 2 && isOdd(picture.plane[plane], picture.stride[plane]));
     }
@@ -204,7 +207,7 @@ int32_t convertView(const Kernels& kernels, const KroSourceView* source, const K
               targetOf(*picture, *output, options, source->width),
               {options.firstRow, options.firstRow + options.rowCount},
               (1 << options.bits) - 1});
-    if (output->kind == Output::planar && picture->plane[3] != nullptr) {
+    if (planesOf(*output, *picture) == 4) {
         fillAlphaPlane(*picture, *output, options, source->width);
     }
     return KRO_OK;

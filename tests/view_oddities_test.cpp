@@ -2,6 +2,7 @@
 // pictures of views are those of the demosaicing entry, with that entry beside them.
 #include <cstring>
 
+#include "KRODemosaicing.hpp"
 #include "view_support.hpp"
 
 namespace {

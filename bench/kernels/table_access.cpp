@@ -2,7 +2,14 @@
 
 #include <cstring>
 
+// Compiled against older revisions too, whose tables stood elsewhere.
+#if __has_include("KRODemosaicing.hpp")
 #include "KRODemosaicing.hpp"
+#define KRO_KERNEL_LIST "table/kernels.def"
+#else
+#include "isa/kernels.hpp"
+#define KRO_KERNEL_LIST "isa/kernels.def"
+#endif
 
 namespace {
 
@@ -22,7 +29,7 @@ struct NamedMember {
 constexpr NamedMember members[] = {
 #define KRO_KERNEL(routine, ...) \
     {#routine, [](const kro::Kernels& kernels) { return reinterpret_cast<KroBenchRoutine>(kernels.routine); }},
-#include "table/kernels.def"
+#include KRO_KERNEL_LIST
 #undef KRO_KERNEL
 };
 

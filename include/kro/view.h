@@ -169,7 +169,7 @@ typedef struct KroViewOptions {
  *
  * Returns, in this order of checks; but for KRO_OK nothing is written:
  *   KRO_ERR_NULL           source, picture, source->data, or a plane that the picture's format has is null
- *   KRO_ERR_SIZE           height or width is 3 or less, or the views are larger than the address space
+ *   KRO_ERR_SIZE           height or width is 3 or less or above 2^30, or a view is larger than the address space
  *   KRO_ERR_FORMAT         source->format is no input format
  *   KRO_ERR_OUTPUT_FORMAT  picture->format is no output format
  *   KRO_ERR_OPTION         size is below 4, or bytes beyond the known ones are not 0; unknown algorithm or flag; alpha out

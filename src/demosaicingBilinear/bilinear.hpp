@@ -13,6 +13,7 @@ namespace {
 template <template <class> class Means>
 struct BilinearFamily {
     static constexpr bool pairs = true;
+    static KRO_INLINE Columns inner(Columns frame) { return innerColumns<1>(frame); }
 
     template <bool colourOdd, class B, class Sample>
     KRO_INLINE auto row(B block, const Sample* above, const Sample* here, const Sample* below) const {

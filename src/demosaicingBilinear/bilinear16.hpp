@@ -24,32 +24,33 @@ struct WrappingFamily {
 
     Columns wraps;
 
+    // Inner blocks lie within the columns that wrap.
+    KRO_INLINE Columns inner(Columns frame) const {
+        return {frame.begin + 1, wraps.end < frame.end - 1 ? wraps.end : frame.end - 1};
+    }
+    template <bool colourOdd, class V>
+    KRO_INLINE auto row(InnerBlock<V> block, const uint16_t* above, const uint16_t* here, const uint16_t* below) const {
+        return Wrapping{}.template row<colourOdd>(block, above, here, below);
+    }
     template <bool colourOdd, class B>
     KRO_INLINE auto row(B block, const uint16_t* above, const uint16_t* here, const uint16_t* below) const {
         using V = typename B::Vector;
-        const auto wrapping = channelsOf<V>(Wrapping{}.row<colourOdd>(block, above, here, below));
-        if (__builtin_expect(block.x >= wraps.begin && block.x + V::columns <= wraps.end, 1)) {
-            return ready<V>(wrapping);
-        }
-        return ready<V>(mixed<colourOdd>(block, wrapping, above, here, below));
+        const Channels<V> c = mixed<colourOdd, B, V>(block, above, here, below);
+        return makePixels(Ready<V>{c.own}, Ready<V>{c.green}, Ready<V>{c.other});
     }
 
     template <Output, bool, bool>
     static KRO_INLINE void mend(const RowTarget<uint16_t>&, const RowInput<uint16_t>&) {}
 
 private:
-    template <class V>
-    static KRO_INLINE Pixels<Ready<V>, Ready<V>, Ready<V>> ready(const Channels<V>& c) {
-        return {{c.own}, {c.green}, {c.other}};
-    }
     // Of a block at the end of a row only some columns wrap, which makes it four times as dear where it can be seen.
     template <bool colourOdd, class B, class V>
-    KRO_OUTLINE Channels<V> mixed(B block, const Channels<V>& wrapping, const uint16_t* above, const uint16_t* here,
-                                  const uint16_t* below) const {
+    KRO_OUTLINE Channels<V> mixed(B block, const uint16_t* above, const uint16_t* here, const uint16_t* below) const {
+        const auto wrapping = channelsOf<V>(Wrapping{}.template row<colourOdd>(block, above, here, below));
         if (!mayWrap(block, above, here, below)) {
             return wrapping;
         }
-        const auto exact = channelsOf<V>(Exact{}.row<colourOdd>(block, above, here, below));
+        const auto exact = channelsOf<V>(Exact{}.template row<colourOdd>(block, above, here, below));
         const auto lane = [&](int32_t column) {
             const int32_t place = column - block.x;
             return V::all(static_cast<uint32_t>(place < -1 ? -1 : place > V::columns ? V::columns : place));

@@ -92,7 +92,7 @@ private:
     template <bool colourOdd>
     static KRO_OUTLINE void bytes(const uint8_t* above2, const uint8_t* above, const uint8_t* here, const uint8_t* below,
                                   const uint8_t* below2, Columns made, Columns frame, int16_t* differences) {
-        eachBlock<typename S::Bytes, 2>(made, frame, [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<typename S::Bytes, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             using V = typename decltype(block)::Vector;
             V::storeLanes(differences + block.x / 2,
                           greenDifference<colourOdd>(block, above2, above, here, below, below2));
@@ -102,7 +102,7 @@ private:
     static KRO_OUTLINE void words(const FoldedRows& rows, Columns made, Columns frame, int32_t top,
                                   Number* differences) {
         const FoldedRows in = rows;
-        eachBlock<typename S::Words, 2>(made, frame, [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<typename S::Words, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
             L::storeLanes(differences + block.x, foldedDifference<L, colourOdd>(block, in, topOf<L>(top)));
         });
@@ -141,9 +141,10 @@ private:
                                 const DifferenceRows<Number>& rows, int32_t top) {
         const T to = out;
         const DifferenceRows<Number> from = rows;
-        eachBlock<BackEnd<S, Sample>, 1>(made, frame, [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<BackEnd<S, Sample>, 1>(made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             kro::put<kind, ownFirst>(to, block, edgePixels(neighbours<colourOdd>(block, here, from, top)));
         });
+        finishRow<kind>(out, made);
     }
     template <bool colourOdd, class B>
     static KRO_INLINE auto neighbours(B block, const uint8_t* here, const DifferenceRows<int16_t>& rows, int32_t) {

@@ -9,6 +9,7 @@ namespace {
 // What bounds it, colour output: the stores on the wide sets, the nine shuffles of the interleave on SSSE3.
 struct NearestFamily {
     static constexpr bool pairs = false;  // rows share too little
+    static KRO_INLINE Columns inner(Columns frame) { return innerColumns<1>(frame); }
 
     // Of the two columns x - 1 and x, the one that holds the wanted colour: in the row itself its own colour and green
     // alternate, in the row above the other colour stands where this row has green.

@@ -110,13 +110,14 @@ KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, const Formula& formula) {
     formula(EndBlock<V, true, true>{x, room});
 }
 
-// Wide blocks over [begin, end), both even, at least a block apart; the last one overlaps, since rows are no multiples
-// of the block, and writes the same values again.
+// Wide blocks over [begin, end), both even, at least a block apart: an end block where the row begins, inner blocks
+// within `inner`, end blocks to the right of it. The last one overlaps, since rows are no multiples of the block, and
+// writes the same values again.
 template <class V, int reach, class Formula>
-KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, const Formula& formula) {
+KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, Columns inner, const Formula& formula) {
     constexpr int32_t step = V::columns;
     int32_t x = begin;
-    if (x < frame.begin + reach) {
+    if (x < inner.begin) {
         if (frame.end - frame.begin - step < reach) {
             onlyBlock<V>(x, frame.end - x - step, formula);
         } else {
@@ -124,20 +125,22 @@ KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, const Form
         }
         x += step;
     }
-    const Formula inner = formula;  // a copy that no call takes the address of stays in registers
-    const int32_t lastInner = (end < frame.end - reach ? end : frame.end - reach) - step;
+    const Formula innerFormula = formula;  // a copy that no call takes the address of stays in registers
+    const int32_t lastInner = (end < inner.end ? end : inner.end) - step;
     for (; x <= lastInner; x += step) {
-        inner(InnerBlock<V>{x});
+        innerFormula(InnerBlock<V>{x});
     }
-    if (x < end) {
-        formula(EndBlock<V, false, true>{end - step, frame.end - end});
+    for (; x < end; x += step) {
+        const int32_t place = x < end - step ? x : end - step;
+        formula(EndBlock<V, false, true>{place, frame.end - place - step});
     }
 }
 
 // Calls formula(block) for the columns `made` of a row that exists in the columns `frame`: a pair up to the first even
-// column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula.
+// column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula, `inner` the columns
+// that inner blocks may stand in, of which every tap must lie inside the row.
 template <class V, int reach, class Formula>
-KRO_INLINE void eachBlock(Columns made, Columns frame, const Formula& formula) {
+KRO_INLINE void eachBlock(Columns made, Columns frame, Columns inner, const Formula& formula) {
     const int32_t begin = (made.begin + 1) & ~1;
     const int32_t end = made.end & ~1;
     if constexpr (V::columns > 2) {
@@ -148,24 +151,28 @@ KRO_INLINE void eachBlock(Columns made, Columns frame, const Formula& formula) {
         if (made.begin < begin) {
             oddColumn<V>(made.begin, frame, formula);
         }
-        wideBlocks<V, reach>(begin, end, frame, formula);
+        wideBlocks<V, reach>(begin, end, frame, inner, formula);
         if (end < made.end) {
             oddColumn<V>(end, frame, formula);
         }
     } else {
-        const int32_t inner = frame.end - 2 - reach < end - 2 ? frame.end - 2 - reach : end - 2;
-        const int32_t first = begin < frame.begin + reach ? begin + 2 : begin;
-        if (first > inner) {
+        const int32_t last = (end < inner.end ? end : inner.end) - 2;
+        const int32_t first = begin < inner.begin ? begin + 2 : begin;
+        if (first > last) {
             fewPairs<V>(made, frame, formula);
             return;
         }
         fewPairs<V>({made.begin, first}, frame, formula);
         int32_t x = first;
-        for (; x <= inner; x += 2) {
+        for (; x <= last; x += 2) {
             formula(InnerBlock<V>{x});
         }
         fewPairs<V>({x, made.end}, frame, formula);
     }
+}
+template <int reach>
+KRO_INLINE constexpr Columns innerColumns(Columns frame) {
+    return {frame.begin + reach, frame.end - reach};
 }
 
 }  // namespace

@@ -106,12 +106,13 @@ private:
         const T to = out;
         const Sample *const above = in.above, *const here = in.here, *const below = in.below;
         const Family f = family;
-        eachBlock<V, 1>(strip.made, strip.frame, [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
             put<kind, ownFirst>(to, block, f.template row<colourOdd>(block, above, here, below));
         });
         if (strip.first == 0) {
             Family::template mend<kind, colourOdd, ownFirst>(out, in);
         }
+        finishRow<kind>(out, strip.made);
     }
 
     static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y, const Strip& strip,
@@ -130,12 +131,14 @@ private:
                                  const Sample* here, const Sample* next, const Sample* below, const Family& family) {
         const T first = upper, second = lower;
         const Family f = family;
-        eachBlock<V, 1>(strip.made, strip.frame, [=](auto block) KRO_INLINE_LAMBDA {
+        eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
             const auto one = f.template row<true>(block, above, here, next);
             const auto two = f.template row<false>(block, here, next, below);
             put<kind, ownFirst>(first, block, one);
             put<kind, ordered && !ownFirst>(second, block, two);
         });
+        finishRow<kind>(upper, strip.made);
+        finishRow<kind>(lower, strip.made);
     }
 };
 

@@ -86,8 +86,14 @@ void reduceWords(const uint16_t* in, ptrdiff_t first, ptrdiff_t count, ptrdiff_t
 
 // ---- packed groups ----
 
-KRO_INLINE void putSample(uint8_t* out, uint32_t sample, int bits) { *out = static_cast<uint8_t>(sample >> (bits - 8)); }
-KRO_INLINE void putSample(uint16_t* out, uint32_t sample, int) { *out = static_cast<uint16_t>(sample); }
+KRO_INLINE void unpackOne(Layout layout, const uint8_t* packed, ptrdiff_t index, uint8_t* out) {
+    const Packing p = packingOf(layout);
+    *out = p.highFirst ? packed[index / p.samples * p.bytes + highByte(layout, static_cast<int>(index % p.samples))]
+                       : static_cast<uint8_t>(packedSample(layout, packed, index) >> (p.bits - 8));
+}
+KRO_INLINE void unpackOne(Layout layout, const uint8_t* packed, ptrdiff_t index, uint16_t* out) {
+    *out = static_cast<uint16_t>(packedSample(layout, packed, index));
+}
 
 // One block of samples from the start of a run of groups.
 template <class S, Layout layout>
@@ -113,7 +119,7 @@ template <class S, Layout layout, class Sample>
 void unpackRun(const uint8_t* packed, ptrdiff_t first, ptrdiff_t count, Sample* out) {
     constexpr Packing packing = packingOf(layout);
     const auto one = [&](ptrdiff_t i) KRO_INLINE_LAMBDA {
-        putSample(out + i, packedSample(layout, packed, first + i), packing.bits);
+        unpackOne(layout, packed, first + i, out + i);
     };
     ptrdiff_t i = 0;
     if constexpr (S::Bytes::columns > 2) {

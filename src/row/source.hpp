@@ -19,6 +19,9 @@ constexpr int32_t stripEnd(int32_t begin, int32_t width, int32_t most) {
     return strips == 1 ? width : begin + ((left / strips + 63) & ~63);
 }
 
+// Rows before a band that its first row may depend on: of the 16-bit edge family two folded ones and two far ones.
+constexpr int32_t rowsBefore = ringRows - 2;
+
 template <class Sample>
 struct Ring {
     alignas(64) Sample rows[ringRows][ringColumns<Sample> + 2 * ringMargin];
@@ -37,7 +40,7 @@ class Rows {
 public:
     // `ring` is used where samples have to be prepared.
     KRO_INLINE Rows(const FrameJob& job, Columns strip, void* ring, ptrdiff_t ringStride)
-        : job_(job), made_(job.rows.begin - 2 < 0 ? 0 : job.rows.begin - 2), strip_(strip) {
+        : job_(job), made_(job.rows.begin < rowsBefore ? 0 : job.rows.begin - rowsBefore), strip_(strip) {
         if (readInPlace<Sample>(job.source)) {
             first_ = static_cast<const Sample*>(job.source.samples) + strip.begin;
             stride_ = job.source.stride;

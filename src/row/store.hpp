@@ -61,21 +61,25 @@ template <class Sample>
 KRO_INLINE Sample spread(int32_t bits, Sample sample) {
     return static_cast<Sample>(sample << (16 - bits) | sample >> (2 * bits - 16));
 }
-template <class Sample>
-KRO_INLINE Sample finishedSample(const RowTarget<Sample>& row, uint32_t value) {
-    const Sample sample = static_cast<Sample>(value);
-    return sizeof(Sample) == 1 || row.spreadBits == 0 ? sample : spread(row.spreadBits, sample);
-}
-template <class V, class T>
-KRO_INLINE typename V::Vector spreadVector(const T& row, typename V::Vector samples) {
-    if constexpr (ofBytes<V>) {
-        return samples;
-    } else {
-        if (__builtin_expect(row.spreadBits == 0, 1)) {
-            return samples;
+// A finished row of `count` pixels, alpha left out. A pass of its own: a test in every block would cost the words that are
+// not spread more than this costs those that are.
+template <Output kind, class Sample>
+KRO_OUTLINE void spreadRow(const RowTarget<Sample>& row, int32_t first, int32_t count) {
+    constexpr int channels = channelsIn(kind), alpha = kind == Output::abgr ? 0 : kind == Output::bgra ? 3 : -1;
+    Sample* const planes[3] = {row.own, row.green, row.other};
+    for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
+        Sample* const samples = planes[plane] + static_cast<ptrdiff_t>(first) * channels;
+        for (int channel = 0; channel < channels; ++channel) {
+            for (ptrdiff_t i = channel; channel != alpha && i < static_cast<ptrdiff_t>(count) * channels; i += channels) {
+                samples[i] = spread(row.spreadBits, samples[i]);
+            }
         }
-        return V::bitOr(V::shiftLeftBy(samples, 16 - row.spreadBits),
-                        V::shiftRightBy(samples, 2 * row.spreadBits - 16));
+    }
+}
+template <Output kind, class Sample>
+KRO_INLINE void finishRow(const RowTarget<Sample>& row, Columns made) {
+    if (sizeof(Sample) == 2 && row.spreadBits != 0) {
+        spreadRow<kind>(row, made.begin, made.end - made.begin);
     }
 }
 
@@ -86,22 +90,20 @@ KRO_INLINE uint32_t luma(uint32_t weighted) { return (weighted + 128) >> 8; }
 
 template <Output kind, bool ownFirst, class Sample>
 KRO_INLINE void putPixel(const RowTarget<Sample>& row, int32_t x, int32_t own, int32_t green, int32_t other) {
-    const auto finished = [&](int32_t value)
-                              KRO_INLINE_LAMBDA { return finishedSample(row, static_cast<uint32_t>(value)); };
     if constexpr (kind == Output::planar) {
-        row.own[x] = finished(own);
-        row.green[x] = finished(green);
-        row.other[x] = finished(other);
+        row.own[x] = static_cast<Sample>(own);
+        row.green[x] = static_cast<Sample>(green);
+        row.other[x] = static_cast<Sample>(other);
     } else if constexpr (kind == Output::mono) {
-        row.own[x] = finishedSample(row, luma(row.ownWeight * static_cast<uint32_t>(own) +
+        row.own[x] = static_cast<Sample>(luma(row.ownWeight * static_cast<uint32_t>(own) +
                                               row.greenWeight * static_cast<uint32_t>(green) +
                                               row.otherWeight * static_cast<uint32_t>(other)));
     } else {
         constexpr int colours = kind == Output::abgr ? 1 : 0, alpha = colours == 1 ? 0 : 3;
         Sample* const pixel = row.own + static_cast<ptrdiff_t>(x) * channelsIn(kind);
-        pixel[colours] = finished(ownFirst ? own : other);
-        pixel[colours + 1] = finished(green);
-        pixel[colours + 2] = finished(ownFirst ? other : own);
+        pixel[colours] = static_cast<Sample>(ownFirst ? own : other);
+        pixel[colours + 1] = static_cast<Sample>(green);
+        pixel[colours + 2] = static_cast<Sample>(ownFirst ? other : own);
         if constexpr (kind != Output::bgr) {
             if (x >= row.alphaColumns.begin && x < row.alphaColumns.end) {
                 pixel[alpha] = static_cast<Sample>(row.alpha);
@@ -195,11 +197,9 @@ KRO_INLINE void put(const T& row, B block, const P& pixels) {
     using V = typename B::Vector;
     const int32_t x = block.x;
     if constexpr (kind == Output::mono) {
-        V::store(row.own + x, spreadVector<V>(row, lumaOf<V>(row, pixels)));
+        V::store(row.own + x, lumaOf<V>(row, pixels));
     } else {
-        const auto channels = channelsOf<V>(pixels);
-        const auto own = spreadVector<V>(row, channels.own), green = spreadVector<V>(row, channels.green),
-                   other = spreadVector<V>(row, channels.other);
+        const auto [own, green, other] = channelsOf<V>(pixels);
         if constexpr (kind == Output::planar) {
             V::store(row.own + x, own);
             V::store(row.green + x, green);

@@ -1,0 +1,87 @@
+#!/usr/bin/env python3
+"""Draws the include graph of src/ folder by folder, and fails on an arrow that climbs or a header that needs another one first.
+
+usage: check-includes.py SOURCE_FOLDER COMPILER [COMPILER FLAGS ...]
+"""
+import pathlib
+import re
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+
+# Lowest first: a file may include what stands on its own line or on one above. Folders of a line do not know each other.
+FLOORS = [
+    ["kro"],  # the public headers
+    ["records"],
+    ["vector"],
+    ["row"],
+    ["demosaicingNearest", "demosaicingBilinear", "demosaicingEdge"],
+    ["table"],
+    ["isa"],
+    ["KRODemosaicingFuncs"],
+    ["."],  # KROCreation, KRODemosaicing, KROView
+]
+FLOOR_OF = {folder: floor for floor, folders in enumerate(FLOORS) for folder in folders}
+# The table knows its kernels by name only; what serves a name is the units' affair.
+WIDEST = ["-mavx512f", "-mavx512bw", "-mavx512vl", "-mavx512dq", "-mavx512vbmi"]
+
+
+def folder_of(name):
+    return name.split("/")[0] if "/" in name else "."
+
+
+def arrows(source):
+    for path in sorted(source.rglob("*")):
+        if path.suffix not in (".hpp", ".cpp"):
+            continue
+        name = path.relative_to(source).as_posix()
+        for included in re.findall(r'^\s*#\s*include\s+"([^"]+)"', path.read_text(), re.MULTILINE):
+            yield name, included
+
+
+def climbs(name, included):
+    here, there = folder_of(name), folder_of(included)
+    if there not in FLOOR_OF or here not in FLOOR_OF:
+        return f"{name} includes {included}: folder '{there if there not in FLOOR_OF else here}' has no floor"
+    if FLOOR_OF[there] > FLOOR_OF[here]:
+        return f"{name} includes {included}: {here} stands below {there}"
+    if FLOOR_OF[there] == FLOOR_OF[here] and here != there:
+        return f"{name} includes {included}: {here} and {there} do not know each other"
+    return None
+
+
+def draw(graph):
+    for folders in reversed(FLOORS):
+        for folder in folders:
+            below = sorted(graph.get(folder, ()), key=lambda other: -FLOOR_OF[other])
+            print(f"{folder:22} -> {', '.join(below) if below else '-'}")
+
+
+def compile_alone(header, source, command):
+    done = subprocess.run([*command, "-std=c++17", "-fsyntax-only", "-x", "c++", "-I", source,
+                           "-I", source.parent / "include", "-include", header, "/dev/null"],
+                          capture_output=True, text=True)
+    return None if done.returncode == 0 else f"{header.relative_to(source)} does not compile alone:\n{done.stderr}"
+
+
+def main():
+    source, command = pathlib.Path(sys.argv[1]).resolve(), [*sys.argv[2:], *WIDEST]
+    graph, problems = {}, []
+    for name, included in arrows(source):
+        problem = climbs(name, included)
+        if problem:
+            problems.append(problem)
+        elif folder_of(name) != folder_of(included):
+            graph.setdefault(folder_of(name), set()).add(folder_of(included))
+    draw(graph)
+    headers = sorted(source.rglob("*.hpp"))
+    with ThreadPoolExecutor(2) as pool:
+        problems += filter(None, pool.map(lambda header: compile_alone(header, source, command), headers))
+    print(f"{len(headers)} headers compiled alone, {len(problems)} problems")
+    for problem in problems:
+        print(problem)
+    return 1 if problems or not graph or not headers else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
