@@ -1,5 +1,7 @@
 """Readers and writers of picture files that owe nothing to the command: (width, height, channels, samples)."""
 
+import base64
+import re
 import struct
 import zlib
 
@@ -109,3 +111,115 @@ def read_tiff(data):
     samples = words(raw, "<") if bits == 16 else list(raw)
     assert len(samples) == tags[256][0] * tags[257][0] * channels
     return tags[256][0], tags[257][0], channels, samples
+
+
+def write_pgm(width, height, samples, maximum=255):
+    body = bytes(samples) if maximum < 256 else struct.pack(f">{len(samples)}H", *samples)
+    return f"P5 {width} {height}\n{maximum}\n".encode() + body
+
+
+def write_bmp(width, height, channels, samples, palette=None, upwards=True):
+    """Samples in the file's own order: B, G, R(, nothing), or indices of a palette of B, G, R, nothing."""
+    stride = (width * channels + 3) // 4 * 4
+    rows = [bytes(samples[y * width * channels:(y + 1) * width * channels]).ljust(stride, b"\0") for y in range(height)]
+    colours = bytes(palette or [])
+    start = 54 + len(colours)
+    body = b"".join(reversed(rows) if upwards else rows)
+    return (b"BM" + struct.pack("<IIIIiiHHIIIIII", start + len(body), 0, start, 40, width,
+                                height if upwards else -height, 1, 8 * channels, 0, len(body), 0, 0,
+                                len(colours) // 4, 0) + colours + body)
+
+
+def write_tiff(pages, order="<", rows_per_strip=None, compression=1, white_is_zero=False, **changes):
+    """Pages of (width, height, channels, samples, bits), strips packed by zlib where compression is 8."""
+    data = bytearray({"<": b"II*\0", ">": b"MM\0*"}[order] + b"\0" * 4)
+    link = 4
+    for width, height, channels, samples, bits in pages:
+        rows = rows_per_strip or height
+        row = width * channels
+        strips = []
+        for y in range(0, height, rows):
+            part = samples[y * row:(y + rows) * row]
+            strip = bytes(part) if bits == 8 else struct.pack(f"{order}{len(part)}H", *part)
+            strip = zlib.compress(strip) if compression == 8 else strip
+            strips.append((len(data), len(strip)))
+            data += strip + b"\0" * (len(strip) % 2)
+        photometric = 2 if channels > 2 else 0 if white_is_zero else 1
+        tags = {256: (4, [width]), 257: (4, [height]), 258: (3, [bits] * channels), 259: (3, [compression]),
+                262: (3, [photometric]), 273: (4, [at for at, _ in strips]), 277: (3, [channels]),
+                278: (4, [rows]), 279: (4, [size for _, size in strips]),
+                **({338: (3, [2])} if channels in (2, 4) else {})}
+        tags.update(changes.get("tags", {}))
+        fields = b""
+        for tag, (kind, values) in sorted(tags.items()):
+            body = struct.pack(order + str(len(values)) + {3: "H", 4: "I"}[kind], *values)
+            if len(body) > 4:
+                at = len(data)
+                data += body + b"\0" * (len(body) % 2)
+                body = struct.pack(order + "I", at)
+            fields += struct.pack(order + "HHI", tag, kind, len(values)) + body.ljust(4, b"\0")
+        data[link:link + 4] = struct.pack(order + "I", len(data))
+        data += struct.pack(order + "H", len(tags)) + fields
+        link = len(data)
+        data += b"\0" * 4
+    return bytes(data)
+
+
+def write_npy(shape, samples, kind="|u1", fortran=False, version=1):
+    text = f"{{'descr': '{kind}', 'fortran_order': {fortran}, 'shape': {tuple(shape)}, }}\n"
+    layout = {"|u1": f"{len(samples)}B", "<u2": f"<{len(samples)}H", ">u2": f">{len(samples)}H"}.get(kind)
+    body = struct.pack(layout, *samples) if layout else b"\0" * 8 * len(samples)
+    length = struct.pack("<H" if version == 1 else "<I", len(text))
+    return b"\x93NUMPY" + bytes([version, 0]) + length + text.encode() + body
+
+
+def read_sixel(text):
+    """The pictures in what a terminal gets, and what is between them."""
+    pictures = []
+    parts = re.split(rb"\x1bP[0-9;]*q(.*?)\x1b\\", text, flags=re.S)
+    for body in parts[1::2]:
+        width, height = map(int, re.match(rb'"\d+;\d+;(\d+);(\d+)', body).groups())
+        pixels, palette, x, y, colour = [None] * (width * height), {}, 0, 0, 0
+        for token in re.finditer(rb"#(\d+)(?:;2;(\d+);(\d+);(\d+))?|!(\d+)([?-~])|([?-~])|(\$)|(-)",
+                                 body[body.index(b"#"):]):
+            if token[1]:
+                colour = int(token[1])
+                if token[2]:
+                    palette[colour] = [round(int(v) * 255 / 100) for v in token.group(2, 3, 4)]
+            elif token[8]:
+                x = 0
+            elif token[9]:
+                x, y = 0, y + 6
+            else:
+                for _ in range(int(token[5] or 1)):
+                    for bit in range(6):
+                        if (ord(token[6] or token[7]) - 63) >> bit & 1 and y + bit < height:
+                            pixels[(y + bit) * width + x] = palette[colour]
+                    x += 1
+        pictures.append((width, height, 3, [v for pixel in pixels for v in pixel]))
+    return pictures, b"".join(parts[0::2])
+
+
+def read_kitty(text):
+    pictures, data = [], b""
+    for keys, part in re.findall(rb"\x1b_G([^;]*);([^\x1b]*)\x1b\\", text):
+        data += part
+        if b"m=0" in keys:
+            pictures.append(read_png(base64.b64decode(data, validate=True)))
+            data = b""
+    return pictures, re.sub(rb"\x1b_G.*?\x1b\\", b"", text, flags=re.S)
+
+
+def read_blocks(text):
+    """One picture of all lines of half blocks in true colour, and the other lines."""
+    rows, others = [], []
+    for line in text.split(b"\n"):
+        cells = re.findall(rb"\x1b\[38;2;(\d+);(\d+);(\d+);(?:48;2;(\d+);(\d+);(\d+)|49)m\xe2\x96\x80", line)
+        if not cells:
+            others.append(line)
+            continue
+        assert line.endswith(b"\x1b[0m")
+        rows.append([int(v) for cell in cells for v in cell[:3]])
+        if cells[0][3]:
+            rows.append([int(v) for cell in cells for v in cell[3:]])
+    return (len(rows[0]) // 3, len(rows), 3, sum(rows, [])), b"\n".join(others)

@@ -57,7 +57,7 @@ class Failures(Case):
         broken = bytearray(good)
         broken[50] ^= 255
         for name, data, says in (
-                ("f.raw", None, "no PNG, PPM or PGM"), ("empty.raw", None, "empty"),
+                ("f.raw", None, "no PNG, JPEG, TIFF, BMP, PPM or PGM picture"), ("empty.raw", None, "empty"),
                 ("none.png", None, "No such file"),
                 ("cut.png", good[:-20], "damaged PNG"), ("broken.png", bytes(broken), "damaged PNG"),
                 ("magic.png", good[:8], "damaged PNG"), ("cut.ppm", write_ppm(8, 6, [1] * 143), "too early"),

@@ -8,7 +8,7 @@ import stat
 import subprocess
 import time
 
-from pictures import read_pnm, write_ppm
+from pictures import read_pnm, write_pgm, write_ppm
 from support import COMMAND, Case
 
 SIZE = ("-f", "rggb8", "-s", "8x6")
@@ -57,8 +57,8 @@ class Files(Case):
                 result = subprocess.run([COMMAND, "convert", "-", *SIZE, "-o", name], stdin=source, cwd=self.folder,
                                         stderr=subprocess.PIPE)
             self.assertEqual((result.returncode, result.stderr.count(b"\n")), (1, 1))
-        self.write("p.ppm", write_ppm(4, 4, [0] * 48))
-        self.kro_fails(1, "mosaic", "p.ppm", "-f", "Mono8", "-o", "p.ppm", says="never overwritten")
+        self.write("p.pgm", write_pgm(4, 4, [0] * 16))
+        self.kro_fails(1, "mosaic", "p.pgm", "-f", "Mono8", "-o", "p.pgm", says="never overwritten")
         self.assertEqual(self.read("f.raw"), self.frame)
 
     def test_another_input_is_no_output_either(self):

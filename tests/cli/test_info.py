@@ -70,7 +70,7 @@ class Info(Case):
 class Help(Case):
     def test_help_has_examples(self):
         self.assertIn("Examples:", self.kro("--help").decode())
-        for command in ("convert", "mosaic", "formats", "info"):
+        for command in ("convert", "show", "mosaic", "formats", "info"):
             said = self.kro(command, "--help").decode()
             self.assertIn("Example", said)
             self.assertIn(f"kro {command}", said)

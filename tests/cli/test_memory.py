@@ -5,7 +5,7 @@ import subprocess
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 
-from pictures import write_png
+from pictures import write_npy, write_png, write_tiff
 from support import COMMAND, Case
 
 FAILING_MALLOC = os.environ["KRO_FAILING_MALLOC"]
@@ -70,3 +70,10 @@ class Memory(Case):
     def test_mosaic(self):
         self.every_failure("mosaic", self.path("p.png"), "-f", "BayerRG12Packed", "-q", "-o", "x.raw",
                            last=150)
+
+    def test_containers(self):
+        page = (8, 6, 1, [7] * 48, 8)
+        for name, data in (("m.tif", write_tiff([page])), ("m.png", write_png(8, 6, 1, [7] * 48)),
+                           ("m.npy", write_npy((6, 8), [7] * 48))):
+            self.write(name, data)
+            self.every_failure("convert", self.path(name), "-f", "rggb", "-q", "-o", "x.ppm", last=150)

@@ -26,7 +26,7 @@ struct Image {
     std::size_t offset(int column, int row) const;
 };
 
-// PNG, PPM or PGM; deeper samples are reduced to bytes.
+// Whatever kro mosaic reads; deeper samples are reduced to bytes.
 Image readImage(const std::string& path);
 
 // The file name's extension says the type. The file appears whole or not at all.

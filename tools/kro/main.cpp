@@ -28,6 +28,9 @@ int runCommand(const CLI::App& app, const Requests& requests) {
     if (app.got_subcommand("info")) {
         return info(requests.info);
     }
+    if (app.got_subcommand("show")) {
+        return show(requests.show);
+    }
     if (app.got_subcommand("formats")) {
         std::fputs(formatTables().c_str(), stdout);
         return exitOk;

@@ -13,6 +13,8 @@ namespace cli {
 
 namespace {
 
+constexpr const char* framesText = "Raw frames, or mosaics in PGM, PNG, TIFF or NPY files; - for standard input";
+
 // The parser's own ranges speak of conversions and values.
 std::function<std::string(const std::string&)> wholeNumber(int64_t least,
                                                            int64_t most = std::numeric_limits<int64_t>::max()) {
@@ -41,16 +43,16 @@ void addFrameOptions(CLI::App& command, FrameRequest& frame, std::string& frames
         ->type_name("N[-M]");
 }
 
+void addAlgorithm(CLI::App& command, std::string& algorithm) {
+    command.add_option("-a,--algorithm", algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
+}
+
 void addQuiet(CLI::App& command) {
     command.add_flag_callback(
         "-q,--quiet", [] { console::setQuiet(true); }, "Say warnings and errors only");
 }
 
-void addConvert(CLI::App& app, ConvertRequest& request) {
-    CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
-    command.add_option("FRAME", request.inputs, "Files of raw frames, or - for standard input")->required();
-    addFrameOptions(command, request.frame, request.frames);
-    command.add_option("-a,--algorithm", request.algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
+void addOutput(CLI::App& command, ConvertRequest& request) {
     command
         .add_option("-O,--output-format", request.outputFormat,
                     "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar or Mono8 (what suits the file)")
@@ -61,6 +63,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                     "File type where OUT does not say it: png, jpg, ppm, pgm, bmp, tif, raw")
         ->type_name("TYPE");
     command.add_flag("--many", request.many, "Write more than 1000 pictures of one file");
+}
+
+void addDepth(CLI::App& command, ConvertRequest& request) {
     command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")
         ->type_name("BITS")
         ->check([](const std::string& text) {
@@ -77,10 +82,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                     "With --depth 16: shift samples right by 0 to 15 bits before the library")
         ->type_name("N")
         ->check(wholeNumber(0, 15));
-    command.add_option("--wb", request.balance, "White balance of the picture: none, gray or R,G,B gains (none)")
-        ->type_name("GAINS");
-    command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
-        ->type_name("CURVE");
+}
+
+void addFileOptions(CLI::App& command, ConvertRequest& request) {
     command.add_flag("--opaque", request.opaque, "Set alpha to 255 in raw files too, as in all others");
     command.add_option("--png-level", request.pngLevel, "PNG: 0 stores, 1 is fast, 12 the smallest (1)")
         ->type_name("N")
@@ -89,6 +93,20 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         .add_option("--quality", request.quality, "JPEG: 1 to 100; from 90 on with colour in full resolution (90)")
         ->type_name("N")
         ->check(wholeNumber(1, 100));
+}
+
+void addConvert(CLI::App& app, ConvertRequest& request) {
+    CLI::App& command = *app.add_subcommand("convert", "Raw frames to pictures");
+    command.add_option("FRAME", request.inputs, framesText)->required();
+    addFrameOptions(command, request.frame, request.frames);
+    addAlgorithm(command, request.algorithm);
+    addOutput(command, request);
+    addDepth(command, request);
+    command.add_option("--wb", request.balance, "White balance of the picture: none, gray or R,G,B gains (none)")
+        ->type_name("GAINS");
+    command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
+        ->type_name("CURVE");
+    addFileOptions(command, request);
     command.add_option("-j,--jobs", request.jobs, "Threads, 1 to 1024 (one a core)")
         ->type_name("N")
         ->check(wholeNumber(1, 1024));
@@ -99,7 +117,8 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
 
 void addMosaic(CLI::App& app, MosaicRequest& request) {
     CLI::App& command = *app.add_subcommand("mosaic", "A picture to a raw frame, as a camera would have sent it");
-    command.add_option("PICTURE", request.picture, "PNG, PPM or PGM of 8 or 16 bits, or - for standard input")
+    command
+        .add_option("PICTURE", request.picture, "PNG, JPEG, TIFF, BMP, PPM or PGM picture, or - for standard input")
         ->required();
     command.add_option("-f,--format", request.format, "Pixel format of the frame, any that kro formats lists")
         ->type_name("FORMAT")
@@ -112,11 +131,34 @@ void addMosaic(CLI::App& app, MosaicRequest& request) {
 
 void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App& command = *app.add_subcommand("info", "What a frame is and what its samples are like");
-    command.add_option("FRAME", request.inputs, "Files of raw frames, or - for standard input")->required();
+    command.add_option("FRAME", request.inputs, framesText)->required();
     addFrameOptions(command, request.frame, request.frames);
     command.add_flag("--each", request.each, "Say all frames one by one, however many there are");
     addQuiet(command);
     command.footer(infoExamples);
+}
+
+void addShow(CLI::App& app, ShowRequest& request) {
+    CLI::App& command = *app.add_subcommand("show", "Frames in the terminal or the desktop's viewer");
+    command.add_option("FRAME", request.inputs, framesText)->required();
+    addFrameOptions(command, request.frame, request.frames);
+    addAlgorithm(command, request.algorithm);
+    command.add_option("--wb", request.balance, "White balance: none, gray or R,G,B gains (gray)")
+        ->type_name("GAINS");
+    command.add_option("--gamma", request.gamma, "Curve: none, srgb or a number such as 2.2 (srgb)")
+        ->type_name("CURVE");
+    command.add_flag("--plain", request.plain, "As the library gives it: no balance, no curve, no exposure");
+    command.add_option("--in", request.graphics, "kitty, sixel or blocks (the best that the terminal answers to)")
+        ->type_name("GRAPHICS");
+    command.add_option("--columns", request.columns, "Characters to fill, 10 to 1000 (as wide as the terminal)")
+        ->type_name("N")
+        ->check(wholeNumber(10, 1000));
+    command.add_flag("--viewer", request.viewer, "In the desktop's viewer (xdg-open) instead of the terminal");
+    command.add_option("--most", request.most, "Frames on a contact sheet, 1 to 1000 (36)")
+        ->type_name("N")
+        ->check(wholeNumber(1, 1000));
+    addQuiet(command);
+    command.footer(showExamples);
 }
 
 }  // namespace
@@ -129,6 +171,7 @@ void describeCommands(CLI::App& app, Requests& requests) {
     app.require_subcommand(0, 1);
     app.footer(mainExamples);
     addConvert(app, requests.convert);
+    addShow(app, requests.show);
     addMosaic(app, requests.mosaic);
     app.add_subcommand("formats", "What goes in and what comes out")->footer("Example:\n  kro formats");
     addInfo(app, requests.info);

@@ -5,6 +5,7 @@
 #include "commands/convert.hpp"
 #include "commands/info.hpp"
 #include "commands/mosaic.hpp"
+#include "commands/show.hpp"
 
 namespace cli {
 
@@ -13,6 +14,7 @@ struct Requests {
     ConvertRequest convert;
     MosaicRequest mosaic;
     InfoRequest info;
+    ShowRequest show;
 };
 
 // Tells the parser all commands with their options and help texts; it will fill the requests.

@@ -9,7 +9,7 @@
 
 #include "commands/each_input.hpp"
 #include "developing/developer.hpp"
-#include "frames/frame_reader.hpp"
+#include "frames/container.hpp"
 #include "output/output_file.hpp"
 #include "output/output_names.hpp"
 #include "support/failure.hpp"
@@ -165,7 +165,7 @@ void Conversion::planInput(const std::string& input) {
     Unit unit;
     unit.input = input;
     unit.name.stem = stemOf(input);
-    unit.layout = inferLayout(file->shownName(), request_.frame, file->length());
+    unit.layout = layoutOf(*file, request_.frame);
     unit.output = chooseOutput(file->shownName(), *unit.layout.format);
     inputs_.insert(file->id());
     if (file->isStream()) {

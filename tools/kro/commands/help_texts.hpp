@@ -6,6 +6,7 @@ namespace cli {
 constexpr const char* mainExamples = R"(Examples:
   kro convert frame_1280x960_BayerRG8.raw -o frame.png
   kro convert capture.bin -f rggb12p -s 1280x960 -a bilinear -o capture.tif
+  kro show frame_1280x960_BayerRG8.raw
   kro mosaic photo.png -f BayerGB10 -o frames/
   kro info frame_1280x960_BayerRG8.raw
   kro help COMMAND says more of each.)";
@@ -18,6 +19,7 @@ constexpr const char* convertExamples = R"(Examples:
   kro convert film_640x480_BayerRG8.raw --frames 10-20 -o 'film-{frame}.png'
   camera | kro convert - -f rggb8 -s 640x480 -O RGB8 -o - --to raw | player
   kro convert still_768x512_BayerRG12.raw --depth 16 --scale -o still.tif
+  kro convert mosaic.tif stack.npy -f rggb -o pictures/
 
 Where pictures go:
   -o FILE.EXT    one file; frames of one input are numbered: FILE-0001.EXT
@@ -27,6 +29,10 @@ Where pictures go:
   -o -           standard output, of the type given by --to
 A file appears whole or not at all. An input is never overwritten.
 
+What may be in FRAME: raw frames, whose size and format are in the name or in -s and -f; or PGM, PNG, TIFF (any number
+of pages) and NPY files (rows and columns, or frames, rows and columns) with one channel, which say size and depth
+themselves and need but the phase, in the name or as -f rggb.
+
 The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given, but for two things: alpha,
 0 in the library's BGRa8 and RGBa8, is 255 in files that can be looked at, and JPEG files (--quality) hold nearly
 the same pixels. Sensor data has no white balance and no gamma: straight it looks green and dark.
@@ -35,12 +41,27 @@ the same pixels. Sensor data has no white balance and no gamma: straight it look
 holds interpolated values of RG frames to 4095, and bilinear means wrap around where samples pass 8191. Where a
 frame goes beyond, a warning says so and which --shift helps.)";
 
+constexpr const char* showExamples = R"(Examples:
+  kro show outdoor_2592x1536_BayerGR8.raw
+  kro show capture.bin -f rggb12p -s 1280x960 --viewer
+  kro show frames/*.raw -f rggb8 -s 1280x960
+  kro show film_640x480_BayerRG8.raw --frames 100-200 --most 12
+  camera | kro show - -f rggb8 -s 640x480
+  kro show mosaic.tif -f rggb --in blocks --columns 100 | less -R
+
+One frame fills the terminal, several stand on a contact sheet with their names below. Frames are balanced, curved and
+exposed so that they can be judged; --plain leaves that, and kro convert has the bytes. Of a pipe the first frame is
+shown unless --frames says otherwise. The terminal is asked for kitty's graphics and for sixel; where it has neither,
+each character shows two pixels in colour.)";
+
 constexpr const char* mosaicExamples = R"(Examples:
   kro mosaic photo.png -f BayerRG12Packed -o photo_640x480_BayerRG12Packed.raw
-  kro mosaic photo.ppm -f grbg10le -o frames/
+  kro mosaic photo.jpg -f grbg10le -o frames/
+  kro mosaic photo.tif -f gbrg12 -o photo_BayerGB12.pgm
   kro mosaic photo.png -f rggb8 -o - | kro convert - -f rggb8 -s 640x480 -o back.png
 
-With a folder the frame is named NAME_WIDTHxHEIGHT_FORMAT.raw, so that kro convert needs no more options.)";
+With a folder the frame is named NAME_WIDTHxHEIGHT_FORMAT.raw, so that kro convert needs no more options. In a PGM,
+PNG or TIFF file the frame is the one channel of a picture, from which kro convert reads it as well.)";
 
 constexpr const char* infoExamples = R"(Examples:
   kro info outdoor_2592x1536_BayerGR8.raw

@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "commands/each_input.hpp"
-#include "frames/frame_reader.hpp"
+#include "frames/container.hpp"
 #include "frames/statistics.hpp"
 #include "output/output_file.hpp"
 #include "support/failure.hpp"
@@ -193,7 +193,7 @@ void describeStream(const InputFile& file, const FrameLayout& layout, const Info
 
 void describe(const std::string& input, const InfoRequest& request, const FrameRange& range) {
     const InputFile file(input);
-    const FrameLayout layout = inferLayout(file.shownName(), request.frame, file.length());
+    const FrameLayout layout = layoutOf(file, request.frame);
     file.isStream() ? describeStream(file, layout, request, range) : describeFile(file, layout, request, range);
 }
 

@@ -1,12 +1,11 @@
 #include "commands/mosaic.hpp"
 
 #include <filesystem>
-#include <limits>
 
 #include "frames/samples.hpp"
 #include "output/output_file.hpp"
 #include "output/output_names.hpp"
-#include "pictures/picture_file.hpp"
+#include "pictures/pnm_file.hpp"
 #include "support/failure.hpp"
 #include "terminal/console.hpp"
 
@@ -56,13 +55,6 @@ Samples takeSites(const DecodedPicture& picture, const InputFormat& format) {
     return samples;
 }
 
-void requireFrameSize(const FrameSize& size, const std::string& name) {
-    const bool tooLarge = size.samples() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max());
-    if (size.width < leastSide || size.height < leastSide || tooLarge) {
-        throw Failure(name + ": is " + size.text() + ", but a frame has at least 4x4 and fewer than 2^31 samples");
-    }
-}
-
 // A folder gets a name from which size and format are found again.
 std::string targetName(const MosaicRequest& request, const FrameSize& size, const InputFormat& format) {
     if (!meansFolder(request.output)) {
@@ -73,6 +65,11 @@ std::string targetName(const MosaicRequest& request, const FrameSize& size, cons
     return (std::filesystem::path(request.output) / name).string();
 }
 
+bool canHoldFrame(const FileType& type) {
+    return type.kind == FileKind::raw || type.kind == FileKind::pgm || type.kind == FileKind::png ||
+           type.kind == FileKind::tiff;
+}
+
 void requireOutput(const MosaicRequest& request) {
     if (request.output.empty()) {
         throw UsageFailure("say where the frame goes: -o frame.raw, -o FOLDER/ or -o -");
@@ -80,6 +77,24 @@ void requireOutput(const MosaicRequest& request) {
     if (request.output == standardStream) {
         refuseTerminal();
     }
+    const FileType* type = fileTypeOf(request.output);
+    if (type != nullptr && !canHoldFrame(*type)) {
+        throw UsageFailure("-o " + request.output + ": a " + type->name +
+                           " file cannot hold a mosaic; raw, pgm, png and tif files can");
+    }
+}
+
+// Raw, or as the one channel of a picture file, from which kro convert reads it as well.
+Bytes encodeFrame(const Samples& samples, const FrameSize& size, const InputFormat& format, const FileType* type) {
+    if (type == nullptr || type->kind == FileKind::raw) {
+        return packSamples(samples, format);
+    }
+    Picture picture{size, Order::grey, false, format.bits == 8 ? 8 : 16, {}};
+    const InputFormat* plain =
+        findInputFormat(format.phase, format.bits, format.bits == 8 ? Packing::byte : Packing::word);
+    picture.data = packSamples(samples, *plain);
+    return type->kind == FileKind::pgm ? encodePnm(picture, format.maximum())
+                                       : encodePicture(std::move(picture), *type);
 }
 
 void putFrame(const MosaicRequest& request, const std::string& target, const FileId& input, const Bytes& frame) {
@@ -101,7 +116,8 @@ int mosaic(const MosaicRequest& request) {
     const DecodedPicture picture = decodePicture(file.readAll(), file.shownName());
     requireFrameSize(picture.size, file.shownName());
     const std::string target = targetName(request, picture.size, format);
-    putFrame(request, target, file.id(), packSamples(takeSites(picture, format), format));
+    putFrame(request, target, file.id(),
+             encodeFrame(takeSites(picture, format), picture.size, format, fileTypeOf(target)));
     console::note((target == standardStream ? "standard output" : target) + ": " + picture.size.text() + " " +
                   format.name);
     return exitOk;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <string_view>
 
+#include "frames/container.hpp"
 #include "support/failure.hpp"
 #include "support/scan.hpp"
 
@@ -113,6 +114,11 @@ std::size_t InputFile::readNext(uint8_t* target, std::size_t size) const {
 }
 
 Bytes InputFile::readAll() const {
+    if (length_) {
+        Bytes all(static_cast<std::size_t>(*length_));
+        all.resize(readAt(0, all.data(), all.size()));
+        return all;
+    }
     constexpr std::size_t step = std::size_t{1} << 20;
     Bytes all;
     std::size_t got = 0;
@@ -125,7 +131,10 @@ Bytes InputFile::readAll() const {
     return all;
 }
 
-FrameRange framesInFile(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
+namespace {
+
+// Of a raw file whose length is known.
+uint64_t countFrames(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
     const uint64_t length = *file.length();
     const std::string holds = file.shownName() + ": ";
     if (length == 0) {
@@ -147,15 +156,26 @@ FrameRange framesInFile(const InputFile& file, const FrameLayout& layout, const 
                       frames(count) + " and " + std::to_string(rest) +
                       " bytes more (wrong size or format? --frames 1- takes the whole ones)");
     }
+    return count;
+}
+
+}  // namespace
+
+FrameRange framesInFile(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
+    const uint64_t count = layout.container == Container::none ? countFrames(file, layout, range) : layout.frames;
     const bool toTheEnd = range.last == FrameRange{}.last;
     if (range.first > count || (!toTheEnd && range.last > count)) {
-        throw Failure(holds + "has no frame " + std::to_string(range.first > count ? range.first : range.last) +
-                      ", it holds " + frames(count));
+        throw Failure(file.shownName() + ": has no frame " +
+                      std::to_string(range.first > count ? range.first : range.last) + ", it holds " + frames(count));
     }
     return {range.first, toTheEnd ? count : range.last, range.chosen};
 }
 
 void readFrame(const InputFile& file, const FrameLayout& layout, uint64_t number, Bytes& frame) {
+    if (layout.container != Container::none) {
+        readContained(file, layout, number, frame);
+        return;
+    }
     frame.resize(layout.bytes());
     const std::size_t got = file.readAt(layout.skip + (number - 1) * layout.bytes(), frame.data(), frame.size());
     if (got != frame.size()) {
@@ -181,14 +201,25 @@ void FrameStream::skipHeader() {
     }
 }
 
+// A first frame takes memory as it comes, since a wrong size may ask for far more than will ever arrive.
+std::size_t FrameStream::fillFrame(Bytes& frame) const {
+    std::size_t got = 0;
+    for (std::size_t step = std::max(frame.capacity(), std::size_t{1} << 24);; step *= 2) {
+        frame.resize(std::min(step, layout_.bytes()));
+        got += file_.readNext(frame.data() + got, frame.size() - got);
+        if (got != frame.size() || got == layout_.bytes()) {
+            return got;
+        }
+    }
+}
+
 bool FrameStream::next(Bytes& frame) {
-    frame.resize(layout_.bytes());
     do {
         if (number_ >= range_.last || ended_) {
             return false;
         }
-        const std::size_t got = file_.readNext(frame.data(), frame.size());
-        ended_ = got != frame.size();
+        const std::size_t got = fillFrame(frame);
+        ended_ = got != layout_.bytes();
         leftOver_ = ended_ ? got : 0;
         number_ += ended_ ? 0 : 1;
     } while (ended_ || number_ < range_.first);

@@ -90,6 +90,7 @@ public:
 
 private:
     void skipHeader();
+    std::size_t fillFrame(Bytes& frame) const;
 
     const InputFile& file_;
     FrameLayout layout_;

@@ -39,6 +39,13 @@ FrameSize parseFrameSize(const std::string& text) {
     return *size;
 }
 
+void requireFrameSize(const FrameSize& size, const std::string& name) {
+    const bool tooLarge = size.samples() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max());
+    if (size.width < leastSide || size.height < leastSide || tooLarge) {
+        throw Failure(name + ": is " + size.text() + ", but a frame has at least 4x4 and fewer than 2^31 samples");
+    }
+}
+
 std::optional<FrameSize> findFrameSize(const std::string& fileName) {
     for (std::size_t at = 0; at < fileName.size(); at++) {
         // Within a number there is no size to be found: 1040x30 is not 40x30.

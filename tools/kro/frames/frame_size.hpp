@@ -21,6 +21,9 @@ struct FrameSize {
 // "1280x960"; a usage failure that says what is expected for anything else.
 FrameSize parseFrameSize(const std::string& text);
 
+// A failure where the library takes no such frame.
+void requireFrameSize(const FrameSize& size, const std::string& name);
+
 // The first WIDTHxHEIGHT in a file name that the library takes.
 std::optional<FrameSize> findFrameSize(const std::string& fileName);
 

@@ -162,13 +162,38 @@ uint64_t payloadOf(const std::optional<uint64_t>& fileBytes, uint64_t skip) {
     return fileBytes && *fileBytes > skip ? *fileBytes - skip : 0;
 }
 
+int bitsOf(uint32_t maximum) {
+    int bits = 0;
+    for (; maximum != 0; maximum >>= 1) {
+        bits++;
+    }
+    return bits;
+}
+
+NameHints hintsOf(const std::string& path) { return readName(std::filesystem::path(path).filename().string()); }
+
+int depthInName(const std::string& path) {
+    const NameHints hints = hintsOf(path);
+    return hints.format && hints.format->bits != 0 ? hints.format->bits : hints.bits;
+}
+
+FormatHint phaseInName(const std::string& path) {
+    const NameHints hints = hintsOf(path);
+    if (!hints.format) {
+        throw UsageFailure(path + ": phase unknown, its name says none; give --format, such as rggb or mono");
+    }
+    return *hints.format;
+}
+
 }  // namespace
 
 void requireGoodRequest(const FrameRequest& request) {
     if (!request.sizeText.empty()) {
         parseFrameSize(request.sizeText);
     }
-    if (!request.formatName.empty()) {
+    // A phase alone is enough for files that say their depth themselves.
+    FormatHint hint;
+    if (!request.formatName.empty() && !(readFormatHint(request.formatName, hint) && hint.bits == 0)) {
         requireInputFormat(request.formatName);
     }
 }
@@ -196,6 +221,34 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
         layout.note = path + ": read as " + layout.text() + ", " + what + " from its name";
     }
     return layout;
+}
+
+const InputFormat& inferContained(const std::string& path, const FrameRequest& request, uint32_t maximum) {
+    const int containedBits = bitsOf(maximum);
+    FormatHint hint;
+    if (request.formatName.empty()) {
+        hint = phaseInName(path);
+    } else if (!readFormatHint(request.formatName, hint) || hint.bits != 0) {
+        const InputFormat& format = requireInputFormat(request.formatName);
+        hint = {format.phase, format.bits};
+        if (format.bits > std::max(8, containedBits)) {
+            throw UsageFailure(path + ": --format " + request.formatName +
+                               " contradicts the file, whose samples have " + std::to_string(containedBits) +
+                               " bits");
+        }
+    }
+    // A phase in the option does not take back the depth in the name.
+    hint.bits = hint.bits == 0 ? depthInName(path) : hint.bits;
+    const int bits = hint.bits == 0 ? containedBits : std::min(hint.bits, std::max(8, containedBits));
+    // Not every phase has every depth; the next one holds the samples too.
+    for (const int depth : {8, 10, 12, 14, 16}) {
+        const InputFormat* format =
+            depth < bits ? nullptr : findInputFormat(hint.phase, depth, depth == 8 ? Packing::byte : Packing::word);
+        if (format != nullptr) {
+            return *format;
+        }
+    }
+    throw UsageFailure(path + ": no pixel format for samples of " + std::to_string(bits) + " bits");
 }
 
 }  // namespace cli

@@ -19,11 +19,17 @@ struct FrameRequest {
 // A usage failure where a given size or format is none, whatever the files are.
 void requireGoodRequest(const FrameRequest& request);
 
+// A picture file that holds frames; none where they lie in the file as they came from the camera.
+enum class Container { none, pgm, png, tiff, npy };
+
 // How the frames of one file are to be read.
 struct FrameLayout {
     FrameSize size;
     const InputFormat* format = nullptr;
     uint64_t skip = 0;
+    Container container = Container::none;
+    // Those in the container.
+    uint64_t frames = 0;
     // What was inferred, to be said once the frames turn out to be usable; empty where nothing was.
     std::string note;
 
@@ -34,5 +40,9 @@ struct FrameLayout {
 // Options first, then the file's name. The file's length, where it is
 // known, decides between layouts that the name leaves open.
 FrameLayout inferLayout(const std::string& path, const FrameRequest& request, std::optional<uint64_t> fileBytes);
+
+// The format of a container's frames: phase by option or name, depth by the largest sample that the container can
+// hold, unless option or name give a smaller one.
+const InputFormat& inferContained(const std::string& path, const FrameRequest& request, uint32_t maximum);
 
 }  // namespace cli

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
 
 #include "pictures/bmp_file.hpp"
 #include "pictures/jpeg_file.hpp"
@@ -13,6 +14,8 @@
 namespace cli {
 
 namespace {
+
+using namespace std::literals;
 
 constexpr std::array<FileType, 7> typeTable{{
     {FileKind::png,
@@ -45,6 +48,8 @@ constexpr std::array<FileType, 7> typeTable{{
     {FileKind::raw, "raw", {".raw", ".bin"}, "the library's bytes, without a header", true, true, true, true},
 }};
 
+const std::string picturesRead = "PNG, JPEG, TIFF, BMP, PPM or PGM";
+
 Order fileOrder(const FileType& type, Order order) {
     const bool alpha = hasAlpha(order);
     switch (type.kind) {
@@ -63,7 +68,7 @@ Order fileOrder(const FileType& type, Order order) {
     return order;
 }
 
-bool startsWith(const Bytes& file, const std::string& magic) {
+bool startsWith(const Bytes& file, std::string_view magic) {
     return file.size() >= magic.size() && std::equal(magic.begin(), magic.end(), file.begin(),
                                                      [](char a, uint8_t b) { return static_cast<uint8_t>(a) == b; });
 }
@@ -115,7 +120,7 @@ Bytes encodePicture(Picture picture, const FileType& type, const EncodeOptions& 
             return encodeJpeg(ready, options.jpegQuality);
         case FileKind::ppm:
         case FileKind::pgm:
-            return encodePnm(ready);
+            return encodePnm(ready, ready.maximum());
         case FileKind::bmp:
             return encodeBmp(ready);
         case FileKind::tiff:
@@ -135,20 +140,28 @@ void requireHoldable(const std::string& name, const FrameSize& size, std::size_t
 
 DecodedPicture decodePicture(const Bytes& file, const std::string& name) {
     if (file.empty()) {
-        throw Failure(name + ": the file is empty, expected a PNG, PPM or PGM picture");
+        throw Failure(name + ": the file is empty, expected one of " + picturesRead);
     }
-    if (startsWith(file, "\x89PNG\r\n\x1a\n")) {
+    if (startsWith(file, "\x89PNG\r\n\x1a\n"sv)) {
         return decodePng(file, name);
     }
-    if (startsWith(file, "\xff\xd8\xff")) {
+    if (startsWith(file, "\xff\xd8\xff"sv)) {
         return decodeJpeg(file, name);
+    }
+    if (startsWith(file, "BM"sv)) {
+        return decodeBmp(file, name);
+    }
+    for (const std::string_view magic : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
+        if (startsWith(file, magic)) {
+            return decodeTiff(sourceOf(file), name);
+        }
     }
     for (const char* magic : {"P2", "P3", "P5", "P6"}) {
         if (startsWith(file, magic)) {
             return decodePnm(file, name);
         }
     }
-    throw Failure(name + ": is no PNG, PPM or PGM picture");
+    throw Failure(name + ": is no " + picturesRead + " picture");
 }
 
 }  // namespace cli

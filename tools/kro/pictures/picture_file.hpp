@@ -37,13 +37,19 @@ struct EncodeOptions {
 // A whole file in memory. The channels are put into the order that the file wants.
 Bytes encodePicture(Picture picture, const FileType& type, const EncodeOptions& options = {});
 
-// PNG, PPM or PGM, told apart by their first bytes. Grey or RGB, with the file's own samples from 0 to maximum.
-struct DecodedPicture {
+struct PictureHeader {
     FrameSize size;
     int channels = 0;
     uint32_t maximum = 0;
+    uint64_t pages = 1;
+};
+
+// Grey or RGB, with the file's own samples from 0 to maximum.
+struct DecodedPicture : PictureHeader {
     std::vector<uint16_t> samples;
 };
+
+// PNG, JPEG, TIFF, BMP, PPM or PGM, told apart by their first bytes.
 DecodedPicture decodePicture(const Bytes& file, const std::string& name);
 
 // A failure where a header promises a picture that takes more bytes than the file has, before memory is taken for it.

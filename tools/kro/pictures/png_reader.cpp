@@ -27,7 +27,7 @@ struct PngJob {
 
     png_structp png = nullptr;
     png_infop info = nullptr;
-    Bytes bytes;
+    const Bytes* bytes = nullptr;
     std::size_t readAt = 0;
     std::vector<png_bytep> rows;
     std::array<char, 160> message{};
@@ -55,10 +55,10 @@ void onFree(png_structp, png_voidp memory) { std::free(memory); }
 
 void onRead(png_structp png, png_bytep data, png_size_t size) {
     PngJob& job = *static_cast<PngJob*>(png_get_io_ptr(png));
-    if (job.bytes.size() - job.readAt < size) {
+    if (job.bytes->size() - job.readAt < size) {
         png_error(png, "the file ends too early");
     }
-    std::memcpy(data, job.bytes.data() + job.readAt, size);
+    std::memcpy(data, job.bytes->data() + job.readAt, size);
     job.readAt += size;
 }
 
@@ -103,41 +103,58 @@ void takeSamples(PngJob& job, const Bytes& pixels, std::size_t count) {
     }
 }
 
-bool runDecoder(PngJob& job, const std::string& name) {
-    if (!readHeader(job)) {
-        return false;
-    }
+void takeHeader(PngJob& job, const std::string& name) {
     DecodedPicture& decoded = job.decoded;
     decoded.size = {static_cast<int32_t>(png_get_image_width(job.png, job.info)),
                     static_cast<int32_t>(png_get_image_height(job.png, job.info))};
-    const std::size_t height = static_cast<std::size_t>(decoded.size.height);
-    requireHoldable(name, decoded.size, job.packedRowBytes * height / mostInflated, job.bytes.size());
     decoded.channels = png_get_channels(job.png, job.info);
     decoded.maximum = png_get_bit_depth(job.png, job.info) == 16 ? 65535 : 255;
+    const std::size_t promised = job.packedRowBytes * static_cast<std::size_t>(decoded.size.height);
+    requireHoldable(name, decoded.size, promised / mostInflated, job.bytes->size());
+}
+
+bool decode(PngJob& job) {
+    const std::size_t height = static_cast<std::size_t>(job.decoded.size.height);
     const std::size_t rowBytes = png_get_rowbytes(job.png, job.info);
     Bytes pixels(rowBytes * height);
     pointRows(job, pixels, height, rowBytes);
     if (!readPixels(job)) {
         return false;
     }
-    takeSamples(job, pixels, decoded.size.samples() * static_cast<std::size_t>(decoded.channels));
+    takeSamples(job, pixels, job.decoded.size.samples() * static_cast<std::size_t>(job.decoded.channels));
     return true;
+}
+
+void requireGood(const PngJob& job, bool good, const std::string& name) {
+    if (job.outOfMemory) {
+        throw std::bad_alloc();
+    }
+    if (!good) {
+        throw Failure(name + ": damaged PNG: " + job.message.data());
+    }
+}
+
+void open(PngJob& job, const Bytes& file, const std::string& name) {
+    job.bytes = &file;
+    job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
+    job.info = job.png == nullptr ? nullptr : png_create_info_struct(job.png);
+    job.outOfMemory |= job.info == nullptr;
+    requireGood(job, !job.outOfMemory && readHeader(job), name);
+    takeHeader(job, name);
 }
 
 }  // namespace
 
+PictureHeader readPngHeader(const Bytes& file, const std::string& name) {
+    PngJob job;
+    open(job, file, name);
+    return job.decoded;
+}
+
 DecodedPicture decodePng(const Bytes& file, const std::string& name) {
     PngJob job;
-    job.bytes = file;
-    job.png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, &job, onError, onWarning, &job, onMalloc, onFree);
-    job.info = job.png == nullptr ? nullptr : png_create_info_struct(job.png);
-    job.outOfMemory |= job.info == nullptr;
-    if (job.outOfMemory || !runDecoder(job, name)) {
-        if (job.outOfMemory) {
-            throw std::bad_alloc();
-        }
-        throw Failure(name + ": damaged PNG: " + job.message.data());
-    }
+    open(job, file, name);
+    requireGood(job, decode(job), name);
     return std::move(job.decoded);
 }
 

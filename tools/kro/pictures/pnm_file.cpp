@@ -13,9 +13,17 @@ public:
     PnmReader(const Bytes& file, const std::string& name) : file_(file), name_(name) {}
 
     DecodedPicture read() {
+        DecodedPicture picture;
+        static_cast<PictureHeader&>(picture) = readHeader();
+        picture.samples.resize(picture.size.samples() * static_cast<std::size_t>(picture.channels));
+        isPlain() ? readPlain(picture) : readBinary(picture);
+        return picture;
+    }
+
+    PictureHeader readHeader() {
         const char kind = static_cast<char>(file_[1]);
         at_ = 2;
-        DecodedPicture picture;
+        PictureHeader picture;
         picture.channels = kind == '3' || kind == '6' ? 3 : 1;
         const int64_t width = number(maxSide);
         const int64_t height = number(maxSide);
@@ -27,11 +35,8 @@ public:
         if (picture.maximum == 0) {
             damaged("its maximum is 0");
         }
-        const bool plain = kind < '4';
         const std::size_t count = picture.size.samples() * static_cast<std::size_t>(picture.channels);
-        checkLength(count, plain ? 2 : picture.maximum > 255 ? 2 : 1, plain);
-        picture.samples.resize(count);
-        plain ? readPlain(picture) : readBinary(picture);
+        checkLength(count, isPlain() || picture.maximum > 255 ? 2 : 1, isPlain());
         return picture;
     }
 
@@ -41,6 +46,8 @@ private:
     [[noreturn]] void damaged(const std::string& what) const {
         throw Failure(name_ + ": damaged PNM picture: " + what);
     }
+
+    bool isPlain() const { return file_[1] < '4'; }
 
     void passSpace() {
         while (at_ < file_.size() && (std::isspace(file_[at_]) != 0 || file_[at_] == '#')) {
@@ -111,10 +118,10 @@ private:
 
 }  // namespace
 
-Bytes encodePnm(const Picture& picture) {
+Bytes encodePnm(const Picture& picture, uint32_t maximum) {
     const std::string header = std::string(picture.order == Order::grey ? "P5" : "P6") + "\n" +
                                std::to_string(picture.size.width) + " " + std::to_string(picture.size.height) + "\n" +
-                               std::to_string(picture.maximum()) + "\n";
+                               std::to_string(maximum) + "\n";
     Bytes file;
     file.reserve(header.size() + picture.data.size());
     file.insert(file.end(), header.begin(), header.end());
@@ -124,6 +131,8 @@ Bytes encodePnm(const Picture& picture) {
     }
     return file;
 }
+
+PictureHeader readPnmHeader(const Bytes& file, const std::string& name) { return PnmReader(file, name).readHeader(); }
 
 DecodedPicture decodePnm(const Bytes& file, const std::string& name) { return PnmReader(file, name).read(); }
 

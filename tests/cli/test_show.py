@@ -1,0 +1,227 @@
+"""kro show: pictures on terminals of several kinds, contact sheets, and the desktop's viewer."""
+
+import fcntl
+import os
+import pty
+import select
+import struct
+import termios
+
+from pictures import read_blocks, read_kitty, read_png, read_pnm, read_sixel
+from support import COMMAND, Case, random_samples
+
+FILM = ("film.raw", "-f", "rggb8", "-s", "40x30")
+
+
+class Show(Case):
+    def setUp(self):
+        super().setUp()
+        self.frames = [random_samples(1200, 8, seed) for seed in range(5)]
+        self.write("film.raw", bytes(sum(self.frames, [])))
+
+    def shown(self, graphics, *arguments, data=None, columns="40"):
+        return self.call("show", *arguments, "--in", graphics, "--columns", columns, data=data,
+                         env=dict(os.environ, COLORTERM="truecolor"))
+
+    def converted(self, *arguments):
+        return read_pnm(self.kro("convert", *arguments, "-o", "-", "--to", "ppm"))
+
+    def test_one_frame_as_it_is(self):
+        """A frame that fits is shown pixel by pixel; plain, it is what kro convert gives."""
+        wanted = self.converted(*FILM, "--frame", "2")
+        result = self.shown("kitty", *FILM, "--frame", "2", "--plain")
+        pictures, text = read_kitty(result.stdout)
+        self.assertEqual((result.returncode, pictures, text), (0, [wanted], b"\nfilm.raw\n"), result.stderr)
+        picture, text = read_blocks(self.shown("blocks", *FILM, "--frame", "2", "--plain").stdout)
+        self.assertEqual((picture, text), (wanted, b"film.raw\n"))
+        pictures, text = read_sixel(self.shown("sixel", *FILM, "--frame", "2", "--plain").stdout)
+        self.assertEqual((pictures[0][:3], text), (wanted[:3], b"\nfilm.raw\n"))
+
+    def test_sixel_colours(self):
+        self.write("flat.raw", bytes([100] * 1200))
+        pictures, _ = read_sixel(self.shown("sixel", "flat.raw", *FILM[1:], "--plain").stdout)
+        self.assertEqual(len(pictures), 1)
+        self.assertLess(max(abs(v - 100) for v in pictures[0][3]), 4)
+
+    def test_made_smaller_by_means(self):
+        width, height = 160, 100
+        self.frame_file("big.raw", width, height, "BayerRG8")
+        arguments = ("big.raw", "-f", "rggb8", "-s", "160x100")
+        pixels = self.converted(*arguments)[3]
+        wanted = []
+        for y in range(0, height, 2):
+            for x in range(0, width, 2):
+                for c in range(3):
+                    around = [pixels[3 * ((y + j) * width + x + i) + c] for j in (0, 1) for i in (0, 1)]
+                    wanted.append(sum(around) / 4)
+        picture = read_kitty(self.shown("kitty", *arguments, "--plain", columns="10").stdout)[0][0]
+        self.assertEqual(picture[:3], (80, 50, 3))
+        self.assertLessEqual(max(abs(a - b) for a, b in zip(picture[3], wanted)), 0.51)
+
+    def test_made_to_be_judged(self):
+        """Dark frames are lifted, colours balanced; --plain, --wb and --gamma say otherwise."""
+        cell = {(0, 0): 20, (1, 0): 40, (0, 1): 40, (1, 1): 10}
+        self.write("dark.raw", bytes(cell[x & 1, y & 1] for y in range(30) for x in range(40)))
+
+        def colour(*more):
+            picture = read_kitty(self.shown("kitty", "dark.raw", *FILM[1:], *more).stdout)[0][0]
+            return picture[3][3 * 610:3 * 611]
+
+        self.assertEqual(colour("--plain"), [20, 40, 10])
+        self.assertEqual(colour(), [255, 255, 255])
+        self.assertEqual(colour("--wb", "none", "--gamma", "none"), [128, 255, 64])
+        self.assertEqual(colour("--wb", "1,1,2", "--gamma", "none"), [128, 255, 128])
+
+    def test_contact_sheet(self):
+        wanted = [self.converted(*FILM, "--frame", str(n)) for n in range(1, 6)]
+        result = self.shown("kitty", *FILM, "--plain", columns="75")
+        pictures, text = read_kitty(result.stdout)
+        # Three to a row, in cells of 25 characters of 8 pixels.
+        self.assertEqual([p[:2] for p in pictures], [(600, 30), (400, 30)], result.stderr)
+        labels = [line.split() for line in text.decode().splitlines() if line]
+        self.assertEqual(labels, [["film.raw", "1", "film.raw", "2", "film.raw", "3"],
+                                  ["film.raw", "4", "film.raw", "5"]])
+        for n, frame in enumerate(wanted):
+            sheet = pictures[n // 3]
+            for y in range(30):
+                at = 3 * (y * sheet[0] + n % 3 * 200)
+                self.assertEqual(sheet[3][at:at + 120], frame[3][120 * y:120 * y + 120], n)
+
+    def test_many_frames_are_thinned_out(self):
+        self.write("long.raw", bytes(1200 * 100))
+        result = self.shown("kitty", "long.raw", *FILM[1:], "--most", "4", columns="100")
+        labels = read_kitty(result.stdout)[1].split()
+        self.assertEqual(labels[1::2], [b"1", b"26", b"51", b"76"])
+        self.assertIn(b"4 of 100 frames", result.stderr)
+        result = self.shown("kitty", "long.raw", "film.raw", *FILM[1:], "--frames", "2-3", columns="100")
+        labels = read_kitty(result.stdout)[1].split()
+        self.assertEqual(labels, [b"long.raw", b"2", b"long.raw", b"3", b"film.raw", b"2", b"film.raw", b"3"])
+
+    def test_pipes(self):
+        data = self.read("film.raw")
+        wanted = self.converted(*FILM, "--frame", "1")
+        arguments = ("-", *FILM[1:], "--plain")
+        self.assertEqual(read_kitty(self.shown("kitty", *arguments, data=data).stdout)[0], [wanted])
+        result = self.shown("kitty", *arguments, "--frames", "4-5", data=data, columns="60")
+        self.assertEqual(read_kitty(result.stdout)[1].split(), [b"standard", b"input", b"4", b"standard", b"input", b"5"])
+        self.assertEqual(self.shown("kitty", *arguments, data=data[:100]).returncode, 1)
+
+    def test_grey_deep_and_contained_frames(self):
+        self.frame_file("m_40x30_Mono12Packed.raw", 40, 30, "Mono12Packed")
+        self.kro("convert", *FILM, "--frame", "1", "-O", "Mono8", "-o", "m_mono.png")
+        for name in ("m_40x30_Mono12Packed.raw", "m_mono.png"):
+            picture = read_kitty(self.shown("kitty", name, "--plain").stdout)[0][0]
+            self.assertEqual(picture, self.converted(name, "-O", "RGB8"))
+
+    def test_one_bad_file_among_good_ones(self):
+        self.write("short.raw", b"1")
+        result = self.shown("kitty", "film.raw", "short.raw", *FILM[1:], "--frame", "1")
+        self.assertEqual((result.returncode, result.stderr.count(b"\n")), (1, 1))
+        self.assertEqual(read_kitty(result.stdout)[1], b"\nfilm.raw\n")
+
+    def test_names_cannot_steer_the_terminal(self):
+        self.write("a\x1b[31m\n.raw", self.read("film.raw")[:1200])
+        text = read_kitty(self.shown("kitty", "a\x1b[31m\n.raw", *FILM[1:]).stdout)[1]
+        self.assertEqual(text, b"\na?[31m?.raw\n")
+
+    def test_wrong_calls(self):
+        self.kro_fails(2, "show", *FILM, says=["no terminal", "--in", "--viewer"])
+        self.kro_fails(2, "show", *FILM, "--in", "ascii", says=["ascii", "kitty, sixel or blocks"])
+        self.kro_fails(2, "show", *FILM, "--in", "kitty", "--columns", "3", says="from 10 to 1000")
+        self.kro_fails(2, "show", "film.raw", "--in", "kitty", says="--size")
+        self.kro_fails(1, "show", "none.raw", *FILM[1:], "--in", "kitty", says="none.raw")
+
+
+class Terminals(Case):
+    """A terminal of 80 columns of 10 pixels is played here; it answers what it is asked as kitty, xterm and others do."""
+
+    def setUp(self):
+        super().setUp()
+        self.write("f.raw", bytes([90] * 640 * 400))
+
+    def on_terminal(self, answer, *more, term="xterm-256color", pixels=(800, 480)):
+        sized, size = os.pipe()
+        child, terminal = pty.fork()
+        if child == 0:
+            os.environ.update(TERM=term, COLORTERM="truecolor")
+            os.read(sized, 1)
+            os.chdir(self.folder)
+            os.execv(COMMAND, [COMMAND, "show", "f.raw", "-f", "rggb8", "-s", "640x400", "-q", *more])
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, *pixels))
+        os.write(size, b"!")
+        os.close(sized)
+        os.close(size)
+        said, asked = b"", False
+        try:
+            while select.select([terminal], [], [], 30)[0]:
+                part = os.read(terminal, 65536)
+                if not part:
+                    break
+                said += part
+                if not asked and b"\x1b[c" in said:
+                    asked = True
+                    os.write(terminal, answer)
+        except OSError:
+            pass
+        os.close(terminal)
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), 0, said[-300:])
+        return asked, said.split(b"\x1b[c")[-1].replace(b"\r\n", b"\n")
+
+    def test_answers(self):
+        features = b"\x1b[?62;4;22c"
+        for answer, reader in ((b"\x1b_Gi=31;OK\x1b\\" + features, read_kitty), (features, read_sixel)):
+            asked, said = self.on_terminal(answer)
+            self.assertTrue(asked)
+            pictures, text = reader(said)
+            # 22 rows of 20 pixels are left for it.
+            self.assertEqual([p[:3] for p in pictures], [(640, 400, 3)], (answer, text))
+            self.assertIn(b"f.raw", text)
+        for answer in (b"\x1b[?6c", b"\x1b[?1;2c", b"\x1b[?64;41;42c", b""):
+            asked, said = self.on_terminal(answer)
+            self.assertTrue(asked)
+            self.assertEqual(read_blocks(said)[0][:2], (70, 44), answer)
+
+    def test_size_of_a_cell(self):
+        answer = b"\x1b_Gi=31;OK\x1b\\\x1b[6;10;4t\x1b[?62c"
+        pictures, _ = read_kitty(self.on_terminal(answer, pixels=(0, 0))[1])
+        self.assertEqual(pictures[0][:2], (320, 200))
+
+    def test_terminals_that_are_not_asked(self):
+        for more, term in ((("--in", "blocks"), "xterm"), ((), "dumb")):
+            asked, said = self.on_terminal(b"", *more, term=term)
+            self.assertFalse(asked)
+            self.assertEqual(read_blocks(said)[0][:2], (70, 44))
+
+
+class Viewer(Case):
+    def setUp(self):
+        super().setUp()
+        self.frame_file("film.raw", 40, 30, "BayerRG8", frames=3)
+        os.mkdir(self.path("bin"))
+        os.mkdir(self.path("tmp"))
+
+    def view(self, *arguments, script="cp \"$1\" seen.png"):
+        if script:
+            self.write("bin/xdg-open", f"#!/bin/sh\n{script}\n".encode())
+            os.chmod(self.path("bin/xdg-open"), 0o755)
+        environment = dict(os.environ, PATH=self.path("bin") + (":/usr/bin:/bin" if script else ""),
+                           TMPDIR=self.path("tmp"))
+        return self.call("show", *FILM, "--viewer", *arguments, env=environment)
+
+    def test_picture_and_sheet(self):
+        result = self.view("--frame", "2", "--plain")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        wanted = read_pnm(self.kro("convert", *FILM, "--frame", "2", "-o", "-", "--to", "ppm"))
+        self.assertEqual(read_png(self.read("seen.png")), wanted)
+        self.assertRegex(result.stderr, rb"tmp/kro-show-\w+\.png")
+        self.assertEqual(self.view().returncode, 0)
+        self.assertEqual(read_png(self.read("seen.png"))[:2], (3 * 48, 38))
+
+    def test_no_viewer(self):
+        for script in (None, "exit 3"):
+            result = self.view("--frame", "1", script=script)
+            said = result.stderr.decode()
+            self.assertEqual((result.returncode, said.count("\n")), (1, 1), said)
+            self.assertIn("xdg-open: cannot show the picture", said)
+            with open(said.split("it is in ")[1].strip(), "rb") as file:
+                self.assertEqual(read_png(file.read())[:2], (40, 30))
