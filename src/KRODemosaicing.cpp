@@ -15,8 +15,8 @@ Address alignedUp(Address address, uintptr_t alignment) {
     return reinterpret_cast<Address>((reinterpret_cast<uintptr_t>(address) + alignment - 1) & ~(alignment - 1));
 }
 
-// 8-bit frames are read in place. For the others the scratch buffer would hold a frame of bytes and more; only a ring of
-// its rows is ever made in it. Rows begin on cache lines where there is room for that.
+// 8-bit frames are read in place. For the others the scratch buffer would hold a frame of bytes and more; only a ring
+// of its rows is ever made in it. Rows begin on cache lines where there is room for that.
 Source sourceOf(const InputFormat& input, const void* samples, const KroScratch& scratch, int32_t height,
                 int32_t width) {
     constexpr int64_t line = 64;
@@ -24,8 +24,8 @@ Source sourceOf(const InputFormat& input, const void* samples, const KroScratch&
         return plainSource(static_cast<const uint8_t*>(samples), width);
     }
     const bool words = input.layout == Layout::words;
-    Source source{samples, words ? static_cast<ptrdiff_t>(width) * 2 : 0, input.layout, input.bits, false, false,
-                  nullptr, 0};
+    Source source{
+        samples, words ? static_cast<ptrdiff_t>(width) * 2 : 0, input.layout, input.bits, false, false, nullptr, 0};
     uint8_t* const buffer = static_cast<uint8_t*>(scratch.data);
     const int64_t wide = (static_cast<int64_t>(width) + line - 1) / line * line;
     const int64_t usable = (static_cast<int64_t>(height) + 1) * width + 64;

@@ -25,9 +25,9 @@ int64_t rowBytes(const InputFormat& input, int32_t width) {
     return ofWords(input) ? int64_t{width} * 2 : packedBytes(input.layout, width);
 }
 int64_t rowBytes(const OutputFormat& output, int32_t width) {
-    const int channels = output.kind == Output::bgr                                      ? 3
+    const int channels = output.kind == Output::bgr                                   ? 3
                          : output.kind == Output::bgra || output.kind == Output::abgr ? 4
-                                                                                         : 1;
+                                                                                      : 1;
     return int64_t{width} * channels * output.sampleBytes;
 }
 
@@ -49,7 +49,9 @@ bool addressable(ptrdiff_t stride, const Format* format, int32_t height, int32_t
     if (stride == std::numeric_limits<ptrdiff_t>::min()) {
         return false;
     }
-    const int64_t apart = stride != 0 ? (stride < 0 ? -stride : stride) : format != nullptr ? rowBytes(*format, width) : 0;
+    const int64_t apart = stride != 0         ? (stride < 0 ? -stride : stride)
+                          : format != nullptr ? rowBytes(*format, width)
+                                              : 0;
     return apart <= most / height;
 }
 bool sizeIsBad(const KroSourceView& source, const KroPictureView& picture) {

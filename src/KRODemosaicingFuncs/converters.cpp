@@ -7,7 +7,8 @@ Target targetOf(const OutputFormat& output, uint8_t* destination, int32_t height
     if (output.kind == Output::planar) {
         const ptrdiff_t n = static_cast<ptrdiff_t>(height) * width;
         uint8_t *const first = destination, *const second = destination + n, *const third = destination + 2 * n;
-        return output.redFirst ? planarTarget(first, second, third, width) : planarTarget(third, second, first, width);
+        return output.redFirst ? planarTarget(first, second, third, width)
+                               : planarTarget(third, second, first, width);
     }
     const ptrdiff_t channels = output.kind == Output::mono ? 1 : output.kind == Output::bgr ? 3 : 4;
     return interleavedTarget(destination, width * channels, output.redFirst);

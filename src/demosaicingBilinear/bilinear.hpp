@@ -7,9 +7,9 @@
 namespace kro {
 namespace {
 
-// `Means` says how sums are formed. What bounds it, colour output: the two 512-bit pipes and, from the second-level cache
-// on, the memory's write rate (AVX-512 VBMI); shuffles (BW, SSSE3); shifts, shuffles and blends (AVX2). Grey output:
-// multiplications and shifts. Words: the six bytes a pixel written.
+// `Means` says how sums are formed. What bounds it, colour output: the two 512-bit pipes and, from the second-level
+// cache on, the memory's write rate (AVX-512 VBMI); shuffles (BW, SSSE3); shifts, shuffles and blends (AVX2). Grey
+// output: multiplications and shifts. Words: the six bytes a pixel written.
 template <template <class> class Means>
 struct BilinearFamily {
     static constexpr bool pairs = true;
@@ -19,14 +19,14 @@ struct BilinearFamily {
     KRO_INLINE auto row(B block, const Sample* above, const Sample* here, const Sample* below) const {
         using V = typename B::Vector;
         using M = Means<V>;
-        const auto cross = M::four(vertical<M, colourOdd, 0>(block, above, below), horizontal<M, colourOdd>(block, here));
+        const auto cross =
+            M::four(vertical<M, colourOdd, 0>(block, above, below), horizontal<M, colourOdd>(block, here));
         const auto diagonal =
             M::four(vertical<M, colourOdd, -1>(block, above, below), vertical<M, colourOdd, 1>(block, above, below));
         const Own<V> own{block.template tap<0>(here)};
-        return makePixels(
-            sites<colourOdd>(own, M::two(horizontal<M, !colourOdd>(block, here))),
-            sites<colourOdd>(cross, own),
-            sites<colourOdd>(diagonal, M::two(vertical<M, !colourOdd, 0>(block, above, below))));
+        return makePixels(sites<colourOdd>(own, M::two(horizontal<M, !colourOdd>(block, here))),
+                          sites<colourOdd>(cross, own),
+                          sites<colourOdd>(diagonal, M::two(vertical<M, !colourOdd, 0>(block, above, below))));
     }
 
     template <Output, bool, bool, class Sample>
@@ -58,9 +58,9 @@ struct Bilinear : Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>> {
     static void run(const FrameJob& job, RowSpan rows, Columns columns) { Rect::run(job, rows, columns, {}); }
 
     // The exception: where a frame of odd width starts with green, three values at the right end of rows 0 and 1 are
-    // taken from samples at the left: green of (0, W-2) from (0, 0) instead of (0, W-3), and the colour that row 0 holds
-    // at (1, W-2) and (1, W-1) from (2, 1) instead of (2, W-2). The five columns at the right end are computed again
-    // from copies with these samples put in; no other value of the three pixels depends on them.
+    // taken from samples at the left: green of (0, W-2) from (0, 0) instead of (0, W-3), and the colour that row 0
+    // holds at (1, W-2) and (1, W-1) from (2, 1) instead of (2, W-2). The five columns at the right end are computed
+    // again from copies with these samples put in; no other value of the three pixels depends on them.
     static void markedValues(const FrameJob& job) {
         constexpr int32_t n = 5;
         uint8_t end[3][n], start[3][2];

@@ -1,7 +1,7 @@
 // Bilinear on 16-bit samples: what differs from 8 bits.
 //
-// kro.h's routines serve RG mosaics, and in the rows of their body blocks of eight columns from column 1 on form sums that
-// wrap; all else is the exact truncated mean. Pictures of views are exact everywhere.
+// kro.h's routines serve RG mosaics, and in the rows of their body blocks of eight columns from column 1 on form sums
+// that wrap; all else is the exact truncated mean. Pictures of views are exact everywhere.
 #pragma once
 
 #include "demosaicingBilinear/bilinear.hpp"
@@ -29,7 +29,8 @@ struct WrappingFamily {
         return {frame.begin + 1, wraps.end < frame.end - 1 ? wraps.end : frame.end - 1};
     }
     template <bool colourOdd, class V>
-    KRO_INLINE auto row(InnerBlock<V> block, const uint16_t* above, const uint16_t* here, const uint16_t* below) const {
+    KRO_INLINE auto row(InnerBlock<V> block, const uint16_t* above, const uint16_t* here,
+                        const uint16_t* below) const {
         return Wrapping{}.template row<colourOdd>(block, above, here, below);
     }
     template <bool colourOdd, class B>
@@ -55,7 +56,8 @@ private:
             const int32_t place = column - block.x;
             return V::all(static_cast<uint32_t>(place < -1 ? -1 : place > V::columns ? V::columns : place));
         };
-        const auto begun = V::greater(V::iota(), lane(wraps.begin - 1)), open = V::greater(lane(wraps.end), V::iota());
+        const auto begun = V::greater(V::iota(), lane(wraps.begin - 1)),
+                   open = V::greater(lane(wraps.end), V::iota());
         const auto pick = [&](auto inside, auto outside) KRO_INLINE_LAMBDA {
             return V::select(begun, V::select(open, inside, outside), outside);
         };

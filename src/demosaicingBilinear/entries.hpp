@@ -1,5 +1,5 @@
-// The exported routines of the bilinear family. The region routines speak of the RG view; red and blue are exchanged by
-// the order of the output.
+// The exported routines of the bilinear family. The region routines speak of the RG view; red and blue are exchanged
+// by the order of the output.
 #pragma once
 
 #include "demosaicingBilinear/bilinear16.hpp"

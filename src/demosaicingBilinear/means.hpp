@@ -6,8 +6,8 @@
 namespace kro {
 namespace {
 
-// Sums in the lanes as they are: exact of bytes (four are at most 1020). Of words they wrap, and quotients are those of
-// signed numbers: exact of samples of up to 13 bits.
+// Sums in the lanes as they are: exact of bytes (four are at most 1020). Of words they wrap, and quotients are those
+// of signed numbers: exact of samples of up to 13 bits.
 template <class V>
 struct LaneMeans {
     using Lanes = typename V::Lanes;
@@ -17,7 +17,8 @@ struct LaneMeans {
 };
 
 // Truncated means of words that need no wider lanes. The mean of two truncated means is the truncated mean of four
-// samples but where both pairs lost a half: together they are worth one more, which shows if the sum of the means is odd.
+// samples but where both pairs lost a half: together they are worth one more, which shows if the sum of the means is
+// odd.
 template <class W>
 struct ExactMeans {
     using Lanes = typename W::Lanes;

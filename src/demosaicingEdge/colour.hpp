@@ -6,17 +6,16 @@
 namespace kro {
 namespace {
 
-// `Sites` is the neighbourhood of a block of one row: its samples, and the differences of the rows above, of its own and
-// below.
+// `near` is the neighbourhood of a block of one row: its samples, and the differences of the rows above, of its own
+// and below. Its `pixels` adds the means to the greens of their sites.
 template <class N>
 KRO_INLINE auto edgePixels(const N& near) {
     using L = typename N::L;
-    const auto sample = near.colourSample(), greenSample = near.greenSample();
-    const auto green = L::sub(sample, near.difference());
-    const auto otherAtColour = L::add(green, L::template shiftRight<2>(near.diagonal()));
-    const auto ownAtGreen = L::add(greenSample, L::template shiftRight<1>(near.across()));
-    const auto otherAtGreen = L::add(greenSample, L::template shiftRight<1>(near.vertical()));
-    return near.pixels(sample, green, otherAtColour, ownAtGreen, otherAtGreen);
+    const auto green = L::sub(near.colourSample(), near.difference());
+    const auto otherAtColour = L::template shiftRight<2>(near.diagonal());
+    const auto ownAtGreen = L::template shiftRight<1>(near.across());
+    const auto otherAtGreen = L::template shiftRight<1>(near.vertical());
+    return near.pixels(green, otherAtColour, ownAtGreen, otherAtGreen);
 }
 
 // ---- bytes: lanes hold every other column, differences have a lane for each site ----
@@ -51,8 +50,8 @@ KRO_INLINE Channels<V> channelsOf(const EdgePixels<V, Green>& pixels) {
     return channels;
 }
 
-// Differences are within -255..255: sums of four are exact. Together with the green pass arithmetic bounds the family:
-// with two 512-bit pipes about twice what the stores take.
+// Differences are within -255..255: sums of four are exact. Together with the green pass arithmetic bounds the
+// family: with two 512-bit pipes about twice what the stores take.
 template <bool colourOdd, class B>
 struct ByteNeighbours {
     using L = typename B::Vector;
@@ -69,11 +68,12 @@ struct ByteNeighbours {
         constexpr int k = colourOdd ? 1 : -1;
         return L::add(vertical(), L::add(L::loadLanes(above + k), L::loadLanes(below + k)));
     }
-    KRO_INLINE auto pixels(Lanes sample, Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
+    KRO_INLINE auto pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
         const auto greens = sites<colourOdd>(Mean<L, 0>{green}, Own<L>{here});
         return EdgePixels<L, decltype(greens)>{
-            sites<colourOdd>(Saturated<L>{sample}, Saturated<L>{ownAtGreen}), greens,
-            sites<colourOdd>(Saturated<L>{otherAtColour}, Saturated<L>{otherAtGreen})};
+            sites<colourOdd>(Saturated<L>{colourSample()}, Saturated<L>{L::add(greenSample(), ownAtGreen)}), greens,
+            sites<colourOdd>(Saturated<L>{L::add(green, otherAtColour)},
+                             Saturated<L>{L::add(greenSample(), otherAtGreen)})};
     }
 };
 
@@ -90,19 +90,22 @@ struct WordNeighbours {
     Lanes top;
 
     KRO_INLINE Lanes colourSample() const { return L::widened(here); }
-    KRO_INLINE Lanes greenSample() const { return L::widened(here); }
     KRO_INLINE Lanes difference() const { return L::loadLanes(same); }
     KRO_INLINE Lanes across() const { return beside(same); }
     KRO_INLINE Lanes vertical() const { return L::add(L::loadLanes(above), L::loadLanes(below)); }
     KRO_INLINE Lanes diagonal() const { return L::add(beside(above), beside(below)); }
-    KRO_INLINE auto pixels(Lanes, Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
-        const auto other = colourOdd ? L::combine(otherAtGreen, otherAtColour) : L::combine(otherAtColour, otherAtGreen);
-        const Ready<V> own{here}, made{L::packed(green)}, ownMade{L::packed(L::clamp(ownAtGreen, top))};
-        return makePixels(sites<colourOdd>(own, ownMade), sites<colourOdd>(made, own),
+    KRO_INLINE auto pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
+        const Lanes samples = L::widened(here), greens = ordered(green, samples);
+        const Lanes other = L::add(greens, ordered(otherAtColour, otherAtGreen));
+        const Ready<V> ownMade{L::packed(L::clamp(L::add(samples, ownAtGreen), top))};
+        return makePixels(sites<colourOdd>(Ready<V>{here}, ownMade), Ready<V>{L::packed(greens)},
                           Ready<V>{L::packed(L::clamp(other, top))});
     }
 
 private:
+    static KRO_INLINE Lanes ordered(Lanes atColour, Lanes atGreen) {
+        return colourOdd ? L::combine(atGreen, atColour) : L::combine(atColour, atGreen);
+    }
     static KRO_INLINE Lanes beside(const typename L::Number* row) {
         return L::add(L::loadLanes(row - 1), L::loadLanes(row + 1));
     }

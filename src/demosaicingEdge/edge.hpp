@@ -6,8 +6,8 @@
 namespace kro {
 namespace {
 
-// Rows that row-pair steps complete in a mosaic of this height whose first row is an R row: all but row 0 and the last
-// three (four of an odd height).
+// Rows that row-pair steps complete in a mosaic of this height whose first row is an R row: all but row 0 and the
+// last three (four of an odd height).
 constexpr int32_t steppedRows(int32_t height) { return height < 6 ? 0 : (height - 4) / 2 * 2; }
 
 // Samples above 12 bits, for which 16-bit lanes are too narrow.

@@ -20,7 +20,8 @@ struct EdgeEntries {
         return 0;
     }
     template <int32_t rows>
-    static int32_t band(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow, uint32_t swap) {
+    static int32_t band(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow,
+                        uint32_t swap) {
         return EdgeBand<S, kind>::run(band, rows, width, rowsTarget<kind>(output, width, swap != 0), greenRow);
     }
 };
@@ -51,7 +52,8 @@ struct EdgeGreyEntries {
         return 0;
     }
     template <int32_t rows>
-    static int32_t band(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow, uint32_t swap) {
+    static int32_t band(const uint8_t* const* band, int32_t width, uint8_t* output, uint8_t* greenRow,
+                        uint32_t swap) {
         return EdgeBand<S, Output::mono>::run(band, rows, width, lumaTarget(output, width, swap != 0), greenRow);
     }
 };
@@ -90,8 +92,16 @@ struct Edge16Entries {
         const int32_t covered = 2 * ((rows - 2) / 2 + 1);
         const int32_t after = start < width - 3 ? start + ((width - 4 - start) & ~1) + 2 : start;
         const ptrdiff_t above = 2 * static_cast<ptrdiff_t>(width);  // the two rows above are in view
-        const RegionFrame view{source - above, destination - 3 * above, noBottom, width,       viewPhase(start),
-                               clampMax,       2,                       start,    2 + covered, 4 + covered};
+        const RegionFrame view{source - above,
+                               destination - 3 * above,
+                               noBottom,
+                               width,
+                               viewPhase(start),
+                               clampMax,
+                               2,
+                               start,
+                               2 + covered,
+                               4 + covered};
         Region::put(view, {1, 1 + covered}, {start - 1, after - 1}, red, red);
         Region::put(view, {2, 2 + covered}, {start, after}, blue, green);
         return {after, covered};
@@ -129,10 +139,9 @@ private:
                                int32_t start, int32_t clampMax) {
         return {source, destination, height, width, viewPhase(start), clampMax, 2, 0, height, height};
     }
-    static void firstRowsOf(const uint16_t* source, uint16_t* destination, int32_t width, Phase phase, int32_t clampMax,
-                            int32_t redRow) {
-        const RegionFrame frame{source,   destination, noBottom, width,      phase,
-                                clampMax, 0,           0,        redRow + 2, redRow + 4};
+    static void firstRowsOf(const uint16_t* source, uint16_t* destination, int32_t width, Phase phase,
+                            int32_t clampMax, int32_t redRow) {
+        const RegionFrame frame{source, destination, noBottom, width, phase, clampMax, 0, 0, redRow + 2, redRow + 4};
         Region::put(frame, {0, redRow + 1}, {0, width}, blue, red);
         Region::put(frame, {redRow + 1, redRow + 2}, {0, width}, blue, green);
     }

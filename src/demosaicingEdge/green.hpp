@@ -33,8 +33,8 @@ KRO_INLINE typename L::Lanes interpolatedGreen(const GreenTaps<L>& t) {
 
 // ---- bytes: one row, a lane for each of its sites (columns x + 2 k, or x + 2 k + 1 where colourOdd) ----
 //
-// Nothing on the way exceeds 1020: 16-bit lanes are exact. Bound by arithmetic, spread over all vector pipes; loads and
-// stores are a quarter of it.
+// Nothing on the way exceeds 1020: 16-bit lanes are exact. Bound by arithmetic, spread over all vector pipes; loads
+// and stores are a quarter of it.
 template <bool colourOdd, class B>
 KRO_INLINE auto greenDifference(B block, const uint8_t* above2, const uint8_t* above, const uint8_t* here,
                                 const uint8_t* below, const uint8_t* below2) {
@@ -64,7 +64,7 @@ KRO_INLINE auto greenDifference(B block, const uint8_t* above2, const uint8_t* a
 struct FoldedRows {
     const uint16_t *colours, *greens;  // of the two rows, with two columns to spare on both sides
     const uint16_t *above, *below;     // the rows above the upper and below the lower one
-    const uint16_t* far[4];            // two above the upper, two above the lower, two below the upper, two below the lower
+    const uint16_t* far[4];  // two above the upper, two above the lower, two below the upper, two below the lower
 };
 
 // Of two rows' samples, those of the row where the column's colour stands: the upper, or the other way round.
@@ -73,8 +73,8 @@ KRO_INLINE typename V::Vector folded(typename V::Vector atUpper, typename V::Vec
     return colourOdd ? V::combine(atLower, atUpper) : V::combine(atUpper, atLower);
 }
 
-// Greens end at `top`. In lanes of 16 bits samples of at most 12 bits keep every step exact: second differences are at
-// most 8190, gradient sums 12285, greens 6142, differences within -6142..4095 and sums of four of them within
+// Greens end at `top`. In lanes of 16 bits samples of at most 12 bits keep every step exact: second differences are
+// at most 8190, gradient sums 12285, greens 6142, differences within -6142..4095 and sums of four of them within
 // -24568..16380.
 template <class L, bool colourOdd, class B>
 KRO_INLINE auto foldedDifference(B block, const FoldedRows& rows, typename L::Lanes top) {

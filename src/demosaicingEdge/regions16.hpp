@@ -59,12 +59,9 @@ private:
         const int32_t first = columns.begin & ~1, above = rows.begin < 1 ? 0 : rows.begin - 1;
         // Units count from where the finished rows end, so that none is half finished.
         uint16_t pixels[3 * most];
-        const EdgeFrame edge{frame.height,
-                             frame.width,
-                             frame.phase,
-                             interleavedTarget(pixels, 0, false),  // every row in its turn
-                             frame.top,
-                             frame.finishedRows > 0 ? frame.finishedRows : above,
+        const EdgeFrame edge{frame.height, frame.width,
+                             frame.phase,  interleavedTarget(pixels, 0, false),  // every row in its turn
+                             frame.top,    frame.finishedRows > 0 ? frame.finishedRows : above,
                              {0, 0}};
         const RegionRows source{frame, first};
         RegionStrip strip(edge, source, {0, {0, columns.end - first}, {-first, frame.width - first}});
@@ -76,8 +73,8 @@ private:
             }
             const bool belowMade = y + 1 < frame.madeRows || y + 1 >= frame.height;
             strip.colour(y, mirrored(y - 1, frame.height), belowMade ? mirrored(y + 1, frame.height) : y, 0);
-            copy(pixels + 3 * (columns.begin - first), frame.pixel(y, columns.begin), columns.end - columns.begin, from,
-                 to);
+            copy(pixels + 3 * (columns.begin - first), frame.pixel(y, columns.begin), columns.end - columns.begin,
+                 from, to);
         }
     }
     // Differences of the unit of rows y and y + 1.

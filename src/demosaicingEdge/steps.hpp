@@ -16,9 +16,9 @@ struct Band {
 };
 constexpr int32_t stepBand = 6;
 
-// The row-pair step (band of 6 rows, completes rows 1 and 2) and the bottom kernels (bands of 4 and 5, complete all rows
-// from 1 on). `greenRow` holds the greens of row 0 at even columns and of row 1 at odd columns; the step leaves those of
-// rows 2 and 3 in it. `target` addresses row 2 of the band.
+// The row-pair step (band of 6 rows, completes rows 1 and 2) and the bottom kernels (bands of 4 and 5, complete all
+// rows from 1 on). `greenRow` holds the greens of row 0 at even columns and of row 1 at odd columns; the step leaves
+// those of rows 2 and 3 in it. `target` addresses row 2 of the band.
 template <class S, Output kind>
 class EdgeBand {
     static constexpr int32_t most = stripColumns<uint8_t, int16_t>;
@@ -77,12 +77,11 @@ private:
     static void toGreenRow(BandStrip& strip, const Band& source, Columns columns, uint8_t* greenRow) {
         for (int32_t x = 0; x < columns.end - columns.begin; ++x) {
             const int32_t y = 2 + (x & 1);
-            greenRow[columns.begin + x] =
-                static_cast<uint8_t>(source[y][x] - strip.differences(y)[x >> 1]);
+            greenRow[columns.begin + x] = static_cast<uint8_t>(source[y][x] - strip.differences(y)[x >> 1]);
         }
     }
-    // Greens of row 3 stand in the output already where the step does not work in blocks of 16: in columns 0 and 1 and
-    // from the first column after the blocks. Grey output has no place for them.
+    // Greens of row 3 stand in the output already where the step does not work in blocks of 16: in columns 0 and 1
+    // and from the first column after the blocks. Grey output has no place for them.
     static void putGreenSamples(const uint8_t* samples, const uint8_t* greenRow, int32_t width,
                                 const RowTarget<uint8_t>& row) {
         uint8_t* const greens = kind == Output::planar ? row.green : row.own + 1;

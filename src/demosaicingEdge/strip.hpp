@@ -1,5 +1,5 @@
-// A strip of columns of a frame, green ahead of colour: the differences of the rows in view, and the two passes that make
-// and use them.
+// A strip of columns of a frame, green ahead of colour: the differences of the rows in view, and the two passes that
+// make and use them.
 #pragma once
 
 #include <type_traits>
@@ -18,14 +18,18 @@ constexpr int32_t rowsFolded = sizeof(Sample) == 1 ? 1 : 2;
 // Most columns of a strip, by the lanes of its differences, which lie on the stack: in 20 KiB together with all else.
 // Frames that are wider are walked in strips.
 template <class Sample, class Number>
-constexpr int32_t stripColumns = sizeof(Sample) == 1 ? 4608 : sizeof(Number) == 2 ? 1792 : 1088;
+constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4416
+                                 : sizeof(Number) == 2 ? 1728
+                                                       : 1024;
 // The same where a ring of rows lies there too.
 template <class Sample, class Number>
-constexpr int32_t ringedStripColumns = sizeof(Sample) == 1 ? 1856 : sizeof(Number) == 2 ? 832 : 640;
+constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1792
+                                       : sizeof(Number) == 2 ? 768
+                                                             : 576;
 
-// Rows of differences of the units (one row, or two folded ones) in view: three, and where it costs little a fourth, so
-// that their places are a mask. Lane 0 is the strip's column 0: of words a lane belongs to each column, of bytes to each
-// two.
+// Rows of differences of the units (one row, or two folded ones) in view: three, and where it costs little a fourth,
+// so that their places are a mask. Lane 0 is the strip's column 0: of words a lane belongs to each column, of bytes
+// to each two.
 template <class Sample, class Number, int32_t mostColumns>
 class Differences {
 public:
@@ -101,8 +105,10 @@ KRO_INLINE typename L::Lanes topOf(int32_t top) {
 template <class S>
 struct EdgeGreen {
     // `rows`: from two above to two below.
-    static void make(bool colourOdd, const uint8_t* const (&rows)[5], Columns made, Columns frame, int16_t* differences) {
-        (colourOdd ? bytes<true> : bytes<false>)(rows[0], rows[1], rows[2], rows[3], rows[4], made, frame, differences);
+    static void make(bool colourOdd, const uint8_t* const (&rows)[5], Columns made, Columns frame,
+                     int16_t* differences) {
+        (colourOdd ? bytes<true> : bytes<false>)(rows[0], rows[1], rows[2], rows[3], rows[4], made, frame,
+                                                 differences);
     }
     template <class Number>
     static void make(bool colourOdd, const FoldedRows& rows, Columns made, Columns frame, int32_t top,
@@ -116,8 +122,9 @@ struct EdgeGreen {
 
 private:
     template <bool colourOdd>
-    static KRO_OUTLINE void bytes(const uint8_t* above2, const uint8_t* above, const uint8_t* here, const uint8_t* below,
-                                  const uint8_t* below2, Columns made, Columns frame, int16_t* differences) {
+    static KRO_OUTLINE void bytes(const uint8_t* above2, const uint8_t* above, const uint8_t* here,
+                                  const uint8_t* below, const uint8_t* below2, Columns made, Columns frame,
+                                  int16_t* differences) {
         eachBlock<typename S::Bytes, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             using V = typename decltype(block)::Vector;
             V::storeLanes(differences + block.x / 2,
@@ -190,9 +197,11 @@ private:
         out.alphaColumns = to.alphaColumns;
         const int32_t top = to.top;
         const Columns frame = to.strip.frame;
-        eachBlock<BackEnd<S, Sample>, 1>(to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-            put<kind, ownFirst>(out, block, edgePixels(neighbours<colourOdd>(block, here, above, same, below, top)));
-        });
+        eachBlock<BackEnd<S, Sample>, 1>(
+            to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
+                put<kind, ownFirst>(out, block,
+                                    edgePixels(neighbours<colourOdd>(block, here, above, same, below, top)));
+            });
         finishRow<kind>(out, to.strip.made);
     }
     template <class Number, bool colourOdd, bool ownFirst>
@@ -202,12 +211,13 @@ private:
         const auto second = rowTarget<kind, Sample>(to.target, phaseOfRow(to.phase, 1), to.y + 1, to.strip.first);
         const int32_t top = to.top;
         const Columns frame = to.strip.frame;
-        eachBlock<BackEnd<S, Sample>, 1>(to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-            const auto one = edgePixels(neighbours<colourOdd>(block, upper, above, same, same, top));
-            const auto two = edgePixels(neighbours<!colourOdd>(block, lower, same, same, below, top));
-            put<kind, ownFirst>(first, block, one);
-            put<kind, ordered && !ownFirst>(second, block, two);
-        });
+        eachBlock<BackEnd<S, Sample>, 1>(
+            to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
+                const auto one = edgePixels(neighbours<colourOdd>(block, upper, above, same, same, top));
+                const auto two = edgePixels(neighbours<!colourOdd>(block, lower, same, same, below, top));
+                put<kind, ownFirst>(first, block, one);
+                put<kind, ordered && !ownFirst>(second, block, two);
+            });
         finishRow<kind>(first, to.strip.made);
         finishRow<kind>(second, to.strip.made);
     }
@@ -233,9 +243,9 @@ struct EdgeFrame {
     int32_t height, width;
     Phase phase;
     Target target;
-    int32_t top;          // words: interpolated samples end here
-    int32_t firstRow;     // units count from here
-    RowSpan alphaRows;    // rows whose alpha is written, in alphaColumns, where it is not written everywhere
+    int32_t top;        // words: interpolated samples end here
+    int32_t firstRow;   // units count from here
+    RowSpan alphaRows;  // rows whose alpha is written, in alphaColumns, where it is not written everywhere
 };
 
 // `Source` gives rows: source[y] mirrored at the top and bottom, source.at(y) of the frame itself.
@@ -263,7 +273,9 @@ public:
     }
 
     KRO_INLINE void green(int32_t unit) { makeGreen(unit, Width{}); }
-    KRO_INLINE void colour(int32_t y) { colour(y, mirrored(y - 1, frame_.height), mirrored(y + 1, frame_.height), y); }
+    KRO_INLINE void colour(int32_t y) {
+        colour(y, mirrored(y - 1, frame_.height), mirrored(y + 1, frame_.height), y);
+    }
     // From the differences of given rows to a given row of the output.
     KRO_INLINE void colour(int32_t y, int32_t above, int32_t below, int32_t outputRow) {
         Colours::row(rowOf(y, outputRow), source_[y],

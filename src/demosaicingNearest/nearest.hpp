@@ -11,8 +11,8 @@ struct NearestFamily {
     static constexpr bool pairs = false;  // rows share too little
     static KRO_INLINE Columns inner(Columns frame) { return innerColumns<1>(frame); }
 
-    // Of the two columns x - 1 and x, the one that holds the wanted colour: in the row itself its own colour and green
-    // alternate, in the row above the other colour stands where this row has green.
+    // Of the two columns x - 1 and x, the one that holds the wanted colour: in the row itself its own colour and
+    // green alternate, in the row above the other colour stands where this row has green.
     template <bool colourOdd, class B, class Sample>
     KRO_INLINE auto row(B block, const Sample* above, const Sample* here, const Sample*) const {
         using V = typename B::Vector;
@@ -23,8 +23,8 @@ struct NearestFamily {
                           Ready<V>{V::template pickColumns<!colourOdd>(up, upLeft)});
     }
 
-    // At a red or blue site of column 0 green comes from above, not from the mirrored neighbour on the right, in every
-    // row but the first.
+    // At a red or blue site of column 0 green comes from above, not from the mirrored neighbour on the right, in
+    // every row but the first.
     template <Output kind, bool colourOdd, bool ownFirst, class Sample>
     static KRO_INLINE void mend(const RowTarget<Sample>& row, const RowInput<Sample>& in) {
         if (!colourOdd && !in.top) {

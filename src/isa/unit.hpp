@@ -1,5 +1,5 @@
-// The kernels of one instruction set: every formula instantiated for one back end. Included once by each unit; all of it
-// has internal linkage, so that no function compiled for one processor can be linked in place of another's.
+// The kernels of one instruction set: every formula instantiated for one back end. Included once by each unit; all of
+// it has internal linkage, so that no function compiled for one processor can be linked in place of another's.
 #pragma once
 
 #include "demosaicingBilinear/entries.hpp"
@@ -12,11 +12,11 @@ namespace kro {
 namespace {
 
 // A family's frames of the five output kinds, in the order of `Output`.
-#define KRO_KINDS(family, ...)                                                            \
-    {                                                                                     \
-        family<__VA_ARGS__, Output::bgr>::frame, family<__VA_ARGS__, Output::bgra>::frame, \
+#define KRO_KINDS(family, ...)                                                                    \
+    {                                                                                             \
+        family<__VA_ARGS__, Output::bgr>::frame, family<__VA_ARGS__, Output::bgra>::frame,        \
             family<__VA_ARGS__, Output::abgr>::frame, family<__VA_ARGS__, Output::planar>::frame, \
-            family<__VA_ARGS__, Output::mono>::frame                                      \
+            family<__VA_ARGS__, Output::mono>::frame                                              \
     }
 
 template <class S>

@@ -24,8 +24,8 @@ KRO_INLINE constexpr int32_t mirrored(int32_t index, int32_t n) {
     return index < 0 ? -index : index >= n ? 2 * (n - 1) - index : index;
 }
 
-// The far samples of the 16-bit edge family stand two away from their centre, and on the other side of it where that is
-// outside: index -2 (of centre 0) is 2, index n (of centre n - 2) is n - 4.
+// The far samples of the 16-bit edge family stand two away from their centre, and on the other side of it where that
+// is outside: index -2 (of centre 0) is 2, index n (of centre n - 2) is n - 4.
 KRO_INLINE constexpr int32_t opposite(int32_t index, int32_t n) {
     return index < 0 ? index + 4 : index >= n ? index - 4 : index;
 }

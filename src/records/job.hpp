@@ -59,7 +59,8 @@ constexpr Target greyTarget(void* destination, ptrdiff_t stride, uint32_t red, u
 }
 // Luma of red, green, blue; `exchanged` where what the kernel reads as red is blue.
 constexpr Target lumaTarget(void* destination, ptrdiff_t stride, bool exchanged) {
-    return greyTarget(destination, stride, lumaWeight[exchanged ? 2 : 0], lumaWeight[1], lumaWeight[exchanged ? 0 : 2]);
+    return greyTarget(destination, stride, lumaWeight[exchanged ? 2 : 0], lumaWeight[1],
+                      lumaWeight[exchanged ? 0 : 2]);
 }
 }  // namespace
 

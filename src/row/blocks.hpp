@@ -124,9 +124,9 @@ KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, Columns in
     }
 }
 
-// Calls formula(block) for the columns `made` of a row that exists in the columns `frame`: a pair up to the first even
-// column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula, `inner` the columns
-// that inner blocks may stand in, of which every tap must lie inside the row.
+// Calls formula(block) for the columns `made` of a row that exists in the columns `frame`: a pair up to the first
+// even column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula, `inner` the
+// columns that inner blocks may stand in, of which every tap must lie inside the row.
 template <class V, int reach, class Formula>
 KRO_INLINE void eachBlock(Columns made, Columns frame, Columns inner, const Formula& formula) {
     const int32_t begin = (made.begin + 1) & ~1;

@@ -1,12 +1,14 @@
 // Packed samples, two or four in a group of bytes, taken out of it.
 //
-// Every layout has 8 samples in as many bytes as a sample has bits (but GigE's 10 bits: 12), and every sample within two
-// neighbouring bytes, or in a byte of high bits and one or two of low ones. So one description serves them all: two words
-// of bytes are picked for each sample and multiplied by a power of two, which moves its bits to the upper end of a word:
+// Every layout has 8 samples in as many bytes as a sample has bits (but GigE's 10 bits: 12), and every sample within
+// two neighbouring bytes, or in a byte of high bits and one or two of low ones. So one description serves them all:
+// two words of bytes are picked for each sample and multiplied by a power of two, which moves its bits to the upper
+// end of a word:
 //
 //     lsb10, lsb12   first word: the two bytes that hold it                               shifted left
 //     lsb14          the same, or of three bytes the upper two; second word: the lower two, shifted right
-//     gige, csi      first word: its high byte, in place; second word: its low bits, shifted left, then 8 to the right
+//     gige, csi      first word: its high byte, in place; second word: its low bits, shifted left, then 8 to the
+//     right
 //
 // What stands below its bits then belongs to its neighbours and is shifted out by who takes the number.
 #pragma once
@@ -50,16 +52,17 @@ constexpr ptrdiff_t packedBytes(Layout layout, ptrdiff_t n) {
     return (n + p.samples - 1) / p.samples * p.bytes;
 }
 
-// Where the bits of sample i of a group begin: its byte of high bits (GigE: bytes 0 and 2), and the bit of its low ones.
+// Where the bits of sample i of a group begin: its byte of high bits (GigE: bytes 0 and 2), and the bit of its low
+// ones.
 constexpr int highByte(Layout layout, int i) {
     return layout == Layout::gige10 || layout == Layout::gige12 ? 2 * i : i;
 }
 constexpr int lowBit(Layout layout, int i) {
     const Packing p = packingOf(layout);
-    return !p.highFirst                ? i * p.bits
-           : layout == Layout::gige10  ? 8 + 4 * i
-           : layout == Layout::gige12  ? 8 + 4 * i
-                                       : 8 * p.samples + i * (p.bits - 8);
+    return !p.highFirst               ? i * p.bits
+           : layout == Layout::gige10 ? 8 + 4 * i
+           : layout == Layout::gige12 ? 8 + 4 * i
+                                      : 8 * p.samples + i * (p.bits - 8);
 }
 
 // One sample, by its definition.
@@ -165,7 +168,8 @@ KRO_INLINE typename V::Vector highBytesOf(const uint8_t* in) {
         static constexpr Shuffle<V::columns> head = pickedHighBytes<layout, 0, lanes>();
         static constexpr Shuffle<V::columns> tail = pickedHighBytes<layout, 1, lanes>();
         constexpr int32_t start[4] = {0, run, 2 * run, 3 * run};
-        return V::bitOr(V::shuffled(V::lanesAt(in, start), head), V::shuffled(V::lanesAt(in + run - 16, start), tail));
+        return V::bitOr(V::shuffled(V::lanesAt(in, start), head),
+                        V::shuffled(V::lanesAt(in + run - 16, start), tail));
     }
 }
 
@@ -178,7 +182,8 @@ KRO_INLINE typename W::Vector leftAligned(const uint8_t* in) {
                                    runLane(layout, first + 3)};
     static constexpr Shuffle<16 * lanes> pick1 = pickedBytes<layout, 0, lanes, j>();
     static constexpr Shuffle<16 * lanes> pick2 = pickedBytes<layout, 1, lanes, j>();
-    static constexpr WordIndices<8 * lanes> factor1 = factors<layout, 0, lanes>(), factor2 = factors<layout, 1, lanes>();
+    static constexpr WordIndices<8 *lanes> factor1 = factors<layout, 0, lanes>(),
+                                           factor2 = factors<layout, 1, lanes>();
     const auto bytes = W::lanesAt(in, offset);
     const auto one = W::shuffled(bytes, pick1);
     if constexpr (packing.highFirst) {

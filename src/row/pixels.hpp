@@ -1,7 +1,9 @@
-// What a row's formula hands to a store: for each channel one value at the even and one at the odd columns of a block.
+// What a row's formula hands to a store: for each channel one value at the even and one at the odd columns of a
+// block.
 //
-// Bytes hold the even columns of a block in the low and the odd ones in the high halves of 16-bit lanes, so formulas work
-// on half the columns at a time; words have a lane for every column, and of each value the columns that matter are picked.
+// Bytes hold the even columns of a block in the low and the odd ones in the high halves of 16-bit lanes, so formulas
+// work on half the columns at a time; words have a lane for every column, and of each value the columns that matter
+// are picked.
 #pragma once
 
 #include "vector/pair.hpp"
@@ -18,8 +20,8 @@ struct Distance {
     static constexpr int value = k;
 };
 
-// Samples k columns beside those of one parity. `anchor` says at which parity loads stand: of bytes, one load has all that
-// two neighbouring parities need.
+// Samples k columns beside those of one parity. `anchor` says at which parity loads stand: of bytes, one load has all
+// that two neighbouring parities need.
 template <int anchor, bool odd, int k, class B>
 KRO_INLINE auto samplesAt(B block, const typename B::Vector::Sample* row) {
     using V = typename B::Vector;
@@ -85,7 +87,8 @@ KRO_INLINE typename V::Lanes oddLanes(Ready<V> ready) {
     return oddLanes(Own<V>{ready.samples});
 }
 
-// As samples for V::combine: of bytes, even ones must be clean where the back end needs it, odd ones need only their half.
+// As samples for V::combine: of bytes, even ones must be clean where the back end needs it, odd ones need only their
+// half.
 template <class V>
 KRO_INLINE typename V::Vector evenSamples(Own<V> own) {
     if constexpr (ofBytes<V>) {

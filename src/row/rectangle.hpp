@@ -1,4 +1,5 @@
-// Runs a family's row formula over a rectangle of the frame: the one loop behind whole frames, bands and region routines.
+// Runs a family's row formula over a rectangle of the frame: the one loop behind whole frames, bands and region
+// routines.
 #pragma once
 
 #include "row/source.hpp"
@@ -101,8 +102,9 @@ private:
     }
 
     template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void single(const Target& target, Phase phase, int32_t y, const Strip& strip, const Sample* above,
-                                   const Sample* here, const Sample* below, bool top, const Family& family) {
+    static KRO_OUTLINE void single(const Target& target, Phase phase, int32_t y, const Strip& strip,
+                                   const Sample* above, const Sample* here, const Sample* below, bool top,
+                                   const Family& family) {
         const auto out = rowTarget<kind, Sample>(target, phase, y, strip.first);
         const Family f = family;
         eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
@@ -125,8 +127,9 @@ private:
     // Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands before its
     // first store: samples may alias, so the compiler could not reuse loads across stores.
     template <bool ownFirst>
-    static KRO_OUTLINE void both(const Target& target, Phase phase, int32_t y, const Strip& strip, const Sample* above,
-                                 const Sample* here, const Sample* next, const Sample* below, const Family& family) {
+    static KRO_OUTLINE void both(const Target& target, Phase phase, int32_t y, const Strip& strip,
+                                 const Sample* above, const Sample* here, const Sample* next, const Sample* below,
+                                 const Family& family) {
         const auto upper = rowTarget<kind, Sample>(target, phase, y, strip.first);
         const auto lower = rowTarget<kind, Sample>(target, phaseOfRow(phase, 1), y + 1, strip.first);
         const Family f = family;

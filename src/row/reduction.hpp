@@ -1,5 +1,5 @@
-// Samples of any layout to bytes (their eight high bits) or to words (numbers of `bits` bits). A run of samples of a row
-// is read on its own, so that a row can be made just before it is needed.
+// Samples of any layout to bytes (their eight high bits) or to words (numbers of `bits` bits). A run of samples of a
+// row is read on its own, so that a row can be made just before it is needed.
 //
 // What bounds it: two loads and a store for each block of bytes; packed layouts add two or three shuffles and a
 // multiplication or two for every vector of words.
@@ -118,9 +118,7 @@ KRO_INLINE void unpackBlock(const uint8_t* in, uint16_t* out) {
 template <class S, Layout layout, class Sample>
 void unpackRun(const uint8_t* packed, ptrdiff_t first, ptrdiff_t count, Sample* out) {
     constexpr Packing packing = packingOf(layout);
-    const auto one = [&](ptrdiff_t i) KRO_INLINE_LAMBDA {
-        unpackOne(layout, packed, first + i, out + i);
-    };
+    const auto one = [&](ptrdiff_t i) KRO_INLINE_LAMBDA { unpackOne(layout, packed, first + i, out + i); };
     ptrdiff_t i = 0;
     if constexpr (S::Bytes::columns > 2) {
         for (; i < count && (first + i) % packing.samples != 0; ++i) {

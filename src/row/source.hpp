@@ -1,5 +1,5 @@
-// The rows of a frame as bytes or words. What a kernel can read is read in place; other samples are prepared row by row
-// in a small ring just ahead of it, which costs far less than a pass over the whole frame.
+// The rows of a frame as bytes or words. What a kernel can read is read in place; other samples are prepared row by
+// row in a small ring just ahead of it, which costs far less than a pass over the whole frame.
 #pragma once
 
 #include "row/reduction.hpp"
@@ -9,7 +9,7 @@ namespace {
 
 // Most columns that a kernel works on at a time where the ring of rows is its own: its memory is on the stack.
 template <class Sample>
-constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2944 : 1472;
+constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2816 : 1408;
 // Columns of the frame that stand beside a strip in the ring: what the farthest formulas see, whole groups.
 constexpr int32_t ringMargin = 16;
 
@@ -46,8 +46,7 @@ public:
             stride_ = job.source.stride;
         } else {
             const int32_t left = strip.begin < ringMargin ? strip.begin : ringMargin;
-            prepared_ = {strip.begin - left,
-                         job.width - strip.end < ringMargin ? job.width : strip.end + ringMargin};
+            prepared_ = {strip.begin - left, job.width - strip.end < ringMargin ? job.width : strip.end + ringMargin};
             ring_ = static_cast<Sample*>(ring) + left;
             first_ = ring_;
             stride_ = ringStride;

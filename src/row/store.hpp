@@ -9,8 +9,8 @@
 namespace kro {
 namespace {
 
-// One output row, from the first of the columns that a kernel counts on. `own` and `other` are resolved: what the row's
-// colour sites hold, and the colour of its neighbours.
+// One output row, from the first of the columns that a kernel counts on. `own` and `other` are resolved: what the
+// row's colour sites hold, and the colour of its neighbours.
 template <class Sample>
 struct RowTarget {
     Sample* own;  // interleaved and grey: the row
@@ -61,8 +61,8 @@ template <class Sample>
 KRO_INLINE Sample spread(int32_t bits, Sample sample) {
     return static_cast<Sample>(sample << (16 - bits) | sample >> (2 * bits - 16));
 }
-// A finished row of `count` pixels, alpha left out. A pass of its own: a test in every block would cost the words that are
-// not spread more than this costs those that are.
+// A finished row of `count` pixels, alpha left out. A pass of its own: a test in every block would cost the words
+// that are not spread more than this costs those that are.
 template <Output kind, class Sample>
 KRO_OUTLINE void spreadRow(const RowTarget<Sample>& row, int32_t first, int32_t count) {
     constexpr int channels = channelsIn(kind), alpha = kind == Output::abgr ? 0 : kind == Output::bgra ? 3 : -1;
@@ -70,7 +70,8 @@ KRO_OUTLINE void spreadRow(const RowTarget<Sample>& row, int32_t first, int32_t 
     for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
         Sample* const samples = planes[plane] + static_cast<ptrdiff_t>(first) * channels;
         for (int channel = 0; channel < channels; ++channel) {
-            for (ptrdiff_t i = channel; channel != alpha && i < static_cast<ptrdiff_t>(count) * channels; i += channels) {
+            for (ptrdiff_t i = channel; channel != alpha && i < static_cast<ptrdiff_t>(count) * channels;
+                 i += channels) {
                 samples[i] = spread(row.spreadBits, samples[i]);
             }
         }
@@ -121,7 +122,8 @@ KRO_INLINE void put(const T& row, PairBlock<V> block, const P& pixels) {
     }
     if (block.wantOdd) {
         putPixel<kind, ownFirst>(row, block.x + 1, V::oddColumn(oddLanesOf<V>(pixels.own)),
-                                 V::oddColumn(oddLanesOf<V>(pixels.green)), V::oddColumn(oddLanesOf<V>(pixels.other)));
+                                 V::oddColumn(oddLanesOf<V>(pixels.green)),
+                                 V::oddColumn(oddLanesOf<V>(pixels.other)));
     }
 }
 template <Output kind, bool ownFirst, class T, class P>
@@ -135,8 +137,8 @@ KRO_INLINE void put(const T& row, InnerBlock<PairWords> block, const P& pixels) 
 
 // ---- wide blocks ----
 
-// Weights of sum 256 give at most 255 * 256 + 128 = 65408, so 16-bit lanes are exact (other weights wrap there, and the
-// byte taken is the same as of the wider sum).
+// Weights of sum 256 give at most 255 * 256 + 128 = 65408, so 16-bit lanes are exact (other weights wrap there, and
+// the byte taken is the same as of the wider sum).
 template <class V, class T>
 KRO_INLINE typename V::Lanes weighed(const T& row, typename V::Lanes own, typename V::Lanes green,
                                      typename V::Lanes other) {

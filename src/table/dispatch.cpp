@@ -1,4 +1,5 @@
-// Which table serves this processor: a pure function of the compiler runtime's CPU record, half a nanosecond, no state.
+// Which table serves this processor: a pure function of the compiler runtime's CPU record, half a nanosecond, no
+// state.
 #include "table/kernels.hpp"
 
 namespace kro {

@@ -1,4 +1,5 @@
-// The exported kernels: each forwards to the table chosen for this processor. Types come from the public declarations.
+// The exported kernels: each forwards to the table chosen for this processor. Types come from the public
+// declarations.
 #include "table/kernels.hpp"
 
 namespace {
@@ -24,21 +25,28 @@ struct Signature<R(A...)> {
 
 #define KRO_RESULT(routine) Signature<decltype(routine)>::Result
 #define KRO_ARG(routine, n) Signature<decltype(routine)>::Argument<n> a##n
-#define KRO_EXPORT_4(routine) \
-    KRO_RESULT(routine) routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3)) { \
-        return kro::bestKernels().routine(a0, a1, a2, a3); \
+#define KRO_EXPORT_4(routine)                                                                     \
+    KRO_RESULT(routine)                                                                           \
+    routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3)) { \
+        return kro::bestKernels().routine(a0, a1, a2, a3);                                        \
     }
-#define KRO_EXPORT_5(routine) \
-    KRO_RESULT(routine) routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), KRO_ARG(routine, 4)) { \
-        return kro::bestKernels().routine(a0, a1, a2, a3, a4); \
+#define KRO_EXPORT_5(routine)                                                                   \
+    KRO_RESULT(routine)                                                                         \
+    routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), \
+            KRO_ARG(routine, 4)) {                                                              \
+        return kro::bestKernels().routine(a0, a1, a2, a3, a4);                                  \
     }
-#define KRO_EXPORT_6(routine) \
-    KRO_RESULT(routine) routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), KRO_ARG(routine, 4), KRO_ARG(routine, 5)) { \
-        return kro::bestKernels().routine(a0, a1, a2, a3, a4, a5); \
+#define KRO_EXPORT_6(routine)                                                                                        \
+    KRO_RESULT(routine)                                                                                              \
+    routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), KRO_ARG(routine, 4), \
+            KRO_ARG(routine, 5)) {                                                                                   \
+        return kro::bestKernels().routine(a0, a1, a2, a3, a4, a5);                                                   \
     }
-#define KRO_EXPORT_7(routine) \
-    KRO_RESULT(routine) routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), KRO_ARG(routine, 4), KRO_ARG(routine, 5), KRO_ARG(routine, 6)) { \
-        return kro::bestKernels().routine(a0, a1, a2, a3, a4, a5, a6); \
+#define KRO_EXPORT_7(routine)                                                                                        \
+    KRO_RESULT(routine)                                                                                              \
+    routine(KRO_ARG(routine, 0), KRO_ARG(routine, 1), KRO_ARG(routine, 2), KRO_ARG(routine, 3), KRO_ARG(routine, 4), \
+            KRO_ARG(routine, 5), KRO_ARG(routine, 6)) {                                                              \
+        return kro::bestKernels().routine(a0, a1, a2, a3, a4, a5, a6);                                               \
     }
 
 extern "C" {

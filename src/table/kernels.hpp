@@ -14,7 +14,8 @@ struct Kernels {
 #include "table/kernels.def"
 #undef KRO_KERNEL
 
-    // Internal: frames, or bands of them, by algorithm and output kind (records/job.hpp); of words, all phases, exact.
+    // Internal: frames, or bands of them, by algorithm and output kind (records/job.hpp); of words, all phases,
+    // exact.
     void (*bytes[algorithms][outputKinds])(const FrameJob&);
     void (*words[algorithms][outputKinds])(const FrameJob&);
     // Internal: grey frames, by output kind.

@@ -57,7 +57,8 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes shiftRightBy(Lanes a, int32_t n) { return _mm256_srl_epi16(a, _mm_cvtsi32_si128(n)); }
     static KRO_INLINE Lanes shiftLeftBy(Lanes a, int32_t n) { return _mm256_sll_epi16(a, _mm_cvtsi32_si128(n)); }
 
-    // Interleaving within lanes takes dword j of each lane to part j; with the dwords of a channel transposed beforehand
+    // Interleaving within lanes takes dword j of each lane to part j; with the dwords of a channel transposed
+    // beforehand
     //     lane 0  d0 d2 d4 d6    lane 1  d1 d3 d5 d7
     // all pixels are in order afterwards.
     struct Quads {

@@ -128,8 +128,8 @@ struct Avx512Bytes : Avx512Lanes {
         b = _mm512_unpackhi_epi8(even, odd);
     }
 
-    // One rotation a channel, then blends, as in Avx2Bytes. With byte permutes the whole vector rotates and each merge
-    // is a store; without them lanes rotate, and the merged pieces are put in order.
+    // One rotation a channel, then blends, as in Avx2Bytes. With byte permutes the whole vector rotates and each
+    // merge is a store; without them lanes rotate, and the merged pieces are put in order.
     static KRO_INLINE void store3(uint8_t* out, Vector c0, Vector c1, Vector c2) {
         static constexpr int lane = bytePermutes ? 64 : 16;
         static constexpr Shuffle<64> rotation[3] = {rotate3<64, lane, 1>(0), rotate3<64, lane, 1>(1),

@@ -1,7 +1,8 @@
 // The scalar back end: a pair of columns, and with it the definition of what every other back end computes.
 //
-// A back end of bytes works on `Vector`s (bytes in column order) and `Lanes` (16-bit numbers: the even or the odd columns
-// of a block). A back end of words has one lane a column, in column order; `Wide` are as many lanes of 32 bits.
+// A back end of bytes works on `Vector`s (bytes in column order) and `Lanes` (16-bit numbers: the even or the odd
+// columns of a block). A back end of words has one lane a column, in column order; `Wide` are as many lanes of 32
+// bits.
 #pragma once
 
 #include "records/geometry.hpp"

@@ -87,8 +87,8 @@ constexpr DwordIndices transposedDwords() {
     return table;
 }
 
-// Elements (of `wide` bytes) of a load from the row's first element that continue mirrored to the left of it, `outside` of
-// them: 2 1 0 1 2 3 .. for two.
+// Elements (of `wide` bytes) of a load from the row's first element that continue mirrored to the left of it,
+// `outside` of them: 2 1 0 1 2 3 .. for two.
 template <int size, int wide>
 constexpr Shuffle<size> leftOf(int outside) {
     Shuffle<size> table{};
@@ -98,7 +98,8 @@ constexpr Shuffle<size> leftOf(int outside) {
     }
     return table;
 }
-// Of a load that ends with the row's last element, n of them, those `outside` elements on: .. n-2 n-1 n-2 n-3 for two.
+// Of a load that ends with the row's last element, n of them, those `outside` elements on: .. n-2 n-1 n-2 n-3 for
+// two.
 template <int size, int wide>
 constexpr Shuffle<size> rightOf(int outside) {
     Shuffle<size> table{};
@@ -128,8 +129,8 @@ constexpr Shuffle<size> triple(int j) {
     }
     return table;
 }
-// The same for 64 bytes in two steps, without byte permutes across lanes: the two groups of 8 that each lane of vector
-// j draws on, then the bytes within them.
+// The same for 64 bytes in two steps, without byte permutes across lanes: the two groups of 8 that each lane of
+// vector j draws on, then the bytes within them.
 struct alignas(64) QwordIndices {
     uint64_t qword[8];
 };
