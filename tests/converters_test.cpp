@@ -35,10 +35,9 @@ TEST(Converters, EveryPhaseOutputAndAlgorithm) {
                         destination.check(
                             *table, expected,
                             [&](uint8_t* to) {
-                                EXPECT_EQ(KRO_OK,
-                                          kro::convertFrame(*table, converter.input,
-                                                            kro::plainSource(from, size.width), to, size.height,
-                                                            size.width, output.code, algorithm));
+                                EXPECT_EQ(KRO_OK, kro::convertFrame(*table, converter.input,
+                                                                    kro::plainSource(from, size.width), to,
+                                                                    size.height, size.width, output.code, algorithm));
                             },
                             where);
                     }
@@ -94,9 +93,8 @@ TEST(Converters, MonoExpandsEveryLength) {
                 destination.check(
                     *table, expected,
                     [&](uint8_t* to) {
-                        EXPECT_EQ(KRO_OK,
-                                  kro::convertFrame(*table, grey, kro::plainSource(from, width), to, 1, width,
-                                                    output.code, KRO_NEAREST));
+                        EXPECT_EQ(KRO_OK, kro::convertFrame(*table, grey, kro::plainSource(from, width), to, 1, width,
+                                                            output.code, KRO_NEAREST));
                     },
                     [&] { return describe(size) + " to " + output.name; });
             }

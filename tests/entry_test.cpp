@@ -2,8 +2,8 @@
 #include <climits>
 #include <cstring>
 
-#include "allocation.hpp"
 #include "KRODemosaicing.hpp"
+#include "allocation.hpp"
 #include "support.hpp"
 
 namespace {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "guard.hpp"
-#include "table/kernels.hpp"
 #include "reference.hpp"
+#include "table/kernels.hpp"
 
 // Sanitized builds run the same tests on fewer sizes.
 #ifdef KRO_TEST_REDUCED

@@ -475,12 +475,12 @@ KRO_API void gr8ToBgra8_bilinear_firstRows(const uint8_t* source, uint8_t* desti
 /* The first column, but for its first row. */
 KRO_API void rg8ToBgr8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
                                           uint32_t swapRB);
-KRO_API void rg8ToBgra8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height,
-                                           int32_t width, uint32_t swapRB);
+KRO_API void rg8ToBgra8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
+                                           uint32_t swapRB);
 KRO_API void rg8ToBgr8P_bilinear_firstCols(const uint8_t* source, uint8_t* redPlane, uint8_t* greenPlane,
                                            uint8_t* bluePlane, int32_t height, int32_t width);
-KRO_API void rg8ToMono8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height,
-                                           int32_t width, const uint32_t* weights);
+KRO_API void rg8ToMono8_bilinear_firstCols(const uint8_t* source, uint8_t* destination, int32_t height, int32_t width,
+                                           const uint32_t* weights);
 
 /* The last row or two, but for the first column and the last one or two. firstBorderRow is a row with blue samples
  * (in the view), wherever it lies: GR and GB pictures may be passed whole, with the view's firstBorderRow + 1.

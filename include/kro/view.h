@@ -1,9 +1,9 @@
 /* kro: frames as they come. Rows with padding, every packing, parts of a picture for many cores.
  *
- * kro.h serves frames whose rows follow each other without gaps, and writes pictures of 8 bits. This header serves views:
- * a frame with any distance from row to row, packed as sensors and drivers pack it, becomes a picture with any distance
- * from row to row, of 8 or 16 bits, the whole of it or a band of its rows. The call keeps no state, allocates nothing and
- * starts no thread, so bands of one picture may be made by as many threads as one likes.
+ * kro.h serves frames whose rows follow each other without gaps, and writes pictures of 8 bits. This header serves
+ * views: a frame with any distance from row to row, packed as sensors and drivers pack it, becomes a picture with any
+ * distance from row to row, of 8 or 16 bits, the whole of it or a band of its rows. The call keeps no state,
+ * allocates nothing and starts no thread, so bands of one picture may be made by as many threads as one likes.
  *
  *     void convert(const void* samples, void* pixels) {  // CSI-2 rows of 2304 bytes, 1536 pixels wide
  *         KroSourceView frame = {samples, 2304, 1024, 1536, KRO_SRGGB12P};
@@ -14,16 +14,17 @@
  *     }
  *
  * BYTES
- *   For input and output formats that kro.h has, the bytes are those of kroDemosaicing, but for alpha, which is written
- *   everywhere. Each other input format gives the bytes of a frame that holds the same samples in words. The conventions
- *   of kro.h (ROUNDING, BORDERS, DETERMINISM, THREADS, ALIASING) hold here too. Source and picture must not overlap.
+ *   For input and output formats that kro.h has, the bytes are those of kroDemosaicing, but for alpha, which is
+ *   written everywhere. Each other input format gives the bytes of a frame that holds the same samples in words. The
+ *   conventions of kro.h (ROUNDING, BORDERS, DETERMINISM, THREADS, ALIASING) hold here too. Source and picture must
+ *   not overlap.
  *
  * SAMPLES
  *   A sample has `bits` significant bits: those of its format, or what KroViewOptions.bits says of a format of words.
- *   Pictures of 8 bits show the eight high ones. Words are taken as kroDemosaicing takes them: where bits are fewer than
- *   16 and the word exceeds them, whole blocks of 16 samples of the frame (counted through all rows) saturate as signed
- *   words, the rest of the frame is cut off. KRO_VIEW_LEFT_ALIGNED words stand at the upper end of the word: their high
- *   byte is taken.
+ *   Pictures of 8 bits show the eight high ones. Words are taken as kroDemosaicing takes them: where bits are fewer
+ *   than 16 and the word exceeds them, whole blocks of 16 samples of the frame (counted through all rows) saturate as
+ *   signed words, the rest of the frame is cut off. KRO_VIEW_LEFT_ALIGNED words stand at the upper end of the word:
+ *   their high byte is taken.
  *   Pictures of 16 bits hold the samples as numbers of `bits` bits: a word beyond 2^bits - 1 counts as 2^bits - 1, so
  *   that nothing in the picture exceeds it either. Sums do not wrap, for any phase. With KRO_VIEW_FULL_RANGE each
  *   finished value v becomes (v << (16 - bits)) | (v >> (2 bits - 16)), which takes 0 to 0 and the largest to 65535.
@@ -52,9 +53,9 @@ extern "C" {
 #define KRO_ERR_ALIGNMENT (-122)
 
 /* ---- further input formats ----
- * Mono and Bayer ..10p, ..12p, ..14p: the samples' bits one after the other, least significant first, so that a sample
- * begins in the bit that follows the one before (4 samples in 5 bytes, 2 in 3, 4 in 7). Bayer ..14: words. Codes of the
- * GenICam Pixel Format Naming Convention (PFNC, list of values 2.1 and later).
+ * Mono and Bayer ..10p, ..12p, ..14p: the samples' bits one after the other, least significant first, so that a
+ * sample begins in the bit that follows the one before (4 samples in 5 bytes, 2 in 3, 4 in 7). Bayer ..14: words.
+ * Codes of the GenICam Pixel Format Naming Convention (PFNC, list of values 2.1 and later).
  */
 #define KRO_MONO10P 0x010A0046u
 #define KRO_MONO12P 0x010C0047u
@@ -80,8 +81,7 @@ extern "C" {
  * come first, a byte each; then the low bits of all of them, those of the first sample lowest. PFNC has no such
  * formats: the codes are the four letters (least significant first) that Linux gives them in videodev2.h.
  */
-#define KRO_FOURCC(a, b, c, d) \
-    ((uint32_t)(a) | ((uint32_t)(b) << 8) | ((uint32_t)(c) << 16) | ((uint32_t)(d) << 24))
+#define KRO_FOURCC(a, b, c, d) ((uint32_t)(a) | ((uint32_t)(b) << 8) | ((uint32_t)(c) << 16) | ((uint32_t)(d) << 24))
 #define KRO_Y10P KRO_FOURCC('Y', '1', '0', 'P')
 #define KRO_Y12P KRO_FOURCC('Y', '1', '2', 'P')
 #define KRO_Y14P KRO_FOURCC('Y', '1', '4', 'P')
@@ -124,8 +124,8 @@ extern "C" {
 /* A frame. Data and record stay the caller's and are only read. The bytes between rows are not touched. */
 typedef struct KroSourceView {
     const void* data; /* the first sample of row 0 */
-    ptrdiff_t stride; /* bytes from a row to the next, negative where row 0 is the last in memory; 0: rows without gaps,
-                         groups of packed samples running on over their ends (as cameras send 12Packed) */
+    ptrdiff_t stride; /* bytes from a row to the next, negative where row 0 is the last in memory; 0: rows without
+                         gaps, groups of packed samples running on over their ends (as cameras send 12Packed) */
     int32_t height;   /* rows, 4 or more */
     int32_t width;    /* samples in a row, 4 or more */
     uint32_t format;  /* an input format of kro.h or of this header */
@@ -133,9 +133,11 @@ typedef struct KroSourceView {
 
 /* A picture of the same height and width. Bytes between rows are not touched. */
 typedef struct KroPictureView {
-    void* plane[4];      /* pixel 0 of row 0. Planar formats: three planes in the order of the format's name, and, where
-                            plane[3] is not null, one that is filled with alpha. Others: plane[0]; the rest is ignored */
-    ptrdiff_t stride[4]; /* bytes from a row to the next, for each plane; negative as in a source; 0: rows without gaps */
+    void* plane[4];      /* pixel 0 of row 0. Planar formats: three planes in the order of the format's name, and,
+                            where plane[3] is not null, one that is filled with alpha. Others: plane[0]; the
+                            rest is ignored */
+    ptrdiff_t stride[4]; /* bytes from a row to the next, for each plane; negative as in a source; 0: rows
+                            without gaps */
     uint32_t format;     /* an output format of kro.h or of this header */
 } KroPictureView;
 
@@ -159,8 +161,8 @@ typedef struct KroViewOptions {
 
 /* ---- functions ---- */
 
-/* Turns a source view into a picture view, whole or in part. Words without KRO_VIEW_BIG_ENDIAN are words of the machine:
- * little-endian on all processors but a few.
+/* Turns a source view into a picture view, whole or in part. Words without KRO_VIEW_BIG_ENDIAN are words of the
+ * machine: little-endian on all processors but a few.
  *
  *   source   (|stride|, or a row's length if that is 0) x (height - 1) and the last row are read at most; all of it
  *            for bands too, where they need it. Packed groups are read whole
@@ -172,8 +174,9 @@ typedef struct KroViewOptions {
  *   KRO_ERR_SIZE           height or width is 3 or less or above 2^30, or a view is larger than the address space
  *   KRO_ERR_FORMAT         source->format is no input format
  *   KRO_ERR_OUTPUT_FORMAT  picture->format is no output format
- *   KRO_ERR_OPTION         size is below 4, or bytes beyond the known ones are not 0; unknown algorithm or flag; alpha out
- *                          of range; bits, or flags for words, that do not fit the format; a band outside the picture
+ *   KRO_ERR_OPTION         size is below 4, or bytes beyond the known ones are not 0; unknown algorithm or flag;
+ *                          alpha out of range; bits, or flags for words, that do not fit the format; a band outside
+ *                          the picture
  *   KRO_ERR_STRIDE         |stride| is neither 0 nor at least the length of a row
  *   KRO_ERR_ALIGNMENT      words of the source or the picture are misaligned
  *   KRO_OK
@@ -181,8 +184,8 @@ typedef struct KroViewOptions {
 KRO_API int32_t kroConvertView(const KroSourceView* source, const KroPictureView* picture,
                                const KroViewOptions* options);
 
-/* Bytes that a row of `width` samples or pixels takes, whole groups of packed samples; of planar formats, in one plane.
- * 0 for an unknown format or a width of 0 or below. This is the smallest stride. */
+/* Bytes that a row of `width` samples or pixels takes, whole groups of packed samples; of planar formats, in one
+ * plane. 0 for an unknown format or a width of 0 or below. This is the smallest stride. */
 KRO_API ptrdiff_t kroRowBytes(uint32_t format, int32_t width);
 
 #ifdef __cplusplus
