@@ -18,14 +18,14 @@ constexpr int32_t rowsFolded = sizeof(Sample) == 1 ? 1 : 2;
 // Most columns of a strip, by the lanes of its differences, which lie on the stack: in 20 KiB together with all else.
 // Frames that are wider are walked in strips.
 template <class Sample, class Number>
-constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4416
-                                 : sizeof(Number) == 2 ? 1728
-                                                       : 1024;
+constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4352
+                                 : sizeof(Number) == 2 ? 1664
+                                                       : 960;
 // The same where a ring of rows lies there too.
 template <class Sample, class Number>
-constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1792
-                                       : sizeof(Number) == 2 ? 768
-                                                             : 576;
+constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1664
+                                       : sizeof(Number) == 2 ? 704
+                                                             : 512;
 
 // Rows of differences of the units (one row, or two folded ones) in view: three, and where it costs little a fourth,
 // so that their places are a mask. Lane 0 is the strip's column 0: of words a lane belongs to each column, of bytes

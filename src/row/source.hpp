@@ -9,7 +9,7 @@ namespace {
 
 // Most columns that a kernel works on at a time where the ring of rows is its own: its memory is on the stack.
 template <class Sample>
-constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2816 : 1408;
+constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2624 : 1280;
 // Columns of the frame that stand beside a strip in the ring: what the farthest formulas see, whole groups.
 constexpr int32_t ringMargin = 16;
 
