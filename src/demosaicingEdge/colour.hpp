@@ -1,6 +1,7 @@
 // Red and blue: green plus the mean difference of the sites of that colour around.
 #pragma once
 
+#include "demosaicingEdge/green.hpp"
 #include "row/store.hpp"
 
 namespace kro {
@@ -77,37 +78,70 @@ struct ByteNeighbours {
     }
 };
 
-// ---- words: a lane for every column, differences folded from two rows ----
+// ---- words: a lane for each column of two folded rows (folded.hpp) ----
 
-// Interpolated samples end at `top`; a pixel's own sample is never clamped.
-template <class Number, bool colourOdd, class B>
-struct WordNeighbours {
+// A unit's samples, and differences: its own, the upper row's neighbours' above it, the lower row's below it.
+template <class Number>
+struct FoldedColours {
+    const uint16_t *colours, *greens;
+    const Number *above, *same, *below;
+};
+
+// Pixels of both rows.
+template <class V>
+struct UnitPixels {
+    Pixels<Ready<V>, Ready<V>, Ready<V>> upper, lower;
+};
+
+// Interpolated samples end at `top`; a pixel's own sample is never clamped. Colours are made while they are folded:
+// 25 operations for two rows, where a row by itself takes 17.
+template <class Number, class B, bool colourOdd>
+struct FoldedNeighbours {
     using V = typename B::Vector;
     using L = Number;
     using Lanes = typename L::Lanes;
-    typename V::Vector here;
+
+    KRO_INLINE FoldedNeighbours(const FoldedColours<typename L::Number>& unit, int32_t x, Lanes most)
+        : colours(V::load(unit.colours + x)),
+          greens(V::load(unit.greens + x)),
+          above(unit.above + x),
+          same(unit.same + x),
+          below(unit.below + x),
+          top(most) {}
+
+    typename V::Vector colours, greens;
     const typename L::Number *above, *same, *below;  // lane 0 belongs to the block's first column
     Lanes top;
 
-    KRO_INLINE Lanes colourSample() const { return L::widened(here); }
+    KRO_INLINE Lanes colourSample() const { return L::widened(colours); }
     KRO_INLINE Lanes difference() const { return L::loadLanes(same); }
     KRO_INLINE Lanes across() const { return beside(same); }
-    KRO_INLINE Lanes vertical() const { return L::add(L::loadLanes(above), L::loadLanes(below)); }
-    KRO_INLINE Lanes diagonal() const { return L::add(beside(above), beside(below)); }
-    KRO_INLINE auto pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
-        const Lanes samples = L::widened(here), greens = ordered(green, samples);
-        const Lanes other = L::add(greens, ordered(otherAtColour, otherAtGreen));
-        const Ready<V> ownMade{L::packed(L::clamp(L::add(samples, ownAtGreen), top))};
-        return makePixels(sites<colourOdd>(Ready<V>{here}, ownMade), Ready<V>{L::packed(greens)},
-                          Ready<V>{L::packed(L::clamp(other, top))});
+    // At a green site of the lower row the colour of the upper one stands above, in this unit, and below, in the
+    // next.
+    KRO_INLINE Lanes vertical() const {
+        return L::add(difference(), folded<L, colourOdd>(L::loadLanes(below), L::loadLanes(above)));
+    }
+    KRO_INLINE Lanes diagonal() const {
+        return L::add(beside(same), folded<L, colourOdd>(beside(above), beside(below)));
+    }
+    KRO_INLINE UnitPixels<V> pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
+        const Lanes greenSamples = L::widened(greens);
+        const auto own = made(greenSamples, ownAtGreen), greenMade = L::packed(green);
+        const auto atColour = made(green, otherAtColour), atGreen = made(greenSamples, otherAtGreen);
+        return {makePixels(channel(colours, own), channel(greenMade, greens), channel(atColour, atGreen)),
+                makePixels(channel(own, colours), channel(greens, greenMade), channel(atGreen, atColour))};
     }
 
 private:
-    static KRO_INLINE Lanes ordered(Lanes atColour, Lanes atGreen) {
-        return colourOdd ? L::combine(atGreen, atColour) : L::combine(atColour, atGreen);
-    }
     static KRO_INLINE Lanes beside(const typename L::Number* row) {
         return L::add(L::loadLanes(row - 1), L::loadLanes(row + 1));
+    }
+    KRO_INLINE typename V::Vector made(Lanes green, Lanes difference) const {
+        return L::packed(L::clamp(L::add(green, difference), top));
+    }
+    // Unfolds a row's channel.
+    static KRO_INLINE Ready<V> channel(typename V::Vector inUpperColumns, typename V::Vector inLowerColumns) {
+        return {folded<V, colourOdd>(inUpperColumns, inLowerColumns)};
     }
 };
 

@@ -1,7 +1,7 @@
 // Edge-directed frames: green along the direction of the smaller gradient, red and blue from colour differences.
 #pragma once
 
-#include "demosaicingEdge/strip.hpp"
+#include "demosaicingEdge/folded.hpp"
 
 namespace kro {
 namespace {
@@ -10,26 +10,26 @@ namespace {
 // last three (four of an odd height).
 constexpr int32_t steppedRows(int32_t height) { return height < 6 ? 0 : (height - 4) / 2 * 2; }
 
-// Samples above 12 bits, for which 16-bit lanes are too narrow.
-constexpr int32_t deepBits = 0xF000;
+// Most columns of a strip, by the bytes that each takes on the stack: of bytes 4 (differences), of words 18, or 24
+// where lanes are wide; and where a ring of rows lies there too, 10, 26 and 32.
+template <class Sample, class Number>
+constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4352
+                                 : sizeof(Number) == 2 ? 960
+                                                       : 704;
+template <class Sample, class Number>
+constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1664
+                                       : sizeof(Number) == 2 ? 640
+                                                             : 512;
 
-template <class W>
-KRO_OUTLINE bool anyDeep(const uint16_t* row, Columns columns) {
-    int32_t x = columns.begin;
-    auto bits = W::all(0);
-    for (; x <= columns.end - W::columns; x += W::columns) {
-        bits = W::bitOr(bits, W::load(row + x));
-    }
-    int32_t rest = 0;
-    for (; x < columns.end; ++x) {
-        rest |= row[x];
-    }
-    return W::anyBits(bits, deepBits) || (rest & deepBits) != 0;
-}
+template <class S, class Sample, class Number, Output kind, class Source, int32_t most>
+using EdgeStrip = std::conditional_t<sizeof(Sample) == 1, ByteStrip<S, kind, Source, most>,
+                                     WordStrip<S, Number, kind, Source, most>>;
 
 template <class S, class Sample, Output kind>
 class Edge {
-    using Source = Rows<S, Sample>;
+    // Of words, samples are read once, when they are folded: with what lies opposite them four rows are in view.
+    static constexpr int32_t rowsInView = sizeof(Sample) == 1 ? ringRows : 4;
+    using Source = Rows<S, Sample, rowsInView>;
 
 public:
     static void frame(const FrameJob& job) { walk<int16_t>(job, {0, job.width}, job.rows); }
@@ -59,7 +59,7 @@ private:
     }
     template <class Number>
     static KRO_OUTLINE int32_t ringed(const FrameJob& job, Columns columns, RowSpan rows) {
-        Ring<Sample, ringedStripColumns<Sample, Number>> ring;
+        Ring<Sample, ringedStripColumns<Sample, Number>, rowsInView> ring;
         Source source(job, columns, rows.begin, ring.rows, sizeof ring.rows[0]);
         return run<Number, ringedStripColumns<Sample, Number>>(job, source, columns, rows);
     }
@@ -67,33 +67,21 @@ private:
     // Greens one unit ahead of colours. Returns the first row that was not made.
     template <class Number, int32_t most>
     static KRO_INLINE int32_t run(const FrameJob& job, Source& source, Columns columns, RowSpan rows) {
-        constexpr int32_t folded = rowsFolded<Sample>;
+        using Units = EdgeStrip<S, Sample, Number, kind, Source, most>;
         const int32_t first = job.phase.greenFirst ? 1 : 0;  // a view that starts with an R row, of one row less
         const RowSpan alphaRows{first + 1, first + 1 + steppedRows(job.height - first)};
         const EdgeFrame frame{job.height, job.width, job.phase, job.target, job.top, rows.begin, alphaRows};
-        EdgeStrip<S, Sample, Number, kind, Source, most> strip(frame, source, Strip::of(columns, job.width));
-        const int32_t last = job.height - 1;
-        int32_t looked = rows.begin < 4 ? 0 : rows.begin - 4, unit = rows.begin > 0 ? -1 : 0;
-        for (int32_t y = rows.begin; y < rows.end;) {
-            const int32_t made = rows.end - y < folded ? rows.end - y : folded;  // rows at a time
+        const int32_t before = rows.begin > 0 ? 1 : 0, last = job.height - 1;
+        Units strip(frame, source, Strip::of(columns, job.width), -before);
+        int32_t unit = strip.unitOf(rows.begin) - before;
+        for (int32_t y = rows.begin, made; y < rows.end; y += made) {
+            made = rows.end - y < Units::rowsAtOnce ? rows.end - y : Units::rowsAtOnce;
             for (const int32_t ahead = strip.unitOf(y + made < last ? y + made : last); unit <= ahead; ++unit) {
-                const int32_t reach = rows.begin + folded * (unit + 1) + 1;
-                source.prepare(reach);
-                if constexpr (sizeof(Sample) == 2 && sizeof(Number) == 2) {
-                    for (; looked <= reach && looked <= last; ++looked) {
-                        if (anyDeep<typename S::Words>(source.at(looked), strip.sampleColumns())) {
-                            return y;
-                        }
-                    }
+                if (!strip.green(unit)) {
+                    return y;
                 }
-                strip.green(unit);
             }
-            if constexpr (folded == 2) {
-                made == 2 ? strip.colourUnit(y) : strip.colour(y);
-            } else {
-                strip.colour(y);
-            }
-            y += made;
+            strip.colour(y, made);
         }
         return rows.end;
     }

@@ -55,45 +55,37 @@ KRO_INLINE auto greenDifference(B block, const uint8_t* above2, const uint8_t* a
     return V::sub(taps.sample, V::clampByte(interpolatedGreen(taps)));
 }
 
-// ---- words: two rows, folded so that every lane has a use ----
-//
-//     upper row   R G R G R G        colours   R B R B R B
-//     lower row   G B G B G B        greens    G G G G G G     (from the lower, the upper, the lower row ...)
-//
-// "Upper" columns are those whose colour stands in the upper row. Differences are folded as colours.
-struct FoldedRows {
-    const uint16_t *colours, *greens;  // of the two rows, with two columns to spare on both sides
-    const uint16_t *above, *below;     // the rows above the upper and below the lower one
-    const uint16_t* far[4];  // two above the upper, two above the lower, two below the upper, two below the lower
+// ---- words: two rows, folded (folded.hpp) ----
+
+// Colours and greens of the unit in hand and of those above and below it, two columns more on both sides.
+struct FoldedUnits {
+    const uint16_t *coloursAbove, *colours, *coloursBelow;
+    const uint16_t *greensAbove, *greens, *greensBelow;
 };
 
-// Of two rows' samples, those of the row where the column's colour stands: the upper, or the other way round.
-template <bool colourOdd, class V>
-KRO_INLINE typename V::Vector folded(typename V::Vector atUpper, typename V::Vector atLower) {
-    return colourOdd ? V::combine(atLower, atUpper) : V::combine(atUpper, atLower);
+// Of what belongs to the upper and to the lower row, in upper columns the one and in lower columns the other.
+template <class L, bool colourOdd, class Lanes>
+KRO_INLINE Lanes folded(Lanes upper, Lanes lower) {
+    return colourOdd ? L::combine(lower, upper) : L::combine(upper, lower);
 }
 
 // Greens end at `top`. In lanes of 16 bits samples of at most 12 bits keep every step exact: second differences are
 // at most 8190, gradient sums 12285, greens 6142, differences within -6142..4095 and sums of four of them within
-// -24568..16380.
-template <class L, bool colourOdd, class B>
-KRO_INLINE auto foldedDifference(B block, const FoldedRows& rows, typename L::Lanes top) {
-    using V = typename B::Vector;
-    const auto fold = [&](auto atUpper, auto atLower)
-                          KRO_INLINE_LAMBDA { return L::widened(folded<colourOdd, V>(atUpper, atLower)); };
-    const auto tap = [&](const uint16_t* row) KRO_INLINE_LAMBDA { return block.template tap<0>(row); };
-    const uint16_t *const colours = rows.colours + block.x, *const greens = rows.greens + block.x;
-    const auto beside = V::load(greens);
+// -24568..16380. Bound by arithmetic: 26 operations for two rows.
+template <class L, class V, bool colourOdd>
+KRO_INLINE auto foldedDifference(const FoldedUnits& units, int32_t x, typename L::Lanes top) {
+    const auto at = [x](const uint16_t* row, int k) KRO_INLINE_LAMBDA { return V::load(row + x + k); };
+    const auto beside = at(units.greens, 0);
     GreenTaps<L> taps;
-    taps.sample = L::widened(V::load(colours));
-    taps.west = L::widened(V::load(greens - 1));
-    taps.east = L::widened(V::load(greens + 1));
-    taps.north = fold(tap(rows.above), beside);
-    taps.south = fold(beside, tap(rows.below));
-    taps.farWest = L::widened(V::load(colours - 2));
-    taps.farEast = L::widened(V::load(colours + 2));
-    taps.farNorth = fold(tap(rows.far[0]), tap(rows.far[1]));
-    taps.farSouth = fold(tap(rows.far[2]), tap(rows.far[3]));
+    taps.sample = L::widened(at(units.colours, 0));
+    taps.west = L::widened(at(units.greens, -1));
+    taps.east = L::widened(at(units.greens, 1));
+    taps.north = L::widened(folded<V, colourOdd>(at(units.greensAbove, 0), beside));
+    taps.south = L::widened(folded<V, colourOdd>(beside, at(units.greensBelow, 0)));
+    taps.farWest = L::widened(at(units.colours, -2));
+    taps.farEast = L::widened(at(units.colours, 2));
+    taps.farNorth = L::widened(at(units.coloursAbove, 0));
+    taps.farSouth = L::widened(at(units.coloursBelow, 0));
     return L::sub(taps.sample, L::clamp(interpolatedGreen(taps), top));
 }
 

@@ -37,13 +37,14 @@ struct RegionRows {
     KRO_INLINE const uint16_t* at(int32_t y) const {
         return frame.row(y < 0 ? 0 : y < frame.sourceRows ? y : frame.sourceRows - 1) + first;
     }
+    KRO_INLINE void prepare(int32_t) const {}
 };
 
 template <class S>
 class EdgeRegion16 {
     static constexpr int32_t most = 256;  // columns
     // Greens in the destination may be anything: lanes are wide.
-    using RegionStrip = EdgeStrip<S, uint16_t, int32_t, Output::bgr, const RegionRows, most>;
+    using RegionStrip = WordStrip<S, int32_t, Output::bgr, const RegionRows, most>;
 
 public:
     // Channels `from` to `to` of a rectangle.
@@ -58,32 +59,40 @@ private:
     static KRO_OUTLINE void strip(const RegionFrame& frame, RowSpan rows, Columns columns, Channel from, Channel to) {
         const int32_t first = columns.begin & ~1, above = rows.begin < 1 ? 0 : rows.begin - 1;
         // Units count from where the finished rows end, so that none is half finished.
-        uint16_t pixels[3 * most];
+        uint16_t pixels[2][3 * most];
         const EdgeFrame edge{frame.height, frame.width,
-                             frame.phase,  interleavedTarget(pixels, 0, false),  // every row in its turn
+                             frame.phase,  interleavedTarget(pixels, sizeof pixels[0], false),
                              frame.top,    frame.finishedRows > 0 ? frame.finishedRows : above,
                              {0, 0}};
         const RegionRows source{frame, first};
-        RegionStrip strip(edge, source, {0, {0, columns.end - first}, {-first, frame.width - first}});
-        int32_t unit = strip.unitOf(above);
-        for (int32_t y = rows.begin; y < rows.end; ++y) {
-            const int32_t last = (frame.madeRows < frame.height ? frame.madeRows : frame.height) - 1;
-            for (; unit <= strip.unitOf(y < last ? y + 1 : last); ++unit) {
-                makeDifferences(strip, frame, edge.firstRow + 2 * unit, first);
+        const int32_t firstUnit = (above - edge.firstRow) >> 1;
+        RegionStrip strip(edge, source, {0, {0, columns.end - first}, {-first, frame.width - first}}, firstUnit);
+        const int32_t last = (frame.madeRows < frame.height ? frame.madeRows : frame.height) - 1;
+        int32_t made = firstUnit;
+        for (int32_t unit = strip.unitOf(rows.begin); unit <= strip.unitOf(rows.end - 1); ++unit) {
+            const int32_t y = edge.firstRow + 2 * unit;
+            for (; made <= strip.unitOf(y + 2 < last ? y + 2 : last); ++made) {
+                makeDifferences(strip, frame, edge.firstRow + 2 * made, first);
             }
-            const bool belowMade = y + 1 < frame.madeRows || y + 1 >= frame.height;
-            strip.colour(y, mirrored(y - 1, frame.height), belowMade ? mirrored(y + 1, frame.height) : y, 0);
-            copy(pixels + 3 * (columns.begin - first), frame.pixel(y, columns.begin), columns.end - columns.begin,
-                 from, to);
+            const int32_t before = y < 1 ? y + 1 : y - 1, after = mirrored(y + 2, frame.height);
+            strip.colour(y, true, before < above ? y : before, y + 2 < frame.madeRows ? after : y, 0);
+            for (int32_t row = y; row < y + 2; ++row) {
+                if (row >= rows.begin && row < rows.end) {
+                    copy(pixels[row - y] + 3 * (columns.begin - first), frame.pixel(row, columns.begin),
+                         columns.end - columns.begin, from, to);
+                }
+            }
         }
     }
     // Differences of the unit of rows y and y + 1.
     static void makeDifferences(RegionStrip& strip, const RegionFrame& frame, int32_t y, int32_t first) {
+        const int32_t unit = strip.unitOf(y);
         Columns finished{0, frame.finishedColumns};
         if (y < frame.finishedRows) {
+            strip.foldUpTo(unit);
             finished.end = frame.width;
         } else {
-            strip.green(strip.unitOf(y));
+            strip.green(unit);
         }
         const Columns greens{strip.greenColumns().begin + first, strip.greenColumns().end + first};
         int32_t* const differences = strip.differences(y);
@@ -91,7 +100,7 @@ private:
             const int32_t row = frame.isSite(y, x) ? y : y + 1;
             differences[x - first] = frame.row(row)[x] - frame.pixel(row, x)[green];
         }
-        strip.mirrorSides(strip.unitOf(y));
+        strip.finishDifferences(unit);
     }
     static void copy(const uint16_t* pixels, uint16_t* out, int32_t count, Channel from, Channel to) {
         for (int32_t x = 0; x < count; ++x) {

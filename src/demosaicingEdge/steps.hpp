@@ -13,6 +13,7 @@ struct Band {
     int32_t first;  // column of the strip in hand
 
     KRO_INLINE const uint8_t* operator[](int32_t y) const { return rows[mirrored(y, height)] + first; }
+    KRO_INLINE void prepare(int32_t) const {}
 };
 constexpr int32_t stepBand = 6;
 
@@ -22,7 +23,7 @@ constexpr int32_t stepBand = 6;
 template <class S, Output kind>
 class EdgeBand {
     static constexpr int32_t most = stripColumns<uint8_t, int16_t>;
-    using BandStrip = EdgeStrip<S, uint8_t, int16_t, kind, const Band, most>;
+    using BandStrip = ByteStrip<S, kind, const Band, most>;
 
 public:
     static int32_t run(const uint8_t* const* rows, int32_t height, int32_t width, Target target, uint8_t* greenRow) {

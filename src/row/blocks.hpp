@@ -158,6 +158,23 @@ KRO_INLINE void eachBlock(Columns made, Columns frame, Columns inner, const Form
         fewPairs<V>({x, made.end}, frame, formula);
     }
 }
+// The same for formulas that look at nothing beside their block, from an even column on.
+template <class V, class Formula>
+KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula) {
+    const int32_t end = made.end & ~1;
+    if (end - made.begin < V::columns) {
+        fewPairs<V>(made, {}, formula);
+        return;
+    }
+    const Formula innerFormula = formula;
+    const int32_t last = end - V::columns;
+    for (int32_t x = made.begin; x < end; x += V::columns) {
+        innerFormula(InnerBlock<V>{x < last ? x : last});
+    }
+    if (end < made.end) {
+        oddColumn<V>(end, {}, formula);
+    }
+}
 template <int reach>
 KRO_INLINE constexpr Columns innerColumns(Columns frame) {
     return {frame.begin + reach, frame.end - reach};

@@ -20,9 +20,9 @@ constexpr int32_t stripEnd(int32_t begin, int32_t width, int32_t most) {
 }
 
 // Rows before a band that its first row may depend on: of the 16-bit edge family two folded ones and two far ones.
-constexpr int32_t rowsBefore = ringRows - 2;
+constexpr int32_t rowsBefore = 4;
 
-template <class Sample, int32_t mostColumns>
+template <class Sample, int32_t mostColumns, int32_t ringRows = kro::ringRows>
 struct Ring {
     alignas(64) Sample rows[ringRows][mostColumns + 2 * ringMargin];
 };
@@ -35,7 +35,7 @@ bool readInPlace(const Source& source) {
 }
 
 // Rows of a strip of columns; column 0 of a row is the strip's first.
-template <class S, class Sample>
+template <class S, class Sample, int32_t ringRows = kro::ringRows>
 class Rows {
 public:
     // `ring` is used where samples have to be prepared; `firstRow` is the first that is made of them.

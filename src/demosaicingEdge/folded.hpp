@@ -1,0 +1,265 @@
+// A strip of columns of words: two rows a unit, folded into a row of colours and one of greens, so that every lane
+// has a use and what the two rows share is loaded and added up once.
+//
+//     upper row   R G R G R G        colours   R B R B R B
+//     lower row   G B G B G B        greens    G G G G G G     (from the lower, the upper, the lower row ...)
+//
+// "Upper" columns are those whose colour stands in the upper row. Differences are folded as colours.
+#pragma once
+
+#include <type_traits>
+
+#include "demosaicingEdge/strip.hpp"
+
+namespace kro {
+namespace {
+
+// Samples above 12 bits, for which 16-bit lanes are too narrow.
+constexpr int32_t deepBits = 0xF000;
+
+// The lanes of a block: those of the set S, or, for a pair of columns, of the scalar one.
+template <class S, class B>
+using SetOf = std::conditional_t<B::Vector::columns == 2, PairOfColumns, S>;
+template <class S, class B, bool wide>
+using WordLanes = std::conditional_t<wide, typename SetOf<S, B>::Wide, typename SetOf<S, B>::Words>;
+
+template <class L>
+KRO_INLINE typename L::Lanes topOf(int32_t top) {
+    constexpr int32_t largest = sizeof(typename L::Number) == 2 ? 0x7FFF : 0xFFFF;
+    return L::all(top < largest ? top : largest);
+}
+
+// Where a unit's samples come from. They are its two rows', but outside the frame, where far colours are the opposite
+// ones and greens the mirrored ones.
+struct UnitRows {
+    const uint16_t *upperColours, *lowerColours, *upperGreens, *lowerGreens;
+};
+
+// A strip's passes over one unit, whatever is made of it. `Number`: of the lanes.
+template <class S, class Number>
+class UnitPasses {
+    using V = typename S::Words;
+    using L = std::conditional_t<sizeof(Number) == 2, V, typename S::Wide>;
+
+public:
+    // Says whether a sample is deep.
+    static bool fold(bool colourOdd, const UnitRows& rows, Columns seen, uint16_t* colours, uint16_t* greens) {
+        const bool wide = seen.end - seen.begin >= V::columns;
+        return (colourOdd ? (wide ? foldRows<V, true> : foldRows<PairWords, true>)
+                          : (wide ? foldRows<V, false> : foldRows<PairWords, false>))(rows, seen, colours, greens);
+    }
+    // Whole blocks, the last of which may reach beyond `made`.
+    static void green(bool colourOdd, const FoldedUnits& units, Columns made, int32_t top, Number* differences) {
+        (colourOdd ? greens<true> : greens<false>)(units, made, top, differences);
+    }
+
+private:
+    template <class W, bool colourOdd>
+    static KRO_OUTLINE bool foldRows(const UnitRows& from, Columns seen, uint16_t* colours, uint16_t* greens) {
+        const UnitRows rows = from;
+        int32_t x = seen.begin;
+        auto bits = W::all(0);
+        for (; x <= seen.end - W::columns; x += W::columns) {
+            bits = W::bitOr(bits, foldBlock<W, colourOdd>(rows, x, colours, greens));
+        }
+        if (x < seen.end) {  // a block that ends with the row overlaps
+            x = seen.end - W::columns;
+            bits = W::bitOr(bits, x % 2 == 0 ? foldBlock<W, colourOdd>(rows, x, colours, greens)
+                                             : foldBlock<W, !colourOdd>(rows, x, colours, greens));
+        }
+        return W::anyBits(bits, deepBits);
+    }
+    template <class W, bool colourOdd>
+    static KRO_INLINE auto foldBlock(const UnitRows& rows, int32_t x, uint16_t* colours, uint16_t* greens) {
+        const auto colour = folded<W, colourOdd>(W::load(rows.upperColours + x), W::load(rows.lowerColours + x));
+        const auto green = folded<W, colourOdd>(W::load(rows.lowerGreens + x), W::load(rows.upperGreens + x));
+        W::store(colours + x, colour);
+        W::store(greens + x, green);
+        return W::bitOr(colour, green);
+    }
+    template <bool colourOdd>
+    static KRO_OUTLINE void greens(const FoldedUnits& units, Columns made, int32_t top, Number* differences) {
+        const FoldedUnits in = units;
+        const auto most = topOf<L>(top);
+        for (int32_t x = made.begin; x < made.end; x += V::columns) {
+            L::storeLanes(differences + x, foldedDifference<L, V, colourOdd>(in, x, most));
+        }
+    }
+};
+
+// Pixels of the two rows of a unit.
+template <class S, class Number, Output kind>
+struct UnitColours {
+    static constexpr bool ordered = isInterleaved(kind);
+
+    // The lower row may be missing: it is then written where the upper one follows.
+    static KRO_INLINE void rows(const ColourRow& to, bool lowerToo, const FoldedColours<Number>& unit, int32_t top) {
+        const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
+        const auto make = to.phase.greenFirst ? (ownFirst ? two<true, ordered> : two<true, false>)
+                                              : (ownFirst ? two<false, ordered> : two<false, false>);
+        make(to, lowerToo ? to.y + 1 : to.y, unit, top);
+    }
+
+private:
+    template <bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void two(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit,
+                                int32_t top) {
+        const auto upper = rowTarget<kind, uint16_t>(to.target, to.phase, to.y, to.strip.first);
+        const auto lower = rowTarget<kind, uint16_t>(to.target, phaseOfRow(to.phase, 1), lowerRow, to.strip.first);
+        const FoldedColours<Number> in = unit;
+        eachWholeBlock<typename S::Words>(to.strip.made, [=](auto block) KRO_INLINE_LAMBDA {
+            using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
+            const auto pixels =
+                edgePixels(FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, topOf<L>(top)));
+            put<kind, ordered && !ownFirst>(lower, block, pixels.lower);
+            put<kind, ownFirst>(upper, block, pixels.upper);
+        });
+        if (lowerRow != to.y) {
+            finishRow<kind>(lower, to.strip.made);
+        }
+        finishRow<kind>(upper, to.strip.made);
+    }
+};
+
+template <class S, class Number, Output kind, class Source, int32_t mostColumns>
+class WordStrip {
+    using Passes = UnitPasses<S, Number>;
+
+public:
+    static constexpr int32_t rowsAtOnce = 2;
+
+    // `Source` gives rows: source[y] mirrored at the top and bottom, source.at(y) of the frame itself. The first unit
+    // that differences are made of is `firstUnit`.
+    WordStrip(const EdgeFrame& frame, Source& source, const Strip& strip, int32_t firstUnit)
+        : frame_(frame),
+          source_(source),
+          strip_(strip),
+          greens_(columnsOfGreens(strip)),
+          seen_{greens_.begin - 2 < strip.frame.begin ? strip.frame.begin : greens_.begin - 2,
+                greens_.end + 2 > strip.frame.end ? strip.frame.end : greens_.end + 2},
+          foldedUnits_(firstUnit - 1) {
+        clearMargins();
+    }
+
+    int32_t unitOf(int32_t y) const { return (y - frame_.firstRow) >> 1; }
+    Columns greenColumns() const { return greens_; }
+
+    // Differences of a unit; false where a sample in view is too deep for the lanes.
+    KRO_INLINE bool green(int32_t unit) {
+        if (!foldUpTo(unit + 1)) {
+            return false;
+        }
+        Passes::green(
+            colourIsOdd(),
+            {colours(unit - 1), colours(unit), colours(unit + 1), greens(unit - 1), greens(unit), greens(unit + 1)},
+            greens_, frame_.top, differencesOf(unit));
+        finishDifferences(unit);
+        return true;
+    }
+    // Folds the units up to this one.
+    KRO_OUTLINE bool foldUpTo(int32_t unit) {
+        for (; foldedUnits_ <= unit; ++foldedUnits_) {
+            if (fold(foldedUnits_) && sizeof(Number) == 2) {
+                return false;
+            }
+        }
+        return true;
+    }
+    // Rows y and y + 1, or the first of them only.
+    KRO_INLINE void colour(int32_t y, int32_t rows) {
+        const int32_t below = rows == 2 ? mirrored(y + 2, frame_.height) : y;
+        colour(y, rows == 2, mirrored(y - 1, frame_.height), below, y);
+    }
+    // From the differences of the units of given rows to given rows of the output.
+    KRO_INLINE void colour(int32_t y, bool lowerToo, int32_t above, int32_t below, int32_t outputRow) {
+        const int32_t unit = unitOf(y);
+        UnitColours<S, Number, kind>::rows(
+            {frame_.target, phaseOfRow(frame_.phase, y), outputRow, strip_, {}}, lowerToo,
+            {colours(unit), greens(unit), differences(above), differencesOf(unit), differences(below)}, frame_.top);
+    }
+    // Of the unit that holds row y. Lane 0 is the strip's column 0.
+    Number* differences(int32_t y) { return differencesOf(unitOf(y)); }
+    // After a unit's differences were made: they mirror as samples do, at the frame's sides and at its first and last
+    // row where those stand alone in their unit.
+    KRO_INLINE void finishDifferences(int32_t unit) {
+        Number* const made = differencesOf(unit);
+        if (greens_.begin == strip_.frame.begin) {
+            made[greens_.begin - 1] = made[greens_.begin + 1];
+        }
+        if (greens_.end == strip_.frame.end) {
+            made[greens_.end] = made[greens_.end - 2];
+            made[greens_.end + 1] = made[greens_.end - 3];
+        }
+        const int32_t y = frame_.firstRow + 2 * unit;
+        if (y + 1 == frame_.height) {
+            everyOther(differencesOf(unit - 1), made, !colourIsOdd());
+        }
+        if (y == 1) {
+            everyOther(made, differencesOf(unit - 1), colourIsOdd());
+        }
+    }
+
+private:
+    static constexpr uint32_t inView = 3;
+    static constexpr int32_t margin = 32;  // the widest block
+
+    const EdgeFrame& frame_;
+    Source& source_;
+    const Strip strip_;
+    const Columns greens_, seen_;
+    int32_t foldedUnits_;  // the next one
+    alignas(64) uint16_t colours_[inView][mostColumns + 2 * margin];
+    alignas(64) uint16_t greensOf_[inView][mostColumns + 2 * margin];
+    alignas(64) Number differences_[inView][mostColumns + 2 * margin];
+
+    static uint32_t place(int32_t unit) { return static_cast<uint32_t>(unit + 3) % inView; }
+    uint16_t* colours(int32_t unit) { return colours_[place(unit)] + margin; }
+    uint16_t* greens(int32_t unit) { return greensOf_[place(unit)] + margin; }
+    Number* differencesOf(int32_t unit) { return differences_[place(unit)] + margin; }
+    bool colourIsOdd() const { return phaseOfRow(frame_.phase, frame_.firstRow).greenFirst; }
+
+    // Blocks reach beyond the columns of a strip; what they find there is of no consequence, but defined.
+    void clearMargins() {
+        for (uint32_t i = 0; i < inView; ++i) {
+            clearAround(colours_[i] + margin, seen_);
+            clearAround(greensOf_[i] + margin, seen_);
+            clearAround(differences_[i] + margin, greens_);
+        }
+    }
+    template <class T>
+    static void clearAround(T* row, Columns used) {
+        for (int32_t x = -margin; x < used.begin; ++x) {
+            row[x] = 0;
+        }
+        for (int32_t x = used.end; x < used.end + margin - 4; ++x) {
+            row[x] = 0;
+        }
+    }
+    KRO_INLINE bool fold(int32_t unit) {
+        const int32_t y = frame_.firstRow + 2 * unit;
+        source_.prepare(y + 1 < 3 ? 3 : y + 1);
+        const auto far = [&](int32_t row) { return source_.at(opposite(row, frame_.height)); };
+        uint16_t *const colour = colours(unit), *const green = greens(unit);
+        const bool deep =
+            Passes::fold(colourIsOdd(), {far(y), far(y + 1), source_[y], source_[y + 1]}, seen_, colour, green);
+        if (seen_.begin == strip_.frame.begin) {
+            colour[seen_.begin - 2] = colour[seen_.begin + 2];
+            colour[seen_.begin - 1] = colour[seen_.begin + 3];
+            green[seen_.begin - 1] = green[seen_.begin + 1];
+        }
+        if (seen_.end == strip_.frame.end) {
+            colour[seen_.end] = colour[seen_.end - 4];
+            colour[seen_.end + 1] = colour[seen_.end - 3];
+            green[seen_.end] = green[seen_.end - 2];
+        }
+        return deep;
+    }
+    KRO_OUTLINE void everyOther(const Number* from, Number* to, bool odd) {
+        for (int32_t x = greens_.begin - 2 + (odd ? 1 : 0); x < greens_.end + 2; x += 2) {
+            to[x] = from[x];
+        }
+    }
+};
+
+}  // namespace
+}  // namespace kro
