@@ -48,7 +48,7 @@ public:
         return (colourOdd ? (wide ? foldRows<V, true> : foldRows<PairWords, true>)
                           : (wide ? foldRows<V, false> : foldRows<PairWords, false>))(rows, seen, colours, greens);
     }
-    // Whole blocks, the last of which may reach beyond `made`.
+    // Of fewer columns than a block has, a whole block.
     static void green(bool colourOdd, const FoldedUnits& units, Columns made, int32_t top, Number* differences) {
         (colourOdd ? greens<true> : greens<false>)(units, made, top, differences);
     }
@@ -81,8 +81,11 @@ private:
     static KRO_OUTLINE void greens(const FoldedUnits& units, Columns made, int32_t top, Number* differences) {
         const FoldedUnits in = units;
         const auto most = topOf<L>(top);
-        for (int32_t x = made.begin; x < made.end; x += V::columns) {
-            L::storeLanes(differences + x, foldedDifference<L, V, colourOdd>(in, x, most));
+        const int32_t end = (made.end + 1) & ~1, behind = end - V::columns;
+        const int32_t last = behind < made.begin ? made.begin : behind;
+        for (int32_t x = made.begin; x < end; x += V::columns) {
+            const int32_t place = x < last ? x : last;  // the last block overlaps
+            L::storeLanes(differences + place, foldedDifference<L, V, colourOdd>(in, place, most));
         }
     }
 };
@@ -121,6 +124,7 @@ private:
     }
 };
 
+// A strip that begins within its frame has 32 columns less than `mostColumns`.
 template <class S, class Number, Output kind, class Source, int32_t mostColumns>
 class WordStrip {
     using Passes = UnitPasses<S, Number>;
@@ -134,9 +138,12 @@ public:
         : frame_(frame),
           source_(source),
           strip_(strip),
-          greens_(columnsOfGreens(strip)),
-          seen_{greens_.begin - 2 < strip.frame.begin ? strip.frame.begin : greens_.begin - 2,
-                greens_.end + 2 > strip.frame.end ? strip.frame.end : greens_.end + 2},
+          // Colours need differences one column beyond the strip, those two samples more. To the left a whole block
+          // is made, so that vectors stay aligned: 17 % faster.
+          greens_{strip.made.begin - strip.frame.begin < block ? strip.frame.begin : strip.made.begin - block,
+                  strip.made.end + 2 < strip.frame.end ? strip.made.end + 2 : strip.frame.end},
+          seen_{greens_.begin, strip.made.end + 4 < strip.frame.end ? strip.made.end + 4 : strip.frame.end},
+          origin_(block - greens_.begin),
           foldedUnits_(firstUnit - 1) {
         clearMargins();
     }
@@ -201,37 +208,37 @@ public:
 
 private:
     static constexpr uint32_t inView = 3;
-    static constexpr int32_t margin = 32;  // the widest block
+    static constexpr int32_t block = 32;  // the widest
 
     const EdgeFrame& frame_;
     Source& source_;
     const Strip strip_;
     const Columns greens_, seen_;
-    int32_t foldedUnits_;  // the next one
-    alignas(64) uint16_t colours_[inView][mostColumns + 2 * margin];
-    alignas(64) uint16_t greensOf_[inView][mostColumns + 2 * margin];
-    alignas(64) Number differences_[inView][mostColumns + 2 * margin];
+    const int32_t origin_;  // where column 0 lies
+    int32_t foldedUnits_;   // the next unit to fold
+    alignas(64) uint16_t colours_[inView][mostColumns + 2 * block];
+    alignas(64) uint16_t greensOf_[inView][mostColumns + 2 * block];
+    alignas(64) Number differences_[inView][mostColumns + 2 * block];
 
     static uint32_t place(int32_t unit) { return static_cast<uint32_t>(unit + 3) % inView; }
-    uint16_t* colours(int32_t unit) { return colours_[place(unit)] + margin; }
-    uint16_t* greens(int32_t unit) { return greensOf_[place(unit)] + margin; }
-    Number* differencesOf(int32_t unit) { return differences_[place(unit)] + margin; }
+    uint16_t* colours(int32_t unit) { return colours_[place(unit)] + origin_; }
+    uint16_t* greens(int32_t unit) { return greensOf_[place(unit)] + origin_; }
+    Number* differencesOf(int32_t unit) { return differences_[place(unit)] + origin_; }
     bool colourIsOdd() const { return phaseOfRow(frame_.phase, frame_.firstRow).greenFirst; }
 
-    // Blocks reach beyond the columns of a strip; what they find there is of no consequence, but defined.
+    // What blocks find beside the columns of a strip is of no consequence, but defined.
     void clearMargins() {
-        for (uint32_t i = 0; i < inView; ++i) {
-            clearAround(colours_[i] + margin, seen_);
-            clearAround(greensOf_[i] + margin, seen_);
-            clearAround(differences_[i] + margin, greens_);
+        const int32_t right = seen_.end < greens_.begin + block ? greens_.begin + block : seen_.end;
+        for (int32_t unit = 0; unit < 3; ++unit) {
+            clear(colours(unit), right);
+            clear(greens(unit), right);
+            clear(differencesOf(unit), right);
         }
     }
     template <class T>
-    static void clearAround(T* row, Columns used) {
-        for (int32_t x = -margin; x < used.begin; ++x) {
-            row[x] = 0;
-        }
-        for (int32_t x = used.end; x < used.end + margin - 4; ++x) {
+    void clear(T* row, int32_t right) const {
+        row[seen_.begin - 2] = row[seen_.begin - 1] = 0;
+        for (int32_t x = seen_.end; x < right + 4; ++x) {
             row[x] = 0;
         }
     }
@@ -255,7 +262,7 @@ private:
         return deep;
     }
     KRO_OUTLINE void everyOther(const Number* from, Number* to, bool odd) {
-        for (int32_t x = greens_.begin - 2 + (odd ? 1 : 0); x < greens_.end + 2; x += 2) {
+        for (int32_t x = greens_.begin + (odd ? -1 : 0); x < greens_.end + 2; x += 2) {
             to[x] = from[x];
         }
     }

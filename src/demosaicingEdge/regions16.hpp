@@ -44,7 +44,7 @@ template <class S>
 class EdgeRegion16 {
     static constexpr int32_t most = 256;  // columns
     // Greens in the destination may be anything: lanes are wide.
-    using RegionStrip = WordStrip<S, int32_t, Output::bgr, const RegionRows, most>;
+    using RegionStrip = WordStrip<S, int32_t, Output::bgr, const RegionRows, most + 32>;
 
 public:
     // Channels `from` to `to` of a rectangle.

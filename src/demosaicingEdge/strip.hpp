@@ -22,12 +22,6 @@ struct EdgeFrame {
     RowSpan alphaRows;  // rows whose alpha is written, in alphaColumns, where it is not written everywhere
 };
 
-// Columns whose differences are made: colours need them one column beyond the strip.
-constexpr Columns columnsOfGreens(const Strip& strip) {
-    return {strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
-            strip.made.end + 2 < strip.frame.end ? strip.made.end + 2 : strip.frame.end};
-}
-
 // A row of the output.
 struct ColourRow {
     const Target& target;
@@ -94,7 +88,11 @@ public:
     static constexpr int32_t rowsAtOnce = 1;
 
     ByteStrip(const EdgeFrame& frame, Source& source, const Strip& strip, int32_t = 0)
-        : frame_(frame), source_(source), strip_(strip), greens_(columnsOfGreens(strip)) {}
+        : frame_(frame),
+          source_(source),
+          strip_(strip),  // Colours need differences one column beyond the strip.
+          greens_{strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
+                  strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end} {}
 
     // The row is the unit.
     int32_t unitOf(int32_t y) const { return y; }

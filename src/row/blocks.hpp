@@ -78,6 +78,9 @@ struct PairFor<uint16_t> {
 template <class V>
 using PairOf = typename PairFor<typename V::Sample>::Type;
 
+// Calls out of line take formulas by value: what a formula holds is then put into memory where such a call is made,
+// and stays in registers otherwise.
+
 template <class V, class Formula>
 KRO_INLINE void eachPair(Columns made, Columns frame, const Formula& formula) {
     for (int32_t x = made.begin & ~1; x < made.end; x += 2) {
@@ -86,15 +89,15 @@ KRO_INLINE void eachPair(Columns made, Columns frame, const Formula& formula) {
 }
 // The one column that an odd width, or a rectangle from an odd column on, leaves beside the blocks of every row.
 template <class V, class Formula>
-KRO_OUTLINE void oddColumn(int32_t column, Columns frame, const Formula& formula) {
+KRO_OUTLINE void oddColumn(int32_t column, Columns frame, Formula formula) {
     formula(PairBlock<PairOf<V>>{column & ~1, frame, column % 2 == 0, column % 2 != 0});
 }
 template <class V, class Formula>
-KRO_RARE void fewPairs(Columns made, Columns frame, const Formula& formula) {
+KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
     eachPair<V>(made, frame, formula);
 }
 template <class V, class Formula>
-KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, const Formula& formula) {
+KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, Formula formula) {
     formula(EndBlock<V, true, true>{x, room});
 }
 
@@ -113,10 +116,9 @@ KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, Columns in
         }
         x += step;
     }
-    const Formula innerFormula = formula;  // a copy that no call takes the address of stays in registers
     const int32_t lastInner = (end < inner.end ? end : inner.end) - step;
     for (; x <= lastInner; x += step) {
-        innerFormula(InnerBlock<V>{x});
+        formula(InnerBlock<V>{x});
     }
     for (; x < end; x += step) {
         const int32_t place = x < end - step ? x : end - step;
@@ -166,10 +168,9 @@ KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula) {
         fewPairs<V>(made, {}, formula);
         return;
     }
-    const Formula innerFormula = formula;
     const int32_t last = end - V::columns;
     for (int32_t x = made.begin; x < end; x += V::columns) {
-        innerFormula(InnerBlock<V>{x < last ? x : last});
+        formula(InnerBlock<V>{x < last ? x : last});
     }
     if (end < made.end) {
         oddColumn<V>(end, {}, formula);

@@ -10,8 +10,8 @@ namespace {
 // Most columns that a kernel works on at a time where the ring of rows is its own: its memory is on the stack.
 template <class Sample>
 constexpr int32_t ringColumns = sizeof(Sample) == 1 ? 2624 : 1280;
-// Columns of the frame that stand beside a strip in the ring: what the farthest formulas see, whole groups.
-constexpr int32_t ringMargin = 16;
+// Columns of the frame that stand beside a strip in the ring: the block that 16-bit edge makes beside it.
+constexpr int32_t ringMargin = 32;
 
 // Strips of about equal width, a multiple of 64 but for the last.
 constexpr int32_t stripEnd(int32_t begin, int32_t width, int32_t most) {

@@ -64,7 +64,7 @@ KRO_INLINE Sample spread(int32_t bits, Sample sample) {
 // A finished row of `count` pixels, alpha left out. A pass of its own: a test in every block would cost the words
 // that are not spread more than this costs those that are.
 template <Output kind, class Sample>
-KRO_OUTLINE void spreadRow(const RowTarget<Sample>& row, int32_t first, int32_t count) {
+KRO_OUTLINE void spreadRow(RowTarget<Sample> row, int32_t first, int32_t count) {
     constexpr int channels = channelsIn(kind), alpha = kind == Output::abgr ? 0 : kind == Output::bgra ? 3 : -1;
     Sample* const planes[3] = {row.own, row.green, row.other};
     for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
