@@ -87,10 +87,4 @@ void swapWords(uint8_t* bytes, std::size_t count) {
     }
 }
 
-void setAlpha(Picture& picture, uint8_t alpha) {
-    for (std::size_t at = 3; at < picture.data.size(); at += 4) {
-        picture.data[at] = alpha;
-    }
-}
-
 }  // namespace cli
