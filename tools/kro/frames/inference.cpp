@@ -57,16 +57,29 @@ struct NameHints {
     bool packed = false;
 };
 
+// Behind a depth a part may say no more than the packing or the byte order: SRGGB12_CSI2P, Y16_BE.
+bool readParts(const std::vector<std::string>& parts, std::size_t at, FormatHint& hint) {
+    FormatHint longer;
+    if (!readFormatHint(parts[at], hint) || !namesPhase(hint)) {
+        return false;
+    }
+    if (hint.bits != 0 && at + 1 < parts.size() && readFormatHint(parts[at] + parts[at + 1], longer)) {
+        hint = longer;
+    }
+    return true;
+}
+
 NameHints readName(const std::string& fileName) {
     NameHints hints;
-    for (const std::string& part : nameParts(fileName)) {
+    const std::vector<std::string> parts = nameParts(fileName);
+    for (std::size_t i = 0; i < parts.size(); i++) {
         FormatHint hint;
-        if (readFormatHint(part, hint) && namesPhase(hint) && (!hints.format || hints.format->bits == 0)) {
+        if (readParts(parts, i, hint) && (!hints.format || hints.format->bits == 0)) {
             hints.format = hint;
         }
-        const int bits = depthOf(part);
+        const int bits = depthOf(parts[i]);
         hints.bits = bits != 0 ? bits : hints.bits;
-        hints.packed = hints.packed || foldName(part) == "packed";
+        hints.packed = hints.packed || foldName(parts[i]) == "packed";
     }
     return hints;
 }
