@@ -127,7 +127,8 @@ class Depth(Case):
         self.assertTrue(raw("BGR16Planar") == blue + green + red)
         for alpha, more in ((0, ()), (65535, ("--opaque",))):
             self.assertTrue(raw("BGRa16", *more) == [v for p in zip(blue, green, red) for v in (*p, alpha)])
-        self.kro("convert", name, "-a", "bilinear", "-O", "RGBa16", "-o", "x.png")
+            self.assertTrue(raw("aRGB16", *more) == [v for p in zip(red, green, blue) for v in (alpha, *p)])
+        self.kro("convert", name, "-a", "bilinear", "-O", "aBGR16", "-o", "x.png")
         wanted = [v for p in zip(red, green, blue) for v in (*p, 65535)]
         self.assertEqual(read_png(self.read("x.png")), (WIDTH, HEIGHT, 4, wanted))
 

@@ -53,8 +53,9 @@ class Formats(Case):
         text = self.kro("formats").decode()
         for pixel_format in ALL_FORMATS.values():
             self.assertRegex(text, rf"(?m)^  {pixel_format.name} +0x{pixel_format.code:08X} ")
-        for name in ("BGR8", "RGB8", "BGRa8", "RGBa8", "RGB8Planar", "BGR8Planar", "BGR16", "RGB16", "RGBa16"):
-            self.assertRegex(text, rf"(?m)^  {name} +0x02")
+        for name in ("BGR8", "RGB8", "BGRa8", "RGBa8", "RGB8Planar", "BGR8Planar", "BGR16", "RGB16", "RGBa16", "xRGB8",
+                     "aBGR16", "BGR16Planar"):
+            self.assertRegex(text, rf"(?m)^  {name} +0x[08]2")
 
     def test_names_in_the_table_are_understood(self):
         self.write("picture.ppm", write_ppm(8, 4, random_samples(96, 8)))

@@ -65,7 +65,7 @@ void addQuiet(CLI::App& command) {
 void addOutput(CLI::App& command, ConvertRequest& request) {
     command
         .add_option("-O,--output-format", request.outputFormat,
-                    "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar, Mono8, or 16 for 8 (what suits the file)")
+                    "What kro formats lists: RGB8, BGRa8, RGB8Planar, Mono8, RGB16 and others (what suits the file)")
         ->type_name("FORMAT");
     command.add_option("-o,--output", request.output, "Where the picture goes, see below")->type_name("OUT");
     command

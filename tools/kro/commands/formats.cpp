@@ -54,7 +54,9 @@ std::string memoryText(const OutputFormat& format) {
             return format.planar ? "three planes of " + unit + "s, one after another" : "three " + unit + "s a pixel";
         case Order::rgba:
         case Order::bgra:
-            return "four " + unit + "s a pixel, the fourth 0 (opaque in files but raw ones)";
+        case Order::argb:
+        case Order::abgr:
+            return "four " + unit + "s a pixel, the one that is no colour 0 (opaque in files but raw ones)";
     }
     return "";
 }

@@ -26,11 +26,17 @@ std::vector<InputFormat> makeInputTable() {
     return table;
 }
 
-constexpr std::array<OutputFormat, 14> outputTable{{
+constexpr std::array<OutputFormat, 22> outputTable{{
     {"BGR8", KRO_BGR8, Order::bgr, false, 8},
     {"RGB8", KRO_RGB8, Order::rgb, false, 8},
     {"BGRa8", KRO_BGRA8, Order::bgra, false, 8},
     {"RGBa8", KRO_RGBA8, Order::rgba, false, 8},
+    {"aBGR8", KRO_ABGR8, Order::abgr, false, 8},
+    {"aRGB8", KRO_ARGB8, Order::argb, false, 8},
+    {"BGRx8", KRO_BGRX8, Order::bgra, false, 8},
+    {"RGBx8", KRO_RGBX8, Order::rgba, false, 8},
+    {"xBGR8", KRO_XBGR8, Order::abgr, false, 8},
+    {"xRGB8", KRO_XRGB8, Order::argb, false, 8},
     {"RGB8Planar", KRO_RGB8_PLANAR, Order::rgb, true, 8},
     {"BGR8Planar", KRO_BGR8_PLANAR, Order::bgr, true, 8},
     {"Mono8", KRO_MONO8, Order::grey, false, 8},
@@ -38,6 +44,8 @@ constexpr std::array<OutputFormat, 14> outputTable{{
     {"RGB16", KRO_RGB16, Order::rgb, false, 16},
     {"BGRa16", KRO_BGRA16, Order::bgra, false, 16},
     {"RGBa16", KRO_RGBA16, Order::rgba, false, 16},
+    {"aBGR16", KRO_ABGR16, Order::abgr, false, 16},
+    {"aRGB16", KRO_ARGB16, Order::argb, false, 16},
     {"RGB16Planar", KRO_RGB16_PLANAR, Order::rgb, true, 16},
     {"BGR16Planar", KRO_BGR16_PLANAR, Order::bgr, true, 16},
     {"Mono16", KRO_MONO16, Order::grey, false, 16},
@@ -87,7 +95,7 @@ const std::vector<InputFormat>& inputFormats() {
     return table;
 }
 
-const std::array<OutputFormat, 14>& outputFormats() { return outputTable; }
+const std::array<OutputFormat, 22>& outputFormats() { return outputTable; }
 
 std::string foldName(std::string_view text) {
     std::string folded;

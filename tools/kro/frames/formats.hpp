@@ -28,7 +28,7 @@ struct InputFormat {
     std::size_t bytes(std::size_t samples) const;
 };
 
-enum class Order { grey, rgb, bgr, rgba, bgra };
+enum class Order { grey, rgb, bgr, rgba, bgra, argb, abgr };
 
 struct OutputFormat {
     const char* name;
@@ -39,7 +39,7 @@ struct OutputFormat {
 };
 
 const std::vector<InputFormat>& inputFormats();
-const std::array<OutputFormat, 14>& outputFormats();
+const std::array<OutputFormat, 22>& outputFormats();
 
 // Null where there is none.
 const InputFormat* findInputFormat(Phase phase, int bits, Packing packing);
