@@ -33,9 +33,9 @@ std::function<std::string(const std::string&)> wholeNumber(int64_t least,
 }
 
 void addRowOptions(CLI::App& command, uint64_t& stride, bool& bigEndian) {
-    command.add_option("--stride", stride, "Bytes from row to row, 1 or more (no gaps, packed samples running on)")
+    command.add_option("--stride", stride, "Bytes from row to row (no gaps, packed samples running on)")
         ->type_name("BYTES")
-        ->check(wholeNumber(1));
+        ->check(wholeNumber(1, std::numeric_limits<int32_t>::max()));
     command.add_flag("--big-endian", bigEndian, "16-bit words have their high byte first");
 }
 

@@ -14,7 +14,7 @@ constexpr const char* mainExamples = R"(Examples:
 constexpr const char* convertExamples = R"(Examples:
   kro convert outdoor_2592x1536_BayerGR8.raw -o outdoor.png
   kro convert capture.bin -f BayerRG12Packed -s 1280x960 -a bilinear -o capture.png
-  kro convert v4l2.raw -f pRAA -s 1536x864 --stride 1920 -o v4l2.png
+  kro convert v4l2.raw -f pRAA -s 1640x1232 --stride 2080 -o v4l2.png
   kro convert thermal.raw -f Y16 --big-endian -s 640x512 --bits 14 --black 7000 -o thermal.png
   kro convert capture.bin -f rggb10le -s 1280x960 --skip 512 --wb gray --gamma srgb -o look.png
   kro convert frames/*.raw -f BayerRG8 -s 1280x960 -o pictures/ --to ppm
@@ -52,7 +52,7 @@ those: what exceeds them is white. --depth 16 keeps all bits, for every format a
 
 constexpr const char* showExamples = R"(Examples:
   kro show outdoor_2592x1536_BayerGR8.raw
-  kro show capture.bin -f SRGGB12P --stride 1920 -s 1280x960 --viewer
+  kro show capture.bin -f SRGGB12P -s 2028x1520 --stride 3072 --viewer
   kro show frames/*.raw -f rggb8 -s 1280x960
   kro show film_640x480_BayerRG8.raw --frames 100-200 --most 12
   camera | kro show - -f rggb8 -s 640x480
@@ -76,7 +76,7 @@ PNG or TIFF file the frame is the one channel of a picture, from which kro conve
 constexpr const char* infoExamples = R"(Examples:
   kro info outdoor_2592x1536_BayerGR8.raw
   kro info capture.bin -f rggb10le -s 1280x960 --frames 1-3
-  kro info v4l2.raw -f SRGGB10P -s 1536x864 --stride 1920
+  kro info v4l2.raw -f SRGGB10P -s 1640x1232 --stride 2080
 
 The units of --black are those of min, max and mean here.)";
 

@@ -309,7 +309,7 @@ const InputFormat& inferContained(const std::string& path, const FrameRequest& r
     // A phase in the option does not take back the depth in the name.
     hint.bits = hint.bits == 0 ? depthInName(path) : hint.bits;
     const int bits = hint.bits == 0 ? containedBits : std::min(hint.bits, std::max(8, containedBits));
-    // Not every phase has every depth; the next one holds the samples too.
+    // Not every depth has a format; the next one holds the samples too.
     for (const int depth : {8, 10, 12, 14, 16}) {
         const InputFormat* format =
             depth < bits ? nullptr : findInputFormat(hint.phase, depth, depth == 8 ? Packing::byte : Packing::word);
