@@ -93,6 +93,7 @@ class Formats(Case):
             names = short_names(pixel_format) + [f"0x{pixel_format.code:08x}",
                                                  pixel_format.name.replace("Bayer", "bayer_")]
             names += [pixel_format.name.upper()] if pixel_format.packing != "lsb" else [pixel_format.name.lower()]
+            names += ["V4L2_PIX_FMT_" + name for name in names if name[0] in "SY"]
             names += [letters for letters, name in LETTERS.items() if name == pixel_format.name]
             for name in names:
                 self.assertEqual(self.kro("mosaic", "picture.ppm", "-f", name, "-o", "-"), expected, name)

@@ -31,6 +31,13 @@ class Lengths(Case):
                 self.assertNotIn("--skip", said)
             self.kro("convert", "f", *more, "--stride", str(stride), "-o", "-", "--to", "raw")
 
+    def test_padded_rows_of_a_pipe(self):
+        arguments = ("convert", "-", "-f", "Mono8", "-s", "1280x960", "-o", "-", "--to", "raw")
+        said = self.call(*arguments, data=bytes(1344 * 960)).stderr.decode()
+        self.assertIn("1 frame came whole before (rows 1344 bytes apart? --stride 1344)", said)
+        said = self.call(*arguments, data=bytes(1280 * 960 + 1000)).stderr.decode()
+        self.assertNotIn("--stride", said)
+
     def test_a_header(self):
         for header in (77, 128, 250):
             said = self.advice(1200 + header, *SIZE)

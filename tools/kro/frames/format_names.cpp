@@ -132,6 +132,8 @@ const InputFormat* findByCode(std::string_view name) {
 bool isCode(std::string_view name) { return name.substr(0, 2) == "0x" || name.substr(0, 2) == "0X"; }
 
 NamedInput findInput(std::string_view name) {
+    // As videodev2.h spells them.
+    takeWord(name, "V4L2_PIX_FMT_");
     if (isCode(name)) {
         return {findByCode(name)};
     }

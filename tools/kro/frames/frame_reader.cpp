@@ -239,9 +239,11 @@ void FrameStream::requireGoodEnd() const {
         throw Failure(name + "is empty, but " + need(layout_) + " bytes");
     }
     if (leftOver_ != 0) {
+        const std::string rows = number_ == 0 ? "" : strideAdvice(layout_, number_ * layout_.bytes() + leftOver_);
         throw Failure(name + "ended after " + std::to_string(leftOver_) + " bytes of frame " +
                       std::to_string(number_ + 1) + ", but " + need(layout_) +
-                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before"));
+                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before") +
+                      (rows.empty() ? "" : " (" + rows + ")"));
     }
     if (ended_ && (number_ < range_.first || range_.last != FrameRange{}.last)) {
         throw Failure(name + "has no frame " + std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " +
