@@ -87,7 +87,7 @@ void addRange(CLI::App& command, int& bits, int& black) {
 }
 
 void addDepth(CLI::App& command, ConvertRequest& request) {
-    command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")
+    command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (what -O has, else 8)")
         ->type_name("BITS")
         ->check([](const std::string& text) {
             return text == "8" || text == "16" ? "" : "expected 8 or 16, not '" + text + "'";

@@ -38,7 +38,7 @@ themselves and need but the phase, in the name or as -f rggb.
 How the frame lies in memory: kro formats lists the names of -f, PFNC's and those of V4L2, libcamera, GStreamer and
 FFmpeg. A name that ends in 10P, 12P or 14P is read as it is spelt, since several packings take equally many bytes:
 BayerRG12p and rggb12p as PFNC's, SRGGB12P and pRCC as CSI-2's, BayerRG12Packed as GigE Vision's; what is spelt like
-none of them is asked for. --stride is for rows that do not follow each other at once, in the file as on the bus.
+none of them is asked for. --stride is for rows with a gap between them.
 
 The bytes are the library's unless --wb, --gamma, --bits, --black, --scale, --shift or --opaque is given, but for two
 things: alpha, 0 in raw files, is opaque in those that can be looked at, and JPEG files (--quality) hold nearly the

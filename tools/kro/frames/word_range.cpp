@@ -62,7 +62,8 @@ std::string likelyCause(const WordRange& range, const FrameLayout& layout, int b
     if ((range.used & ((1u << (16 - bits)) - 1)) == 0) {
         return "left-aligned samples? " + wide;
     }
-    return "more significant bits? " + wide + " --bits " + std::to_string(bitsNeeded(range.most)) +
+    const int needed = bitsNeeded(range.most);
+    return "more significant bits? " + wide + (needed == 16 ? "" : " --bits " + std::to_string(needed)) +
            "; or another packing or size";
 }
 
