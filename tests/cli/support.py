@@ -22,26 +22,42 @@ ALGORITHMS = {"nearest": 0, "bilinear": 1, "edge": 2}
 
 
 class Format:
-    """A pixel format as this side knows it, from nothing but its PFNC name and code."""
+    """A pixel format as this side knows it, from nothing but its name and code."""
 
     def __init__(self, name, code):
         self.name, self.code = name, code
-        self.packed = name.endswith("Packed")
-        self.sites = PHASES[name[5:7]] if name.startswith("Bayer") else "YYYY"
         self.bits = int("".join(c for c in name if c.isdigit()))
+        csi2 = name.endswith("P")
+        self.packing = ("csi2" if csi2 else "lsb" if name.endswith("p") else "packed" if name.endswith("Packed")
+                        else "byte" if self.bits == 8 else "word")
+        self.packed = self.packing == "packed"
+        self.sites = name[1:5] if name[0] == "S" else PHASES[name[5:7]] if name[0] == "B" else "YYYY"
 
-    def pack(self, samples):
-        """A frame of these samples, as a camera sends it."""
-        if self.bits == 8:
+    def pack(self, samples, width=None, stride=0, big_endian=False, fill=0xA5):
+        """A frame of these samples, as a camera sends it; rows of a width so many bytes apart, filled up."""
+        if stride:
+            rows = [self.pack(samples[i:i + width], big_endian=big_endian) for i in range(0, len(samples), width)]
+            return b"".join(row + bytes([fill]) * (stride - len(row)) for row in rows)
+        if self.packing == "byte":
             return bytes(samples)
-        if not self.packed:
-            return b"".join(s.to_bytes(2, "little") for s in samples)
+        if self.packing == "word":
+            return b"".join(s.to_bytes(2, "big" if big_endian else "little") for s in samples)
+        together = 4 if self.bits != 12 and self.packing != "packed" else 2
+        samples = samples + [0] * (-len(samples) % together)
+        return b"".join(self.group(samples[i:i + together]) for i in range(0, len(samples), together))
+
+    def group(self, samples):
+        """The fewest samples that take whole bytes."""
         low = self.bits - 8
-        frame = bytearray()
-        for a, b in zip(samples[::2], samples[1::2] + [0]):
-            mask = (1 << low) - 1
-            frame += bytes([a >> low, (a & mask) | (b & mask) << 4, b >> low])
-        return bytes(frame)
+        mask = (1 << low) - 1
+        if self.packing == "lsb":
+            number = sum(s << (i * self.bits) for i, s in enumerate(samples))
+            return number.to_bytes(len(samples) * self.bits // 8, "little")
+        if self.packing == "csi2":
+            number = sum((s & mask) << (i * low) for i, s in enumerate(samples))
+            return bytes(s >> low for s in samples) + number.to_bytes(len(samples) * low // 8, "little")
+        a, b = samples
+        return bytes([a >> low, (a & mask) | (b & mask) << 4, b >> low])
 
 
 def _formats():
@@ -54,7 +70,24 @@ def _formats():
     return {name: Format(name, code) for name, code in codes.items()}
 
 
+def _view_formats():
+    codes = {"Mono10p": 0x010A0046, "Mono12p": 0x010C0047, "Mono14p": 0x010E0104}
+    for place, phase in enumerate(("BG", "GB", "GR", "RG")):
+        codes[f"Bayer{phase}10p"] = 0x010A0052 + 2 * place
+        codes[f"Bayer{phase}12p"] = 0x010C0053 + 2 * place
+    for place, phase in enumerate(("GR", "RG", "GB", "BG")):
+        codes[f"Bayer{phase}14p"] = 0x010E0105 + place
+        codes[f"Bayer{phase}14"] = 0x01100109 + place
+    for bits, letter in (("10", "A"), ("12", "C"), ("14", "E")):
+        codes[f"Y{bits}P"] = int.from_bytes(f"Y{bits}P".encode(), "little")
+        for sites, first in (("RGGB", "R"), ("GRBG", "g"), ("GBRG", "G"), ("BGGR", "B")):
+            codes[f"S{sites}{bits}P"] = int.from_bytes(f"p{first}{letter}{letter}".encode(), "little")
+    return {name: Format(name, code) for name, code in codes.items()}
+
+
+# Those that kroDemosaicing takes, and with those that only views take.
 FORMATS = _formats()
+ALL_FORMATS = {**FORMATS, **_view_formats()}
 
 
 class Image(ctypes.Structure):
@@ -82,6 +115,14 @@ def demosaic(frame, width, height, code, algorithm, output):
     assert status == 0, status
     lib.kroRelease(ctypes.byref(handle))
     return target.raw
+
+
+def demosaic_samples(samples, width, height, pixel_format, algorithm, output, bits=None):
+    """The same for samples of any format: their eight high bits, as a frame of bytes."""
+    bits = pixel_format.bits if bits is None else bits
+    phases = {sites: phase for phase, sites in PHASES.items()}
+    name = "Mono8" if pixel_format.sites == "YYYY" else f"Bayer{phases[pixel_format.sites]}8"
+    return demosaic(bytes(s >> (bits - 8) for s in samples), width, height, FORMATS[name].code, algorithm, output)
 
 
 def demosaic16(samples, width, height, function):
@@ -142,7 +183,7 @@ class Case(unittest.TestCase):
 
     def frame_file(self, name, width, height, pixel_format, seed=1, frames=1):
         """A file of random frames; its bytes."""
-        samples = random_samples(width * height * frames, FORMATS[pixel_format].bits, seed)
-        data = FORMATS[pixel_format].pack(samples)
+        samples = random_samples(width * height * frames, ALL_FORMATS[pixel_format].bits, seed)
+        data = ALL_FORMATS[pixel_format].pack(samples)
         self.write(name, data)
         return data

@@ -47,6 +47,25 @@ class Convert(Case):
                         for output in (name, alias)]
             self.assertEqual(*pictures)
 
+    def test_a_fourth_byte_in_any_place(self):
+        frame = self.frame_file("f_24x18_BayerGB8.raw", 24, 18, "BayerGB8")
+        pixels = demosaic(frame, 24, 18, FORMATS["BayerGB8"].code, "edge", "RGB8")
+        balanced = self.kro("convert", "f_24x18_BayerGB8.raw", "--wb", "gray", "-O", "RGB8", "-o", "-", "--to", "raw")
+        for more, colours, fourth in (((), pixels, 0), (("--opaque",), pixels, 255), (("--wb", "gray"), balanced, 0)):
+            for output, places in (("RGBx8", "RGBx"), ("BGRx8", "BGRx"), ("aRGB8", "xRGB"), ("aBGR8", "xBGR"),
+                                   ("xRGB8", "xRGB"), ("xBGR8", "xBGR"), ("RGBa8", "RGBx")):
+                expected = bytearray(4 * 24 * 18)
+                for channel, place in enumerate(places):
+                    rest = bytes([fourth]) * (24 * 18)
+                    expected[channel::4] = rest if place == "x" else colours["RGB".index(place)::3]
+                picture = self.kro("convert", "f_24x18_BayerGB8.raw", *more, "-O", output, "-o", "-", "--to", "raw")
+                self.assertEqual(picture, expected, (output, more))
+        for output in ("aBGR8", "xRGB8", "BGRx8"):
+            self.kro("convert", "f_24x18_BayerGB8.raw", "-O", output, "-o", "x.png")
+            width, height, channels, samples = read_png(self.read("x.png"))
+            self.assertEqual((width, height, channels, set(samples[3::4])), (24, 18, 4, {255}))
+            self.assertEqual(bytes(v for i, v in enumerate(samples) if i % 4 != 3), pixels)
+
     def test_skip_passes_over_a_header(self):
         frame = self.frame_file("plain.raw", 8, 6, "BayerRG8")
         self.write("header.raw", b"\xff" * 77 + frame)

@@ -36,7 +36,7 @@ class Failures(Case):
                 (("convert", "f.raw", "-f", "rggb8", "-s", "8by6", "-o", "x.png"), ["8by6", "1280x960"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "3x9", "-o", "x.png"), ["3x9", "4x4"]),
                 (("convert", "f.raw", "-f", "rggb8", "-s", "99999x99999", "-o", "x.png"), "99999x99999"),
-                ((*good, "-a", "edg"), "did you mean edge?"), ((*good, "-O", "BGR16"), "did you mean BGR8?"),
+                ((*good, "-a", "edg"), "did you mean edge?"), ((*good, "-O", "BGR9"), "did you mean BGR8?"),
                 ((*good, "--wb", "red"), ["red", "gray"]), ((*good, "--wb", "1,0,1"), "1,0,1"),
                 ((*good, "--wb", "1,1,1,1"), "1,1,1,1"), ((*good, "--gamma", "0"), ["'0'", "2.2"]),
                 ((*good, "--gamma", "2.2x"), "2.2x"), ((*good, "--frames", "0"), "count from 1"),

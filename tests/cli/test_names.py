@@ -42,7 +42,7 @@ class InputNames(Case):
         for name, size, more, says in (
                 ("a.raw", n, (), "--size"), ("a_640x480.raw", n, (), "--format"),
                 ("a_2x2_BayerRG8.raw", 4, (), "--size"), ("b.raw", n, ("-f", "rggb8"), "640x480"),
-                ("c_640x480_RGGB.raw", 2 * n, (), "BayerRG10, BayerRG12 or BayerRG16"),
+                ("c_640x480_RGGB.raw", 2 * n, (), "BayerRG10, BayerRG12, BayerRG14 or BayerRG16"),
                 ("d_640x480_bg.raw", n, (), "--format"), ("e_99999999999x4_BayerRG8.raw", n, (), "--size")):
             self.write(name, b"\0" * size)
             self.kro_fails(2, "convert", name, "-o", "x.png", *more, says=[name, says])

@@ -32,13 +32,23 @@ std::function<std::string(const std::string&)> wholeNumber(int64_t least,
     };
 }
 
+void addRowOptions(CLI::App& command, uint64_t& stride, bool& bigEndian) {
+    command.add_option("--stride", stride, "Bytes from row to row (no gaps, packed samples running on)")
+        ->type_name("BYTES")
+        ->check(wholeNumber(1, std::numeric_limits<int32_t>::max()));
+    command.add_flag("--big-endian", bigEndian, "16-bit words have their high byte first");
+}
+
 void addFrameOptions(CLI::App& command, FrameRequest& frame, std::string& frames) {
-    command.add_option("-f,--format", frame.formatName, "Pixel format: a PFNC name, a short name or a hex code")
+    command
+        .add_option("-f,--format", frame.formatName,
+                    "Pixel format: any name that kro formats lists, four letters of V4L2 or a hex code")
         ->type_name("FORMAT");
     command.add_option("-s,--size", frame.sizeText, "Size of a frame")->type_name("WxH");
     command.add_option("--skip", frame.skip, "Bytes to pass over before the first frame, 0 or more")
         ->type_name("BYTES")
         ->check(wholeNumber(0));
+    addRowOptions(command, frame.stride, frame.bigEndian);
     command.add_option("--frames,--frame", frames, "Frames to take, counted from 1: 3, 2-5 or 2- (all)")
         ->type_name("N[-M]");
 }
@@ -55,7 +65,7 @@ void addQuiet(CLI::App& command) {
 void addOutput(CLI::App& command, ConvertRequest& request) {
     command
         .add_option("-O,--output-format", request.outputFormat,
-                    "BGR8, RGB8, BGRa8, RGBa8, RGB8Planar, BGR8Planar or Mono8 (what suits the file)")
+                    "What kro formats lists: RGB8, BGRa8, RGB8Planar, Mono8, RGB16 and others (what suits the file)")
         ->type_name("FORMAT");
     command.add_option("-o,--output", request.output, "Where the picture goes, see below")->type_name("OUT");
     command
@@ -65,18 +75,25 @@ void addOutput(CLI::App& command, ConvertRequest& request) {
     command.add_flag("--many", request.many, "Write more than 1000 pictures of one file");
 }
 
+void addRange(CLI::App& command, int& bits, int& black) {
+    command.add_option("--bits", bits, "Significant bits of a sample, 1 to 16 (the format's)")
+        ->type_name("N")
+        ->check(wholeNumber(1, 16));
+    command
+        .add_option("--black", black,
+                    "Subtract a pedestal first, 0 to 65535 in the samples' own units, as kro info says them (0)")
+        ->type_name("N")
+        ->check(wholeNumber(0, 65535));
+}
+
 void addDepth(CLI::App& command, ConvertRequest& request) {
-    command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (8)")
+    command.add_option("--depth", request.depth, "Bits of a sample in the picture, 8 or 16 (what -O has, else 8)")
         ->type_name("BITS")
         ->check([](const std::string& text) {
             return text == "8" || text == "16" ? "" : "expected 8 or 16, not '" + text + "'";
         });
     command.add_flag("--scale", request.scale, "With --depth 16: stretch samples to the full 16 bits");
-    command
-        .add_option("--bits", request.bits,
-                    "With --depth 16: significant bits, 1 to 16, where fewer than the format's")
-        ->type_name("N")
-        ->check(wholeNumber(1, 16));
+    addRange(command, request.bits, request.black);
     command
         .add_option("--shift", request.shift,
                     "With --depth 16: shift samples right by 0 to 15 bits before the library")
@@ -85,7 +102,7 @@ void addDepth(CLI::App& command, ConvertRequest& request) {
 }
 
 void addFileOptions(CLI::App& command, ConvertRequest& request) {
-    command.add_flag("--opaque", request.opaque, "Set alpha to 255 in raw files too, as in all others");
+    command.add_flag("--opaque", request.opaque, "Set alpha to opaque in raw files too, as in all others");
     command.add_option("--png-level", request.pngLevel, "PNG: 0 stores, 1 is fast, 12 the smallest (1)")
         ->type_name("N")
         ->check(wholeNumber(0, mostPngLevel));
@@ -107,7 +124,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     command.add_option("--gamma", request.gamma, "Curve of the picture: none, srgb or a number such as 2.2 (none)")
         ->type_name("CURVE");
     addFileOptions(command, request);
-    command.add_option("-j,--jobs", request.jobs, "Threads, 1 to 1024 (one a core)")
+    command
+        .add_option("-j,--jobs,--threads", request.jobs,
+                    "Threads, 1 to 1024, for many frames or parts of a large one (one a core)")
         ->type_name("N")
         ->check(wholeNumber(1, 1024));
     command.add_flag("--no-clobber", request.noClobber, "Do not replace files that exist");
@@ -123,6 +142,7 @@ void addMosaic(CLI::App& app, MosaicRequest& request) {
     command.add_option("-f,--format", request.format, "Pixel format of the frame, any that kro formats lists")
         ->type_name("FORMAT")
         ->required();
+    addRowOptions(command, request.stride, request.bigEndian);
     command.add_option("-o,--output", request.output, "File, folder, or - for standard output")->type_name("OUT");
     command.add_flag("--no-clobber", request.noClobber, "Do not replace a file that exists");
     addQuiet(command);
@@ -143,6 +163,7 @@ void addShow(CLI::App& app, ShowRequest& request) {
     command.add_option("FRAME", request.inputs, framesText)->required();
     addFrameOptions(command, request.frame, request.frames);
     addAlgorithm(command, request.algorithm);
+    addRange(command, request.bits, request.black);
     command.add_option("--wb", request.balance, "White balance: none, gray or R,G,B gains (gray)")
         ->type_name("GAINS");
     command.add_option("--gamma", request.gamma, "Curve: none, srgb or a number such as 2.2 (srgb)")

@@ -44,8 +44,9 @@ DevelopOptions developOptions(const ConvertRequest& request) {
     DevelopOptions options;
     options.algorithm = parseAlgorithm(request.algorithm);
     options.output = request.outputFormat.empty() ? nullptr : &requireOutputFormat(request.outputFormat);
-    options.depth = request.depth;
+    options.depth = request.depth != 0 ? request.depth : options.output != nullptr ? options.output->bits : 8;
     options.scale = request.scale;
+    options.black = static_cast<uint32_t>(request.black);
     options.shift = request.shift;
     options.bits = request.bits == 0 ? std::nullopt : std::optional<int>(request.bits);
     parseBalance(request.balance, options.tone);
@@ -53,24 +54,25 @@ DevelopOptions developOptions(const ConvertRequest& request) {
     return options;
 }
 
-void requireDepthOptions(const ConvertRequest& request) {
-    if (request.depth == 8 && (request.scale || request.bits != 0 || request.shift != 0)) {
-        throw UsageFailure("--scale, --bits and --shift belong to --depth 16");
+void requireDepthOptions(const ConvertRequest& request, const DevelopOptions& options) {
+    if (options.depth == 8 && (request.scale || request.shift != 0)) {
+        throw UsageFailure("--scale and --shift belong to --depth 16");
     }
-    if (request.depth == 16 && !request.outputFormat.empty()) {
-        throw UsageFailure("--output-format belongs to --depth 8; 16-bit samples come out as B, G, R");
-    }
-    if (request.depth == 16 && request.opaque) {
-        throw UsageFailure("--opaque belongs to --depth 8; there is no alpha in 16 bits");
+    if (options.output != nullptr && options.output->bits != options.depth) {
+        throw UsageFailure("--depth " + std::to_string(options.depth) + " contradicts --output-format " +
+                           options.output->name + ", which has " + std::to_string(options.output->bits) + " bits");
     }
 }
 
-const OutputFormat& defaultOutput(const FileType& type, const InputFormat& format) {
+const OutputFormat& defaultOutput(const FileType& type, const InputFormat& format, int depth) {
+    const bool deep = depth == 16;
     if (!type.colour || (!format.isBayer() && type.grey)) {
-        return outputFormat(KRO_MONO8);
+        return outputFormat(deep ? KRO_MONO16 : KRO_MONO8);
     }
-    const bool libraryOrder = type.kind == FileKind::raw || type.kind == FileKind::bmp;
-    return outputFormat(libraryOrder ? KRO_BGR8 : KRO_RGB8);
+    if (type.kind == FileKind::raw || type.kind == FileKind::bmp) {
+        return outputFormat(deep ? KRO_BGR16 : KRO_BGR8);
+    }
+    return outputFormat(deep ? KRO_RGB16 : KRO_RGB8);
 }
 
 void requireRoom(const FileType& type, const OutputFormat& output) {
@@ -131,11 +133,10 @@ Conversion::Conversion(const ConvertRequest& request)
       range_(request.frames.empty() ? FrameRange{} : parseFrameRange(request.frames)),
       names_(request.output, request.fileType, request.inputs.size()) {
     requireGoodRequest(request.frame);
-    requireDepthOptions(request);
-    if (request.depth == 16 && !names_.type().deep) {
+    requireDepthOptions(request, options_);
+    if (options_.depth == 16 && !names_.type().deep) {
         throw UsageFailure(std::string("a ") + names_.type().name +
-                           " file cannot hold 16 bits here; png, ppm, tif "
-                           "and raw can");
+                           " file cannot hold 16 bits here; png, ppm, pgm, tif and raw can");
     }
     if (names_.isStandardOutput()) {
         refuseTerminal();
@@ -149,11 +150,9 @@ Conversion::Conversion(const ConvertRequest& request)
 }
 
 const OutputFormat* Conversion::chooseOutput(const std::string& input, const InputFormat& format) const {
-    if (options_.depth == 16) {
-        requireDeepPath(input, format, options_);
-        return nullptr;
-    }
-    const OutputFormat& output = options_.output != nullptr ? *options_.output : defaultOutput(names_.type(), format);
+    requireSomeBits(input, format, options_);
+    const OutputFormat& output =
+        options_.output != nullptr ? *options_.output : defaultOutput(names_.type(), format, options_.depth);
     if (output.order == Order::grey && options_.tone.balance != Tone::Balance::none) {
         throw UsageFailure("--wb needs colour, but " + input + " becomes " + output.name);
     }
@@ -255,7 +254,7 @@ bool Conversion::keepWritable() {
 }
 
 void Conversion::put(const Unit& unit, const Bytes& frame, Developer& developer) {
-    Picture picture = developer.develop(frame, unit.layout, unit.output, options_, unit.input);
+    Picture picture = developer.develop(frame, unit.layout, *unit.output, options_, unit.input);
     const Bytes file = encodePicture(std::move(picture), names_.type(), encode_);
     if (names_.isStandardOutput()) {
         writeStandardOutput(file);
@@ -301,9 +300,6 @@ void Conversion::convertStream(Unit unit, Developer& developer) {
 }
 
 unsigned Conversion::threads() const {
-    if (names_.isStandardOutput()) {
-        return 1;
-    }
     return request_.jobs != 0 ? request_.jobs : std::max(1u, std::thread::hardware_concurrency());
 }
 
@@ -319,7 +315,9 @@ void Conversion::sayInferred() const {
 bool Conversion::run() {
     sayInferred();
     guardAgainstInterrupts();
-    const bool good = runOnThreads(units_.size(), threads(), [this](std::size_t index, Developer& developer) {
+    // On standard output pictures follow each other.
+    const unsigned atOnce = names_.isStandardOutput() ? 1 : threads();
+    const bool good = runOnThreads(units_.size(), threads(), atOnce, [this](std::size_t index, Developer& developer) {
         convertUnit(units_[index], developer);
     });
     if (good && written_ > 1 && !names_.isStandardOutput()) {

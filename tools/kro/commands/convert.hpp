@@ -19,8 +19,10 @@ struct ConvertRequest {
     std::string fileType;
     std::string balance = "none";
     std::string gamma = "none";
-    int depth = 8;
+    // 0 where not given: that of the output format, or 8.
+    int depth = 0;
     int bits = 0;
+    int black = 0;
     int shift = 0;
     unsigned jobs = 0;
     std::optional<int> pngLevel;

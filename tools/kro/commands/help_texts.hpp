@@ -5,15 +5,17 @@ namespace cli {
 
 constexpr const char* mainExamples = R"(Examples:
   kro convert frame_1280x960_BayerRG8.raw -o frame.png
-  kro convert capture.bin -f rggb12p -s 1280x960 -a bilinear -o capture.tif
+  kro convert capture.bin -f BayerRG12p -s 1280x960 -a bilinear -o capture.tif
   kro show frame_1280x960_BayerRG8.raw
-  kro mosaic photo.png -f BayerGB10 -o frames/
+  kro mosaic photo.png -f BayerGB10p -o frames/
   kro info frame_1280x960_BayerRG8.raw
   kro help COMMAND says more of each.)";
 
 constexpr const char* convertExamples = R"(Examples:
   kro convert outdoor_2592x1536_BayerGR8.raw -o outdoor.png
   kro convert capture.bin -f BayerRG12Packed -s 1280x960 -a bilinear -o capture.png
+  kro convert v4l2.raw -f pRAA -s 1640x1232 --stride 2080 -o v4l2.png
+  kro convert thermal.raw -f Y16 --big-endian -s 640x512 --bits 14 --black 7000 -o thermal.png
   kro convert capture.bin -f rggb10le -s 1280x960 --skip 512 --wb gray --gamma srgb -o look.png
   kro convert frames/*.raw -f BayerRG8 -s 1280x960 -o pictures/ --to ppm
   kro convert film_640x480_BayerRG8.raw --frames 10-20 -o 'film-{frame}.png'
@@ -33,17 +35,24 @@ What may be in FRAME: raw frames, whose size and format are in the name or in -s
 of pages) and NPY files (rows and columns, or frames, rows and columns) with one channel, which say size and depth
 themselves and need but the phase, in the name or as -f rggb.
 
-The bytes are the library's unless --wb, --gamma, --scale, --shift or --opaque is given, but for two things: alpha,
-0 in the library's BGRa8 and RGBa8, is 255 in files that can be looked at, and JPEG files (--quality) hold nearly
-the same pixels. Sensor data has no white balance and no gamma: straight it looks green and dark.
+How the frame lies in memory: kro formats lists the names of -f, PFNC's and those of V4L2, libcamera, GStreamer and
+FFmpeg. A name that ends in 10P, 12P or 14P is read as it is spelt, since several packings take equally many bytes:
+BayerRG12p and rggb12p as PFNC's, SRGGB12P and pRCC as CSI-2's, BayerRG12Packed as GigE Vision's; what is spelt like
+none of them is asked for. --stride is for rows with a gap between them.
 
---depth 16 takes the 16-bit paths: edge for every Bayer frame, bilinear for RG frames. Two limits are theirs: edge
-holds interpolated values of RG frames to 4095, and bilinear means wrap around where samples pass 8191. Where a
-frame goes beyond, a warning says so and which --shift helps.)";
+The bytes are the library's unless --wb, --gamma, --bits, --black, --scale, --shift or --opaque is given, but for two
+things: alpha, 0 in raw files, is opaque in those that can be looked at, and JPEG files (--quality) hold nearly the
+same pixels. Sensor data has no white balance and no gamma: straight it looks green and dark.
+
+8-bit pictures show the high bits of the format. Where samples have fewer, as 14 in a format of 16, --bits N shows
+those: what exceeds them is white. --depth 16 keeps all bits, for every format and algorithm, as numbers up to 2^bits
+- 1; --scale stretches these to 65535. --black N is subtracted from the frame's samples before all else.
+
+-j threads work on many frames or, where there are fewer, on parts of each; frames below 0.3 Mpixel are not divided.)";
 
 constexpr const char* showExamples = R"(Examples:
   kro show outdoor_2592x1536_BayerGR8.raw
-  kro show capture.bin -f rggb12p -s 1280x960 --viewer
+  kro show capture.bin -f SRGGB12P -s 2028x1520 --stride 3072 --viewer
   kro show frames/*.raw -f rggb8 -s 1280x960
   kro show film_640x480_BayerRG8.raw --frames 100-200 --most 12
   camera | kro show - -f rggb8 -s 640x480
@@ -56,7 +65,8 @@ each character shows two pixels in colour.)";
 
 constexpr const char* mosaicExamples = R"(Examples:
   kro mosaic photo.png -f BayerRG12Packed -o photo_640x480_BayerRG12Packed.raw
-  kro mosaic photo.jpg -f grbg10le -o frames/
+  kro mosaic photo.jpg -f SGRBG10P -o frames/
+  kro mosaic photo.jpg -f BayerGR10 --big-endian --stride 4096 -o padded.raw
   kro mosaic photo.tif -f gbrg12 -o photo_BayerGB12.pgm
   kro mosaic photo.png -f rggb8 -o - | kro convert - -f rggb8 -s 640x480 -o back.png
 
@@ -65,7 +75,10 @@ PNG or TIFF file the frame is the one channel of a picture, from which kro conve
 
 constexpr const char* infoExamples = R"(Examples:
   kro info outdoor_2592x1536_BayerGR8.raw
-  kro info capture.bin -f rggb10le -s 1280x960 --frames 1-3)";
+  kro info capture.bin -f rggb10le -s 1280x960 --frames 1-3
+  kro info v4l2.raw -f SRGGB10P -s 1640x1232 --stride 2080
+
+The units of --black are those of min, max and mean here.)";
 
 constexpr const char* helpExamples = R"(Examples:
   kro help

@@ -41,16 +41,19 @@ void printSites(const FrameStatistics& statistics) {
     }
 }
 
-void printBits(const FrameStatistics& statistics, const InputFormat& format) {
+void printBits(const FrameStatistics& statistics, const FrameLayout& layout) {
+    const InputFormat& format = *layout.format;
     const int used = highestBit(statistics.usedBits);
     const int low = lowestBit(statistics.usedBits);
     std::printf("  significant bits seen: %d of %d%s\n", used, format.bits,
                 low > 0 ? (", the low " + std::to_string(low) + " always 0").c_str() : "");
     if (used != 0 && used < format.bits && format.bits > 8) {
-        std::printf("  dark unless scaled: --depth 16 --scale --bits %d\n", used);
+        std::printf("  dark unless told: --bits %d, for a picture of 16 bits --depth 16 --bits %d --scale\n", used,
+                    used);
     }
     if (used > format.bits) {
-        std::printf("  samples above %u: more than a %s sample holds\n", format.maximum(), format.name);
+        std::printf("  samples above %u: more than a %s sample holds (%s)\n", format.maximum(), format.name,
+                    likelyCause(statistics.words, layout, format.bits).c_str());
     }
 }
 
@@ -75,10 +78,10 @@ void printHistogram(const FrameStatistics& statistics, const InputFormat& format
                 format.maximum(), white);
 }
 
-void printStatistics(const FrameStatistics& statistics, const InputFormat& format) {
+void printStatistics(const FrameStatistics& statistics, const FrameLayout& layout) {
     printSites(statistics);
-    printBits(statistics, format);
-    printHistogram(statistics, format);
+    printBits(statistics, layout);
+    printHistogram(statistics, *layout.format);
 }
 
 // A block for each frame, or one for all together where there are many. Of a pipe, whose frames may come slowly, the
@@ -119,15 +122,15 @@ Report::Report(const FrameLayout& layout, bool each, std::optional<uint64_t> cou
 }
 
 void Report::add(const Bytes& frame, uint64_t number) {
-    unpackSamples(frame, *layout_.format, layout_.size.samples(), samples_);
+    unpackSamples(frame, layout_, samples_);
     if (count_ < blocks_) {
         FrameStatistics alone(*layout_.format);
-        alone.add(samples_, layout_);
+        alone.add(frame, samples_, layout_);
         std::printf("frame %llu\n", static_cast<unsigned long long>(number));
-        printStatistics(alone, *layout_.format);
+        printStatistics(alone, layout_);
         flushStandardOutput();
     }
-    together_.add(samples_, layout_);
+    together_.add(frame, samples_, layout_);
     const double mean = std::accumulate(samples_.begin(), samples_.end(), 0.0) / static_cast<double>(samples_.size());
     first_ = count_ == 0 ? number : first_;
     darkest_ = count_ == 0 || mean < darkest_.mean ? Extreme{number, mean} : darkest_;
@@ -143,7 +146,7 @@ void Report::finish() const {
     const auto shown = [](uint64_t number) { return static_cast<unsigned long long>(number); };
     std::printf("frames %llu-%llu together (--each says all of them one by one, --frames some)\n", shown(first_),
                 shown(last_));
-    printStatistics(together_, *layout_.format);
+    printStatistics(together_, layout_);
     std::printf("  darkest: frame %llu, mean %.1f; brightest: frame %llu, mean %.1f\n", shown(darkest_.frame),
                 darkest_.mean, shown(brightest_.frame), brightest_.mean);
 }

@@ -56,12 +56,13 @@ Samples takeSites(const DecodedPicture& picture, const InputFormat& format) {
 }
 
 // A folder gets a name from which size and format are found again.
-std::string targetName(const MosaicRequest& request, const FrameSize& size, const InputFormat& format) {
+std::string targetName(const MosaicRequest& request, const FrameLayout& layout) {
     if (!meansFolder(request.output)) {
         return request.output;
     }
     makeFolder(request.output);
-    const std::string name = stemOf(request.picture) + "_" + size.text() + "_" + format.name + ".raw";
+    const std::string name = stemOf(request.picture) + "_" + layout.size.text() + "_" + layout.format->name +
+                             (layout.bigEndian ? "BE" : "") + ".raw";
     return (std::filesystem::path(request.output) / name).string();
 }
 
@@ -85,16 +86,31 @@ void requireOutput(const MosaicRequest& request) {
 }
 
 // Raw, or as the one channel of a picture file, from which kro convert reads it as well.
-Bytes encodeFrame(const Samples& samples, const FrameSize& size, const InputFormat& format, const FileType* type) {
+Bytes encodeFrame(const Samples& samples, const FrameLayout& layout, const FileType* type) {
     if (type == nullptr || type->kind == FileKind::raw) {
-        return packSamples(samples, format);
+        return packSamples(samples, layout);
     }
-    Picture picture{size, Order::grey, false, format.bits == 8 ? 8 : 16, {}};
-    const InputFormat* plain =
-        findInputFormat(format.phase, format.bits, format.bits == 8 ? Packing::byte : Packing::word);
-    picture.data = packSamples(samples, *plain);
-    return type->kind == FileKind::pgm ? encodePnm(picture, format.maximum())
+    if (layout.stride != 0 || layout.bigEndian) {
+        throw UsageFailure(std::string("--stride and --big-endian belong to raw frames, not to ") + type->name);
+    }
+    const bool bytes = layout.format->bits == 8;
+    Picture picture{layout.size, Order::grey, false, bytes ? 8 : 16, {}};
+    FrameLayout plain;
+    plain.size = layout.size;
+    plain.format = findInputFormat(layout.format->phase, layout.format->bits, bytes ? Packing::byte : Packing::word);
+    picture.data = packSamples(samples, plain);
+    return type->kind == FileKind::pgm ? encodePnm(picture, layout.format->maximum())
                                        : encodePicture(std::move(picture), *type);
+}
+
+FrameLayout layoutOf(const MosaicRequest& request, const NamedInput& input, const FrameSize& size) {
+    FrameLayout layout;
+    layout.size = size;
+    layout.format = input.format;
+    layout.stride = static_cast<std::size_t>(request.stride);
+    layout.bigEndian = input.bigEndian || request.bigEndian;
+    requireGoodRows(request.picture, layout);
+    return layout;
 }
 
 void putFrame(const MosaicRequest& request, const std::string& target, const FileId& input, const Bytes& frame) {
@@ -110,16 +126,15 @@ void putFrame(const MosaicRequest& request, const std::string& target, const Fil
 }  // namespace
 
 int mosaic(const MosaicRequest& request) {
-    const InputFormat& format = requireInputFormat(request.format);
+    const NamedInput input = requireInputFormat(request.format);
     requireOutput(request);
     const InputFile file(request.picture);
     const DecodedPicture picture = decodePicture(file.readAll(), file.shownName());
     requireFrameSize(picture.size, file.shownName());
-    const std::string target = targetName(request, picture.size, format);
-    putFrame(request, target, file.id(),
-             encodeFrame(takeSites(picture, format), picture.size, format, fileTypeOf(target)));
-    console::note((target == standardStream ? "standard output" : target) + ": " + picture.size.text() + " " +
-                  format.name);
+    const FrameLayout layout = layoutOf(request, input, picture.size);
+    const std::string target = targetName(request, layout);
+    putFrame(request, target, file.id(), encodeFrame(takeSites(picture, *layout.format), layout, fileTypeOf(target)));
+    console::note((target == standardStream ? "standard output" : target) + ": " + layout.text());
     return exitOk;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace cli {
@@ -9,6 +10,8 @@ struct MosaicRequest {
     std::string picture;
     std::string format;
     std::string output;
+    uint64_t stride = 0;
+    bool bigEndian = false;
     bool noClobber = false;
 };
 

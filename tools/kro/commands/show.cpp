@@ -107,6 +107,8 @@ Show::Show(const ShowRequest& request)
     requireGoodRequest(request.frame);
     options_.algorithm = parseAlgorithm(request.algorithm);
     options_.output = &outputFormat(KRO_RGB8);
+    options_.bits = request.bits == 0 ? std::nullopt : std::optional<int>(request.bits);
+    options_.black = static_cast<uint32_t>(request.black);
     parseBalance(request.balance, look_.tone);
     parseGamma(request.gamma, look_.tone);
     if (request.plain) {
@@ -128,6 +130,7 @@ Show::Show(const ShowRequest& request)
 void Show::planInput(const std::string& input) {
     const InputFile file(input);
     Source source{input, layoutOf(file, request_.frame), {}, nullptr};
+    requireSomeBits(file.shownName(), *source.layout.format, options_);
     if (file.isStream()) {
         planStream(file, source);
         return;
@@ -177,16 +180,17 @@ void Show::develop(Entry& entry, const FrameSize& box, Developer& developer) con
     if (!source.frame) {
         readFrame(InputFile(source.input), source.layout, entry.number, frame);
     }
-    const Picture straight = developer.develop(source.frame ? *source.frame : frame, source.layout, options_.output,
+    const Picture straight = developer.develop(source.frame ? *source.frame : frame, source.layout, *options_.output,
                                                options_, source.input);
     entry.picture = lookedAt(straight, fitted(straight.size, box), look_);
 }
 
 // What could not be read has been said, and the others are shown.
 bool Show::developAll(const FrameSize& box) {
-    const bool good =
-        runOnThreads(entries_.size(), std::max(1u, std::thread::hardware_concurrency()),
-                     [&](std::size_t i, Developer& developer) { develop(entries_[i], box, developer); });
+    const unsigned threads = std::max(1u, std::thread::hardware_concurrency());
+    const bool good = runOnThreads(entries_.size(), threads, threads, [&](std::size_t i, Developer& developer) {
+        develop(entries_[i], box, developer);
+    });
     entries_.erase(std::remove_if(entries_.begin(), entries_.end(),
                                   [](const Entry& entry) { return entry.picture.data.empty(); }),
                    entries_.end());

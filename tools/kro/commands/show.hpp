@@ -16,6 +16,8 @@ struct ShowRequest {
     std::string balance = "gray";
     std::string gamma = "srgb";
     std::string graphics;
+    int bits = 0;
+    int black = 0;
     int columns = 0;
     int most = 36;
     bool plain = false;

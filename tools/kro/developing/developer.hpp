@@ -1,9 +1,10 @@
 #pragma once
 
+#include <kro/kro.hpp>
+#include <kro/threads.hpp>
 #include <optional>
 #include <string>
 
-#include "developing/library.hpp"
 #include "developing/tone.hpp"
 #include "frames/samples.hpp"
 #include "pictures/picture.hpp"
@@ -17,6 +18,7 @@ struct DevelopOptions {
     int depth = 8;
     bool scale = false;
     std::optional<int> bits;
+    uint32_t black = 0;
     int shift = 0;
     bool opaque = false;
     Tone tone;
@@ -24,22 +26,30 @@ struct DevelopOptions {
 
 KroAlgorithm parseAlgorithm(const std::string& name);
 
-// A usage failure that says what exists, where the frame has no 16-bit path or the options leave no bits of it.
-void requireDeepPath(const std::string& name, const InputFormat& format, const DevelopOptions& options);
+// A usage failure where the options leave nothing of the format's samples, or ask for more than they have.
+void requireSomeBits(const std::string& name, const InputFormat& format, const DevelopOptions& options);
 
-// Turns frames into pictures. Owns a handle, so each thread has one of its own.
+// Turns frames into pictures, each in bands on so many threads. Serves one thread itself.
 class Developer {
 public:
-    Picture develop(const Bytes& frame, const FrameLayout& layout, const OutputFormat* output,
+    explicit Developer(unsigned threads = 1) : threads_(threads) {}
+
+    Picture develop(const Bytes& frame, const FrameLayout& layout, const OutputFormat& output,
                     const DevelopOptions& options, const std::string& name);
 
 private:
-    Picture developShallow(const Bytes& frame, const FrameLayout& layout, const OutputFormat& output,
-                           KroAlgorithm algorithm, const std::string& name);
-    Picture developDeep(const Bytes& frame, const FrameLayout& layout, const DevelopOptions& options,
-                        const std::string& name);
+    // What the library reads, and how it is to read it.
+    struct Source {
+        kro::Frame frame;
+        kro::Options options;
+    };
 
-    Handle handle_;
+    Source sourceOf(const Bytes& frame, const FrameLayout& layout, const DevelopOptions& options,
+                    const OutputFormat& output);
+    void runBands(int count, const kro::BandTask& task);
+
+    unsigned threads_;
+    std::optional<kro::Threads> pool_;
     Samples samples_;
 };
 

@@ -56,8 +56,11 @@ double meanOf(const Picture& picture, int channel) {
 template <typename Sample>
 std::array<double, 3> greyWorldGains(const Picture& picture) {
     std::array<double, 3> means{1, 1, 1};
-    for (int channel = 0; channel < 3; channel++) {
-        means[static_cast<std::size_t>(colourOf(picture.order, channel))] = meanOf<Sample>(picture, channel);
+    for (int channel = 0; channel < channelCount(picture.order); channel++) {
+        const std::size_t colour = static_cast<std::size_t>(colourOf(picture.order, channel));
+        if (colour < means.size()) {
+            means[colour] = meanOf<Sample>(picture, channel);
+        }
     }
     std::array<double, 3> gains{1, 1, 1};
     for (std::size_t colour = 0; colour < 3; colour++) {
@@ -81,8 +84,11 @@ template <typename Sample>
 void applyTables(Picture& picture, const Tone& tone, uint32_t white, uint32_t newWhite) {
     const std::array<double, 3> gains =
         tone.balance == Tone::Balance::greyWorld ? greyWorldGains<Sample>(picture) : tone.gains;
-    for (int channel = 0; channel < std::min(3, channelCount(picture.order)); channel++) {
+    for (int channel = 0; channel < channelCount(picture.order); channel++) {
         const std::size_t colour = static_cast<std::size_t>(colourOf(picture.order, channel));
+        if (colour >= gains.size()) {
+            continue;
+        }
         const std::vector<Sample> table = makeTable<Sample>(picture, tone, gains[colour], white, newWhite);
         const ChannelView view = channelView(picture, channel);
         Sample* samples = reinterpret_cast<Sample*>(picture.data.data()) + view.offset;

@@ -98,8 +98,12 @@ void requireMosaic(const std::string& name, const PictureHeader& header) {
 
 // What a header says already may be said again, but not otherwise.
 void requireAgreement(const std::string& name, const FrameRequest& request, const PictureHeader& header) {
-    if (request.skip != 0) {
-        throw UsageFailure(name + ": --skip belongs to raw frames, this file has a header of its own");
+    const char* option = request.skip != 0     ? "--skip"
+                         : request.stride != 0 ? "--stride"
+                         : request.bigEndian   ? "--big-endian"
+                                               : nullptr;
+    if (option != nullptr) {
+        throw UsageFailure(name + ": " + option + " belongs to raw frames, this file has a header of its own");
     }
     if (!request.sizeText.empty() && parseFrameSize(request.sizeText).text() != header.size.text()) {
         throw UsageFailure(name + ": --size " + request.sizeText + " contradicts the file, which is " +
@@ -139,7 +143,7 @@ void readContained(const InputFile& file, const FrameLayout& layout, uint64_t nu
         throw Failure(file.shownName() + ": samples reach " + std::to_string(most) + ", more than " +
                       layout.format->name + " holds");
     }
-    frame = packSamples(picture.samples, *layout.format);
+    frame = packSamples(picture.samples, layout);
 }
 
 }  // namespace cli

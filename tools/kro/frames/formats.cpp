@@ -1,78 +1,55 @@
 #include "frames/formats.hpp"
 
-#include <kro/kro.h>
-
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
+#include <kro/kro.hpp>
 #include <numeric>
 
+#include "frames/format_names.hpp"
 #include "support/failure.hpp"
-#include "support/scan.hpp"
 
 namespace cli {
 
 namespace {
 
-constexpr std::array<InputFormat, 31> inputTable{{
-    {"Mono8", KRO_MONO8, Phase::mono, 8, Packing::byte},
-    {"Mono10", KRO_MONO10, Phase::mono, 10, Packing::word},
-    {"Mono10Packed", KRO_MONO10_PACKED, Phase::mono, 10, Packing::packed},
-    {"Mono12", KRO_MONO12, Phase::mono, 12, Packing::word},
-    {"Mono12Packed", KRO_MONO12_PACKED, Phase::mono, 12, Packing::packed},
-    {"Mono14", KRO_MONO14, Phase::mono, 14, Packing::word},
-    {"Mono16", KRO_MONO16, Phase::mono, 16, Packing::word},
-    {"BayerRG8", KRO_BAYER_RG8, Phase::rg, 8, Packing::byte},
-    {"BayerRG10", KRO_BAYER_RG10, Phase::rg, 10, Packing::word},
-    {"BayerRG10Packed", KRO_BAYER_RG10_PACKED, Phase::rg, 10, Packing::packed},
-    {"BayerRG12", KRO_BAYER_RG12, Phase::rg, 12, Packing::word},
-    {"BayerRG12Packed", KRO_BAYER_RG12_PACKED, Phase::rg, 12, Packing::packed},
-    {"BayerRG16", KRO_BAYER_RG16, Phase::rg, 16, Packing::word},
-    {"BayerGR8", KRO_BAYER_GR8, Phase::gr, 8, Packing::byte},
-    {"BayerGR10", KRO_BAYER_GR10, Phase::gr, 10, Packing::word},
-    {"BayerGR10Packed", KRO_BAYER_GR10_PACKED, Phase::gr, 10, Packing::packed},
-    {"BayerGR12", KRO_BAYER_GR12, Phase::gr, 12, Packing::word},
-    {"BayerGR12Packed", KRO_BAYER_GR12_PACKED, Phase::gr, 12, Packing::packed},
-    {"BayerGR16", KRO_BAYER_GR16, Phase::gr, 16, Packing::word},
-    {"BayerGB8", KRO_BAYER_GB8, Phase::gb, 8, Packing::byte},
-    {"BayerGB10", KRO_BAYER_GB10, Phase::gb, 10, Packing::word},
-    {"BayerGB10Packed", KRO_BAYER_GB10_PACKED, Phase::gb, 10, Packing::packed},
-    {"BayerGB12", KRO_BAYER_GB12, Phase::gb, 12, Packing::word},
-    {"BayerGB12Packed", KRO_BAYER_GB12_PACKED, Phase::gb, 12, Packing::packed},
-    {"BayerGB16", KRO_BAYER_GB16, Phase::gb, 16, Packing::word},
-    {"BayerBG8", KRO_BAYER_BG8, Phase::bg, 8, Packing::byte},
-    {"BayerBG10", KRO_BAYER_BG10, Phase::bg, 10, Packing::word},
-    {"BayerBG10Packed", KRO_BAYER_BG10_PACKED, Phase::bg, 10, Packing::packed},
-    {"BayerBG12", KRO_BAYER_BG12, Phase::bg, 12, Packing::word},
-    {"BayerBG12Packed", KRO_BAYER_BG12_PACKED, Phase::bg, 12, Packing::packed},
-    {"BayerBG16", KRO_BAYER_BG16, Phase::bg, 16, Packing::word},
+// The library's own list, read as any other name is.
+std::vector<InputFormat> makeInputTable() {
+    std::vector<InputFormat> table;
+    for (const kro::NamedFormat& named : kro::pixelFormats) {
+        FormatHint hint;
+        if (readFormatHint(named.name, hint)) {
+            const Packing plain = hint.bits == 8 ? Packing::byte : Packing::word;
+            table.push_back({named.name.data(), static_cast<uint32_t>(named.format), hint.phase, hint.bits,
+                             hint.packing.value_or(plain)});
+        }
+    }
+    return table;
+}
+
+constexpr std::array<OutputFormat, 22> outputTable{{
+    {"BGR8", KRO_BGR8, Order::bgr, false, 8},
+    {"RGB8", KRO_RGB8, Order::rgb, false, 8},
+    {"BGRa8", KRO_BGRA8, Order::bgra, false, 8},
+    {"RGBa8", KRO_RGBA8, Order::rgba, false, 8},
+    {"aBGR8", KRO_ABGR8, Order::abgr, false, 8},
+    {"aRGB8", KRO_ARGB8, Order::argb, false, 8},
+    {"BGRx8", KRO_BGRX8, Order::bgra, false, 8},
+    {"RGBx8", KRO_RGBX8, Order::rgba, false, 8},
+    {"xBGR8", KRO_XBGR8, Order::abgr, false, 8},
+    {"xRGB8", KRO_XRGB8, Order::argb, false, 8},
+    {"RGB8Planar", KRO_RGB8_PLANAR, Order::rgb, true, 8},
+    {"BGR8Planar", KRO_BGR8_PLANAR, Order::bgr, true, 8},
+    {"Mono8", KRO_MONO8, Order::grey, false, 8},
+    {"BGR16", KRO_BGR16, Order::bgr, false, 16},
+    {"RGB16", KRO_RGB16, Order::rgb, false, 16},
+    {"BGRa16", KRO_BGRA16, Order::bgra, false, 16},
+    {"RGBa16", KRO_RGBA16, Order::rgba, false, 16},
+    {"aBGR16", KRO_ABGR16, Order::abgr, false, 16},
+    {"aRGB16", KRO_ARGB16, Order::argb, false, 16},
+    {"RGB16Planar", KRO_RGB16_PLANAR, Order::rgb, true, 16},
+    {"BGR16Planar", KRO_BGR16_PLANAR, Order::bgr, true, 16},
+    {"Mono16", KRO_MONO16, Order::grey, false, 16},
 }};
-
-constexpr std::array<OutputFormat, 7> outputTable{{
-    {"BGR8", KRO_BGR8, Order::bgr, false},
-    {"RGB8", KRO_RGB8, Order::rgb, false},
-    {"BGRa8", KRO_BGRA8, Order::bgra, false},
-    {"RGBa8", KRO_RGBA8, Order::rgba, false},
-    {"RGB8Planar", KRO_RGB8_PLANAR, Order::rgb, true},
-    {"BGR8Planar", KRO_BGR8_PLANAR, Order::bgr, true},
-    {"Mono8", KRO_MONO8, Order::grey, false},
-}};
-
-struct PhaseWord {
-    std::string_view word;
-    Phase phase;
-};
-
-// Four sites of a cell, row by row, and the two of the first row; longer words come first.
-constexpr std::array<PhaseWord, 8> phaseWords{{{"rggb", Phase::rg},
-                                               {"grbg", Phase::gr},
-                                               {"gbrg", Phase::gb},
-                                               {"bggr", Phase::bg},
-                                               {"rg", Phase::rg},
-                                               {"gr", Phase::gr},
-                                               {"gb", Phase::gb},
-                                               {"bg", Phase::bg}}};
-constexpr std::array<std::string_view, 3> monoWords{"mono", "gray", "grey"};
 
 struct OutputAlias {
     std::string_view alias;
@@ -92,53 +69,6 @@ constexpr std::array<OutputAlias, 12> outputAliases{{{"bgr", KRO_BGR8},
                                                      {"grey", KRO_MONO8},
                                                      {"gray8", KRO_MONO8}}};
 
-bool takePhase(std::string_view& text, FormatHint& hint) {
-    for (const std::string_view word : monoWords) {
-        if (takeWord(text, word)) {
-            hint.phase = Phase::mono;
-            hint.longName = word == "mono";
-            return true;
-        }
-    }
-    hint.longName = takeWord(text, "bayer");
-    if (!hint.longName) {
-        takeWord(text, "s");
-    }
-    for (const PhaseWord& entry : phaseWords) {
-        if (takeWord(text, entry.word)) {
-            hint.phase = entry.phase;
-            hint.fourSites = entry.word.size() == 4;
-            return true;
-        }
-    }
-    return false;
-}
-
-bool takeBits(std::string_view& text, FormatHint& hint) {
-    for (const int bits : {8, 10, 12, 14, 16}) {
-        if (takeWord(text, std::to_string(bits))) {
-            hint.bits = bits;
-            return true;
-        }
-    }
-    return text.empty() || std::isdigit(static_cast<unsigned char>(text.front())) == 0;
-}
-
-bool takeLayout(std::string_view& text, FormatHint& hint) {
-    // BayerRG12p and Mono12p are layouts of their own, with the samples run together from the low bits up.
-    const bool otherPacking = hint.longName && !hint.fourSites;
-    hint.packed = takeWord(text, "packed") || (!otherPacking && takeWord(text, "p"));
-    hint.words = !hint.packed && takeWord(text, "le");
-    return text.empty();
-}
-
-Packing packingOf(const FormatHint& hint) {
-    if (hint.packed) {
-        return Packing::packed;
-    }
-    return hint.bits == 8 ? Packing::byte : Packing::word;
-}
-
 std::size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -154,70 +84,18 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-const InputFormat* findByCode(std::string_view name) {
-    const std::string text(name);
-    char* end = nullptr;
-    const unsigned long code = std::strtoul(text.c_str(), &end, 16);
-    if (*end != '\0') {
-        return nullptr;
-    }
-    const auto found = std::find_if(inputTable.begin(), inputTable.end(),
-                                    [code](const InputFormat& format) { return format.code == code; });
-    return found == inputTable.end() ? nullptr : &*found;
-}
-
-// Why a name that looks like a format is none of ours, where that can be told.
-std::string explainUnknown(std::string_view name) {
-    const std::string folded = foldName(name);
-    FormatHint hint;
-    std::string_view rest = folded;
-    if (!takePhase(rest, hint) || !takeBits(rest, hint)) {
-        return "";
-    }
-    if (rest == "p") {
-        return " (the lsb-first packing is not read; the one with two samples in three bytes ends in \"Packed\")";
-    }
-    if (rest == "be") {
-        return " (16-bit words are little-endian)";
-    }
-    if (rest.empty() && hint.bits == 14 && hint.phase != Phase::mono) {
-        return std::string(" (read 14-bit mosaics as ") + findInputFormat(hint.phase, 16, Packing::word)->name +
-               ", with --bits 14)";
-    }
-    return "";
-}
-
-template <typename Table>
-std::vector<std::string> namesOf(const Table& table) {
-    std::vector<std::string> names;
-    for (const auto& entry : table) {
-        names.emplace_back(entry.name);
-    }
-    return names;
-}
-
-std::string suggestion(std::string_view name, const std::vector<std::string>& candidates) {
-    const std::string nearest = nearestName(name, candidates);
-    return nearest.empty() ? "" : ", did you mean " + nearest + "?";
-}
-
 }  // namespace
 
-std::size_t InputFormat::frameBytes(std::size_t samples) const {
-    switch (packing) {
-        case Packing::byte:
-            return samples;
-        case Packing::word:
-            return samples * 2;
-        case Packing::packed:
-            return (samples + 1) / 2 * 3;
-    }
-    return 0;
+std::size_t InputFormat::bytes(std::size_t samples) const {
+    return static_cast<std::size_t>(kroRowBytes(code, static_cast<int32_t>(samples)));
 }
 
-const std::array<InputFormat, 31>& inputFormats() { return inputTable; }
+const std::vector<InputFormat>& inputFormats() {
+    static const std::vector<InputFormat> table = makeInputTable();
+    return table;
+}
 
-const std::array<OutputFormat, 7>& outputFormats() { return outputTable; }
+const std::array<OutputFormat, 22>& outputFormats() { return outputTable; }
 
 std::string foldName(std::string_view text) {
     std::string folded;
@@ -229,36 +107,19 @@ std::string foldName(std::string_view text) {
     return folded;
 }
 
-bool readFormatHint(std::string_view text, FormatHint& hint) {
-    const std::string folded = foldName(text);
-    std::string_view rest = folded;
-    return takePhase(rest, hint) && takeBits(rest, hint) && takeLayout(rest, hint);
-}
-
 const InputFormat* findInputFormat(Phase phase, int bits, Packing packing) {
-    const auto found = std::find_if(inputTable.begin(), inputTable.end(), [&](const InputFormat& format) {
+    const std::vector<InputFormat>& table = inputFormats();
+    const auto found = std::find_if(table.begin(), table.end(), [&](const InputFormat& format) {
         return format.phase == phase && format.bits == bits && format.packing == packing;
     });
-    return found == inputTable.end() ? nullptr : &*found;
+    return found == table.end() ? nullptr : &*found;
 }
 
-const InputFormat* findInputFormat(const FormatHint& hint) {
-    return findInputFormat(hint.phase, hint.bits, packingOf(hint));
-}
-
-const InputFormat* findInputFormat(std::string_view name) {
-    if (name.substr(0, 2) == "0x" || name.substr(0, 2) == "0X") {
-        return findByCode(name);
-    }
-    FormatHint hint;
-    if (!readFormatHint(name, hint)) {
-        return nullptr;
-    }
-    if (hint.bits == 0) {
-        // A bare "rggb" or "gray" is the 8-bit layout in the tools that use such names.
-        hint.bits = !hint.packed && !hint.words && (hint.fourSites || hint.phase == Phase::mono) ? 8 : 0;
-    }
-    return findInputFormat(hint);
+const InputFormat* findInputFormat(uint32_t code) {
+    const std::vector<InputFormat>& table = inputFormats();
+    const auto found =
+        std::find_if(table.begin(), table.end(), [code](const InputFormat& format) { return format.code == code; });
+    return found == table.end() ? nullptr : &*found;
 }
 
 const OutputFormat* findOutputFormat(std::string_view name) {
@@ -281,15 +142,6 @@ const OutputFormat& outputFormat(uint32_t code) {
                          [code](const OutputFormat& format) { return format.code == code; });
 }
 
-const InputFormat& requireInputFormat(const std::string& name) {
-    if (const InputFormat* format = findInputFormat(name)) {
-        return *format;
-    }
-    const std::string why = explainUnknown(name);
-    throw UsageFailure("unknown pixel format '" + name + "'" +
-                       (why.empty() ? suggestion(name, namesOf(inputTable)) + " (kro formats lists all)" : why));
-}
-
 const OutputFormat& requireOutputFormat(const std::string& name) {
     if (const OutputFormat* format = findOutputFormat(name)) {
         return *format;
@@ -301,12 +153,6 @@ const OutputFormat& requireOutputFormat(const std::string& name) {
 const char* firstSites(Phase phase) {
     constexpr std::array<const char*, 5> sites{"grey", "RGGB", "GRBG", "GBRG", "BGGR"};
     return sites[static_cast<std::size_t>(phase)];
-}
-
-std::string shortAlias(const InputFormat& format) {
-    const std::string base = foldName(format.isBayer() ? firstSites(format.phase) : "gray");
-    const char* layout = format.packing == Packing::word ? "le" : format.packing == Packing::packed ? "p" : "";
-    return base + std::to_string(format.bits) + layout;
 }
 
 RedSite redSite(Phase phase) {
@@ -325,6 +171,11 @@ std::string nearestName(std::string_view text, const std::vector<std::string>& c
         }
     }
     return nearest;
+}
+
+std::string suggestion(std::string_view text, const std::vector<std::string>& candidates) {
+    const std::string nearest = nearestName(text, candidates);
+    return nearest.empty() ? "" : ", did you mean " + nearest + "?";
 }
 
 }  // namespace cli

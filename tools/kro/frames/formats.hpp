@@ -11,8 +11,9 @@ namespace cli {
 
 enum class Phase { mono, rg, gr, gb, bg };
 
-// How samples lie in memory: one byte each, one little-endian 16-bit word each, or two in three bytes.
-enum class Packing { byte, word, packed };
+// How samples lie in memory: one byte each; one 16-bit word each; two in three bytes as GigE Vision packs them; bit
+// after bit from the least significant on, as PFNC's names that end in p have them; MIPI CSI-2's high bytes first.
+enum class Packing { byte, word, packed, lsb, csi2 };
 
 struct InputFormat {
     const char* name;
@@ -23,46 +24,33 @@ struct InputFormat {
 
     bool isBayer() const { return phase != Phase::mono; }
     uint32_t maximum() const { return (1u << bits) - 1; }
-    std::size_t frameBytes(std::size_t samples) const;
+    // Of samples without a gap, whole groups of packed ones.
+    std::size_t bytes(std::size_t samples) const;
 };
 
-enum class Order { grey, rgb, bgr, rgba, bgra };
+enum class Order { grey, rgb, bgr, rgba, bgra, argb, abgr };
 
 struct OutputFormat {
     const char* name;
     uint32_t code;
     Order order;
     bool planar;
+    int bits;
 };
 
-const std::array<InputFormat, 31>& inputFormats();
-const std::array<OutputFormat, 7>& outputFormats();
+const std::vector<InputFormat>& inputFormats();
+const std::array<OutputFormat, 22>& outputFormats();
 
-// What a piece of a name says about a format; bits 0 where it says nothing of depth.
-struct FormatHint {
-    Phase phase = Phase::mono;
-    int bits = 0;
-    bool packed = false;
-    bool words = false;
-    bool longName = false;
-    bool fourSites = false;
-};
-
-// Null where no format has the name or code.
-const InputFormat* findInputFormat(std::string_view name);
+// Null where there is none.
 const InputFormat* findInputFormat(Phase phase, int bits, Packing packing);
-const InputFormat* findInputFormat(const FormatHint& hint);
+const InputFormat* findInputFormat(uint32_t code);
 const OutputFormat* findOutputFormat(std::string_view name);
-
-// Usage failures that name the nearest known names.
-const InputFormat& requireInputFormat(const std::string& name);
-const OutputFormat& requireOutputFormat(const std::string& name);
 const OutputFormat& outputFormat(uint32_t code);
 
-const char* firstSites(Phase phase);
-std::string shortAlias(const InputFormat& format);
+// A usage failure that names the nearest known name.
+const OutputFormat& requireOutputFormat(const std::string& name);
 
-bool readFormatHint(std::string_view text, FormatHint& hint);
+const char* firstSites(Phase phase);
 
 // The first row of a mosaic that holds red sites, and the first column.
 struct RedSite {
@@ -71,8 +59,20 @@ struct RedSite {
 };
 RedSite redSite(Phase phase);
 
-// The nearest of the candidates by edit distance, or empty where none is near.
+// The nearest of the candidates by edit distance, or empty where none is near; the same as a question.
 std::string nearestName(std::string_view text, const std::vector<std::string>& candidates);
+std::string suggestion(std::string_view text, const std::vector<std::string>& candidates);
+
+// In lower case, without what separates words.
 std::string foldName(std::string_view text);
+
+template <typename Table>
+std::vector<std::string> namesOf(const Table& table) {
+    std::vector<std::string> names;
+    for (const auto& entry : table) {
+        names.emplace_back(entry.name);
+    }
+    return names;
+}
 
 }  // namespace cli

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "frames/container.hpp"
+#include "frames/length_advice.hpp"
 #include "support/failure.hpp"
 #include "support/scan.hpp"
 
@@ -147,14 +148,17 @@ uint64_t countFrames(const InputFile& file, const FrameLayout& layout, const Fra
     const uint64_t payload = length - layout.skip;
     const uint64_t count = payload / layout.bytes();
     const uint64_t rest = payload % layout.bytes();
+    if (rest >= layout.leastBytes()) {
+        return count + 1;
+    }
     if (count == 0) {
         throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) +
                       " (short file, or wrong size or format)");
     }
     if (rest != 0 && !range.chosen) {
         throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) + ": " +
-                      frames(count) + " and " + std::to_string(rest) +
-                      " bytes more (wrong size or format? --frames 1- takes the whole ones)");
+                      frames(count) + " and " + std::to_string(rest) + " bytes more (" +
+                      lengthAdvice(layout, payload) + ")");
     }
     return count;
 }
@@ -178,7 +182,7 @@ void readFrame(const InputFile& file, const FrameLayout& layout, uint64_t number
     }
     frame.resize(layout.bytes());
     const std::size_t got = file.readAt(layout.skip + (number - 1) * layout.bytes(), frame.data(), frame.size());
-    if (got != frame.size()) {
+    if (got < layout.leastBytes()) {
         throw Failure(file.shownName() + ": ended after " + std::to_string(got) + " of the " +
                       std::to_string(frame.size()) + " bytes of frame " + std::to_string(number));
     }
@@ -207,6 +211,9 @@ std::size_t FrameStream::fillFrame(Bytes& frame) const {
     for (std::size_t step = std::max(frame.capacity(), std::size_t{1} << 24);; step *= 2) {
         frame.resize(std::min(step, layout_.bytes()));
         got += file_.readNext(frame.data() + got, frame.size() - got);
+        if (got != frame.size() && got >= layout_.leastBytes()) {
+            frame.resize(layout_.bytes());
+        }
         if (got != frame.size() || got == layout_.bytes()) {
             return got;
         }
@@ -219,7 +226,7 @@ bool FrameStream::next(Bytes& frame) {
             return false;
         }
         const std::size_t got = fillFrame(frame);
-        ended_ = got != layout_.bytes();
+        ended_ = got < layout_.leastBytes();
         leftOver_ = ended_ ? got : 0;
         number_ += ended_ ? 0 : 1;
     } while (ended_ || number_ < range_.first);
@@ -232,9 +239,11 @@ void FrameStream::requireGoodEnd() const {
         throw Failure(name + "is empty, but " + need(layout_) + " bytes");
     }
     if (leftOver_ != 0) {
+        const std::string rows = number_ == 0 ? "" : strideAdvice(layout_, number_ * layout_.bytes() + leftOver_);
         throw Failure(name + "ended after " + std::to_string(leftOver_) + " bytes of frame " +
                       std::to_string(number_ + 1) + ", but " + need(layout_) +
-                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before"));
+                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before") +
+                      (rows.empty() ? "" : " (" + rows + ")"));
     }
     if (ended_ && (number_ < range_.first || range_.last != FrameRange{}.last)) {
         throw Failure(name + "has no frame " + std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " +

@@ -10,10 +10,10 @@ namespace cli {
 
 using Samples = std::vector<uint16_t>;
 
-// The first count samples of a frame as numbers, whatever its layout.
-void unpackSamples(const Bytes& frame, const InputFormat& format, std::size_t count, Samples& samples);
+// The samples of a frame as numbers, whatever its layout. Words may exceed their format.
+void unpackSamples(const Bytes& frame, const FrameLayout& layout, Samples& samples);
 
 // The reverse. Samples must not exceed the format's maximum.
-Bytes packSamples(const Samples& samples, const InputFormat& format);
+Bytes packSamples(const Samples& samples, const FrameLayout& layout);
 
 }  // namespace cli

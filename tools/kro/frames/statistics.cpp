@@ -72,7 +72,8 @@ uint32_t SiteStatistics::quantile(double share) const {
 
 FrameStatistics::FrameStatistics(const InputFormat& format) : sites(makeSites(format.isBayer())) {}
 
-void FrameStatistics::add(const Samples& samples, const FrameLayout& layout) {
+void FrameStatistics::add(const Bytes& frame, const Samples& samples, const FrameLayout& layout) {
+    words.add(frame, layout);
     const std::size_t width = static_cast<std::size_t>(layout.size.width);
     for (std::size_t i = 0; i < samples.size(); i++) {
         const std::size_t site = siteIndex(layout.format->phase, i / width, i % width);

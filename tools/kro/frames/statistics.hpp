@@ -5,6 +5,7 @@
 
 #include "frames/inference.hpp"
 #include "frames/samples.hpp"
+#include "frames/word_range.hpp"
 
 namespace cli {
 
@@ -25,9 +26,10 @@ struct FrameStatistics {
     std::vector<SiteStatistics> sites;
     uint32_t usedBits = 0;
     SiteStatistics all{"all"};
+    WordRange words;
 
     explicit FrameStatistics(const InputFormat& format);
-    void add(const Samples& samples, const FrameLayout& layout);
+    void add(const Bytes& frame, const Samples& samples, const FrameLayout& layout);
 };
 
 }  // namespace cli

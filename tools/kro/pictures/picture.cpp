@@ -1,5 +1,6 @@
 #include "pictures/picture.hpp"
 
+#include <array>
 #include <utility>
 
 namespace cli {
@@ -41,6 +42,8 @@ int channelCount(Order order) {
             return 3;
         case Order::rgba:
         case Order::bgra:
+        case Order::argb:
+        case Order::abgr:
             return 4;
     }
     return 0;
@@ -49,11 +52,9 @@ int channelCount(Order order) {
 bool hasAlpha(Order order) { return channelCount(order) == 4; }
 
 int colourOf(Order order, int channel) {
-    if (order == Order::grey) {
-        return 1;
-    }
-    const bool blueFirst = order == Order::bgr || order == Order::bgra;
-    return channel < 3 && blueFirst ? 2 - channel : channel;
+    constexpr std::array<std::array<int, 4>, 7> colours{
+        {{1}, {0, 1, 2}, {2, 1, 0}, {0, 1, 2, 3}, {2, 1, 0, 3}, {3, 0, 1, 2}, {3, 2, 1, 0}}};
+    return colours[static_cast<std::size_t>(order)][static_cast<std::size_t>(channel)];
 }
 
 ChannelView channelView(const Picture& picture, int channel) {
@@ -84,12 +85,6 @@ Picture reordered(Picture picture, Order order) {
 void swapWords(uint8_t* bytes, std::size_t count) {
     for (std::size_t at = 0; at + 1 < count; at += 2) {
         std::swap(bytes[at], bytes[at + 1]);
-    }
-}
-
-void setAlpha(Picture& picture, uint8_t alpha) {
-    for (std::size_t at = 3; at < picture.data.size(); at += 4) {
-        picture.data[at] = alpha;
     }
 }
 

@@ -38,6 +38,4 @@ Picture reordered(Picture picture, Order order);
 // Words of the other byte order.
 void swapWords(uint8_t* bytes, std::size_t count);
 
-void setAlpha(Picture& picture, uint8_t alpha);
-
 }  // namespace cli

@@ -27,7 +27,7 @@ constexpr std::array<FileType, 7> typeTable{{
      true,
      true},
     {FileKind::ppm, "ppm", {".ppm", ".pnm"}, "colour, 8 or 16 bits", false, true, false, true},
-    {FileKind::pgm, "pgm", {".pgm", ".pgm"}, "grey, 8 bits", true, false, false, false},
+    {FileKind::pgm, "pgm", {".pgm", ".pgm"}, "grey, 8 or 16 bits", true, false, false, true},
     {FileKind::jpeg,
      "jpg",
      {".jpg", ".jpeg"},

@@ -68,12 +68,15 @@ private:
 
 }  // namespace
 
-bool runOnThreads(std::size_t count, unsigned threads, const std::function<void(std::size_t, Developer&)>& work) {
+bool runOnThreads(std::size_t count, unsigned threads, unsigned atOnce,
+                  const std::function<void(std::size_t, Developer&)>& work) {
+    const std::size_t workers = std::min<std::size_t>(std::min(threads, atOnce), std::max<std::size_t>(count, 1));
+    const unsigned threadsEach = threads / static_cast<unsigned>(workers);
     Shared shared;
     console::Progress progress(count);
     const auto workThrough = [&]() noexcept {
         guarded(shared, [&] {
-            Developer developer;
+            Developer developer(threadsEach);
             for (std::size_t i = shared.next++; i < count && !shared.stopped; i = shared.next++) {
                 guarded(shared, [&] { work(i, developer); });
                 progress.step();
@@ -81,7 +84,7 @@ bool runOnThreads(std::size_t count, unsigned threads, const std::function<void(
         });
     };
     {
-        const Threads others(std::min<std::size_t>(threads, std::max<std::size_t>(count, 1)) - 1, workThrough);
+        const Threads others(workers - 1, workThrough);
         workThrough();
     }
     if (shared.readerGone) {
