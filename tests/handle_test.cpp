@@ -14,7 +14,7 @@ struct Handle {
             kroRelease(&context);
         }
     }
-    KroContext* operator->() { return context; }
+    KroContext* operator->() const { return context; }
 };
 
 void expectDefaults(const KroContext& context) {
