@@ -288,15 +288,15 @@ int runWith(const Options& options) {
 }  // namespace bench
 
 int main(int argc, char** argv) {
-    CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries"};
-    bench::Options options;
-    bench::declare(app, options);
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& problem) {
-        return app.exit(problem) == 0 ? 0 : 2;
-    }
-    try {
+        CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries"};
+        bench::Options options;
+        bench::declare(app, options);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::ParseError& problem) {
+            return app.exit(problem) == 0 ? 0 : 2;
+        }
         return bench::runWith(options);
     } catch (const std::exception& problem) {
         std::cerr << "kro-bench: " << problem.what() << "\n";

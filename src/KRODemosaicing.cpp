@@ -10,9 +10,9 @@
 namespace kro {
 namespace {
 
-template <class Address>
-Address alignedUp(Address address, uintptr_t alignment) {
-    return reinterpret_cast<Address>((reinterpret_cast<uintptr_t>(address) + alignment - 1) & ~(alignment - 1));
+uint8_t* alignedUp(uint8_t* address, uintptr_t alignment) {
+    const uintptr_t beyond = reinterpret_cast<uintptr_t>(address) % alignment;
+    return beyond == 0 ? address : address + (alignment - beyond);
 }
 
 // 8-bit frames are read in place. For the others the scratch buffer would hold a frame of bytes and more; only a ring

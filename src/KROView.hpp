@@ -7,6 +7,6 @@
 namespace kro {
 
 int32_t convertView(const Kernels& kernels, const KroSourceView* source, const KroPictureView* picture,
-                    const KroViewOptions* options);
+                    const KroViewOptions* given);
 
 }  // namespace kro

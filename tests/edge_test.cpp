@@ -7,7 +7,6 @@ using reference::Mosaic;
 using reference::Phase;
 using reference::Picture;
 using regions::Kind;
-using regions::Style;
 
 constexpr uint32_t swaps[] = {0, 1, 2, 0x80000000u};
 
@@ -144,8 +143,8 @@ void checkSteps(Kind kind, int width, regions::Band& band, Destination& destinat
                     const int pixel = regions::interleaved(kind) ? regions::bytesPerPixel(kind) : 1;
                     const int green = regions::interleaved(kind) ? 1 : outputRows(step) * width;
                     for (int x = 0; x < width; ++x) {
-                        expected.written[static_cast<size_t>((2 * width + x) * pixel + green)] =
-                            reference::edgeStepWritesGreenBelow(x, width);
+                        expected.written[static_cast<size_t>(2 * width + x) * static_cast<size_t>(pixel) +
+                                         static_cast<size_t>(green)] = reference::edgeStepWritesGreenBelow(x, width);
                     }
                 }
                 const auto placement = guard::bothPlacements[swap % 2];

@@ -2,6 +2,8 @@
 #include <kro/kro.h>
 #include <string.h>
 
+#include "records.h"
+
 static int convertsASmallFrame(KroContext* handle) {
     uint8_t mosaic[4 * 5];
     uint8_t picture[4 * 5 * 3];

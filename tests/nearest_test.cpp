@@ -7,7 +7,6 @@ using reference::Mosaic;
 using reference::Phase;
 using reference::Picture;
 using regions::Kind;
-using regions::Style;
 
 constexpr int32_t swaps[] = {0, 1, 2, -1};
 

@@ -10,7 +10,6 @@ namespace {
 using reference::Method;
 using reference::Mosaic;
 using reference::Phase;
-using regions::Kind;
 
 const char* const outdoor = "outdoor_2592x1536_BayerGR8.raw";
 const char* const chart = "chart_1920x1080_BayerRG10.raw";

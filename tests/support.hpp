@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -23,8 +24,17 @@ constexpr bool reducedRun = false;
 
 struct Size {
     int height, width;
+    size_t pixels() const { return static_cast<size_t>(height) * static_cast<size_t>(width); }
 };
 std::string describe(Size size);
+
+// All of a record, padding too: to see that nobody wrote to it.
+template <class Record>
+std::vector<uint8_t> recordBytes(const Record& record) {
+    std::vector<uint8_t> bytes(sizeof record);
+    std::memcpy(bytes.data(), &record, sizeof record);
+    return bytes;
+}
 
 std::vector<const kro::Kernels*> usableTables();
 

@@ -4,7 +4,6 @@
 namespace {
 
 using reference::InputFormat;
-using reference::Layout;
 using reference::Method;
 using reference::ViewOutput;
 

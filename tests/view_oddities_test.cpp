@@ -8,7 +8,6 @@
 namespace {
 
 using reference::InputFormat;
-using reference::Layout;
 using reference::Method;
 using reference::ViewOutput;
 

@@ -8,12 +8,8 @@
 namespace {
 
 using reference::InputFormat;
-using reference::Mosaic;
-using reference::Phase;
 using reference::Picture;
 using reference::Pixel;
-using reference::Rows;
-using reference::Words;
 
 const InputFormat& named(const char* name) {
     static const std::vector<InputFormat> formats = reference::viewInputFormats();

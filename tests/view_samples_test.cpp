@@ -103,7 +103,6 @@ protected:
 private:
     ViewCheck check_{size};
 };
-constexpr Size ViewGroups::size;
 INSTANTIATE_TEST_SUITE_P(Of, ViewGroups, testing::ValuesIn(packedFormats(false)), inputName);
 
 // Each place in a group takes every value while its neighbours hold noise; rows begin at all places.

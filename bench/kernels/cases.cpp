@@ -76,7 +76,7 @@ void require(int32_t status, const char* what) {
 std::shared_ptr<KroContext> handleFor(uint32_t outputFormat) {
     KroContext* handle = nullptr;
     require(kroCreate(&handle), "kroCreate");
-    const std::shared_ptr<KroContext> owner(handle, [](KroContext* owned) { kroRelease(&owned); });
+    std::shared_ptr<KroContext> owner(handle, [](KroContext* owned) { kroRelease(&owned); });
     require(kroDemosaicSetConfig(handle, &outputFormat), "kroDemosaicSetConfig");
     return owner;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <stdexcept>
 
 #include "measuring/machine.hpp"
 #include "report/marks.hpp"
@@ -39,6 +40,9 @@ const Contestant& fastestStream(const std::vector<Contestant>& contestants, size
             (fastest == nullptr || contestant.median() < fastest->median())) {
             fastest = &contestant;
         }
+    }
+    if (fastest == nullptr) {
+        throw std::logic_error("no stream limit was measured");
     }
     return *fastest;
 }

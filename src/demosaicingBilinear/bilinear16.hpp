@@ -54,7 +54,7 @@ private:
         const auto exact = channelsOf<V>(Exact{}.template row<colourOdd>(block, above, here, below));
         const auto lane = [&](int32_t column) {
             const int32_t place = column - block.x;
-            return V::all(static_cast<uint32_t>(place < -1 ? -1 : place > V::columns ? V::columns : place));
+            return V::all(place < -1 ? -1 : place > V::columns ? V::columns : place);
         };
         const auto begun = V::greater(V::iota(), lane(wraps.begin - 1)),
                    open = V::greater(lane(wraps.end), V::iota());

@@ -187,7 +187,7 @@ void limitWords(const uint16_t* in, ptrdiff_t count, int32_t bits, bool leftAlig
     const int32_t down = leftAligned ? 16 - bits : 0;
     ptrdiff_t i = 0;
     if constexpr (W::columns > 2) {
-        const auto most = W::all(top);
+        const auto most = W::all(static_cast<int32_t>(top));
         i = eachRun<W::columns>(count, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
             W::store(out + k, W::atMost(W::shiftRightBy(loadWords<exchanged, W>(in + k), down), most));
         });

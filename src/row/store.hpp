@@ -142,8 +142,10 @@ KRO_INLINE void put(const T& row, InnerBlock<PairWords> block, const P& pixels) 
 template <class V, class T>
 KRO_INLINE typename V::Lanes weighed(const T& row, typename V::Lanes own, typename V::Lanes green,
                                      typename V::Lanes other) {
-    return V::add(V::add(V::mul(own, V::all(row.ownWeight)), V::mul(green, V::all(row.greenWeight))),
-                  V::add(V::mul(other, V::all(row.otherWeight)), V::all(128)));
+    const auto times = [](typename V::Lanes samples, uint32_t weight)
+                           KRO_INLINE_LAMBDA { return V::mul(samples, V::all(static_cast<int32_t>(weight))); };
+    return V::add(V::add(times(own, row.ownWeight), times(green, row.greenWeight)),
+                  V::add(times(other, row.otherWeight), V::all(128)));
 }
 // Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
 // are weighed apart from the low ones: 256 h + l weighed and divided by 256 is h weighed, plus l weighed over 256.

@@ -29,7 +29,7 @@ struct Avx2Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
-    static KRO_INLINE Lanes all(uint32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
+    static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm256_srli_epi16(v, 8); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
@@ -173,9 +173,7 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
         return odd ? combine(left, here) : combine(here, left);
     }
-    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
-        return _mm256_testz_si256(a, all(static_cast<uint32_t>(bits))) == 0;
-    }
+    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm256_testz_si256(a, all(bits)) == 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
 
@@ -197,7 +195,7 @@ struct Avx2Words : Avx2Lanes {
         return {{_mm256_unpacklo_epi32(low01, low23), _mm256_unpackhi_epi32(low01, low23),
                  _mm256_unpacklo_epi32(high01, high23), _mm256_unpackhi_epi32(high01, high23)}};
     }
-    static KRO_INLINE Vector filled(uint32_t value) { return all(value); }
+    static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm256_min_epu16(words, top); }
     static KRO_INLINE Vector bytesExchanged(Vector words) {

@@ -39,7 +39,7 @@ struct Avx512Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
-    static KRO_INLINE Lanes all(uint32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
+    static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm512_srli_epi16(v, 8); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
@@ -254,9 +254,7 @@ struct Avx512Words : Avx512Lanes {
     static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
         return odd ? combine(left, here) : combine(here, left);
     }
-    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
-        return _mm512_test_epi16_mask(a, all(static_cast<uint32_t>(bits))) != 0;
-    }
+    static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm512_test_epi16_mask(a, all(bits)) != 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
 
@@ -280,7 +278,7 @@ struct Avx512Words : Avx512Lanes {
         return {{_mm512_unpacklo_epi32(low01, low23), _mm512_unpackhi_epi32(low01, low23),
                  _mm512_unpacklo_epi32(high01, high23), _mm512_unpackhi_epi32(high01, high23)}};
     }
-    static KRO_INLINE Vector filled(uint32_t value) { return all(value); }
+    static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm512_min_epu16(words, top); }
     static KRO_INLINE Vector bytesExchanged(Vector words) {

@@ -8,8 +8,10 @@ namespace {
 
 constexpr uint8_t nothing = 0x80;  // pshufb writes 0 for it
 
+constexpr int alignmentOf(int size) { return size < 64 ? size : 64; }
+
 template <int size>
-struct alignas(size < 64 ? size : 64) Shuffle {
+struct alignas(alignmentOf(size)) Shuffle {
     uint8_t byte[size];
 };
 

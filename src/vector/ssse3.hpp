@@ -27,7 +27,7 @@ struct Ssse3Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
-    static KRO_INLINE Lanes all(uint32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
+    static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm_srli_epi16(v, 8); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi16(a, b); }
@@ -181,8 +181,7 @@ struct Ssse3Words : Ssse3Lanes {
         return odd ? combine(left, here) : combine(here, left);
     }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
-        return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(static_cast<uint32_t>(bits))), _mm_setzero_si128())) !=
-               0xFFFF;
+        return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(bits)), _mm_setzero_si128())) != 0xFFFF;
     }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
@@ -195,7 +194,7 @@ struct Ssse3Words : Ssse3Lanes {
         return {{_mm_unpacklo_epi32(low01, low23), _mm_unpackhi_epi32(low01, low23),
                  _mm_unpacklo_epi32(high01, high23), _mm_unpackhi_epi32(high01, high23)}};
     }
-    static KRO_INLINE Vector filled(uint32_t value) { return all(value); }
+    static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     // The smaller of unsigned words; SSSE3 has no minimum of them.
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }

@@ -267,7 +267,7 @@ Colour sceneAt(Point p) {
     const int column = static_cast<int>(p.x / panelSide);
     const int row = static_cast<int>(p.y / panelSide);
     const Point inPanel{p.x - column * panelSide, p.y - row * panelSide};
-    return panels[static_cast<std::size_t>(row * 4 + column)](inPanel);
+    return panels[static_cast<std::size_t>(row) * 4 + static_cast<std::size_t>(column)](inPanel);
 }
 
 uint8_t sampleOf(double sum) {
@@ -280,8 +280,10 @@ Image drawScene(int width, int height) {
         for (int column = 0; column < width; column++) {
             Colour sum;
             for (int part = 0; part < subsamples * subsamples; part++) {
-                const double x = column + (part % subsamples + 0.5) / subsamples;
-                const double y = row + (part / subsamples + 0.5) / subsamples;
+                const int partColumn = part % subsamples;
+                const int partRow = part / subsamples;
+                const double x = column + (partColumn + 0.5) / subsamples;
+                const double y = row + (partRow + 0.5) / subsamples;
                 const Colour colour = sceneAt({x * sceneWidth / width, y * sceneHeight / height});
                 sum = {sum.red + colour.red, sum.green + colour.green, sum.blue + colour.blue};
             }

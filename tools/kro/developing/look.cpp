@@ -38,7 +38,8 @@ Picture shrunk(const Picture& picture, const FrameSize& size) {
         }
         for (std::size_t i = 0; i < sums.size(); i++) {
             const std::size_t x = i / channels;
-            const uint64_t area = (bottom - top) * ((x + 1) * width / newWidth - x * width / newWidth);
+            const std::size_t columns = (x + 1) * width / newWidth - x * width / newWidth;
+            const uint64_t area = std::max<uint64_t>((bottom - top) * columns, 1);  // 0 only of pictures that grow
             *out++ = static_cast<uint16_t>((sums[i] * wordOfByte + area / 2) / area);
         }
     }

@@ -26,7 +26,7 @@ public:
     TiffReader(const ByteSource& source, const std::string& name);
 
     PictureHeader header();
-    DecodedPicture decode(uint64_t page);
+    DecodedPicture decode(uint64_t number);
 
 private:
     [[noreturn]] void damaged(const char* what) const;
