@@ -1,9 +1,11 @@
 #include "kernels/cases.hpp"
 
+#include <cstring>
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
-#include "kro/kro.h"
+#include "kro/view.h"
 
 namespace bench {
 namespace {
@@ -96,6 +98,51 @@ Case entryCase(const char* name, Samples samples, size_t outputBytes, uint32_t i
             }};
 }
 
+// A frame of rows with a gap between them, where `gap` bytes are asked for, to a picture of such rows.
+struct ViewBuffers {
+    std::vector<uint8_t> source, destination;
+    KroSourceView frame;
+    KroPictureView picture;
+
+    ViewBuffers(const Frame& given, size_t outputBytes, uint32_t inputFormat, uint32_t outputFormat, size_t gap) {
+        const auto height = static_cast<size_t>(given.height()), width = static_cast<size_t>(given.width());
+        const size_t in = sourceBytes(given.samples(), width), out = width * outputBytes;
+        source.resize(height * (in + gap));
+        destination.resize(height * (out + gap));
+        for (size_t y = 0; y < height; ++y) {
+            std::memcpy(source.data() + y * (in + gap), given.source<uint8_t>() + y * in, in);
+        }
+        frame = {source.data(), static_cast<ptrdiff_t>(in + gap), given.height(), given.width(), inputFormat};
+        picture = {{destination.data()}, {static_cast<ptrdiff_t>(out + gap)}, outputFormat};
+    }
+};
+
+Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t inputFormat, KroAlgorithm algorithm,
+              uint32_t outputFormat, size_t gap = 0, int32_t bits = 0, uint32_t flags = 0) {
+    return {name, samples, outputBytes, [=](const Table& table, const Frame& frame) -> Work {
+                if (table.view == nullptr) {
+                    return {};
+                }
+                std::shared_ptr<ViewBuffers> padded;
+                KroSourceView source{frame.source<uint8_t>(), 0, frame.height(), frame.width(), inputFormat};
+                KroPictureView picture{{frame.destination()}, {0}, outputFormat};
+                if (gap != 0) {
+                    padded = std::make_shared<ViewBuffers>(frame, outputBytes, inputFormat, outputFormat, gap);
+                    source = padded->frame;
+                    picture = padded->picture;
+                }
+                KroViewOptions options{};
+                options.size = sizeof options;
+                options.algorithm = algorithm;
+                options.bits = bits;
+                options.flags = flags;
+                return [=] {
+                    (void)padded;
+                    require(table.view(table.index, &source, &picture, &options), "kroConvertView");
+                };
+            }};
+}
+
 #define KERNEL(name, samples, outputBytes, routine) \
     kernelCase(name, Samples::samples, outputBytes, &::routine, #routine)
 
@@ -139,20 +186,20 @@ std::vector<Case> makeCases() {
         KERNEL("reduce/u10/u8", u10, 1, u16Tou8),
         KERNEL("reduce/u12/u8", u12, 1, u16Tou8),
         KERNEL("reduce/u16/u8", u16, 1, u16Tou8),
-        KERNEL("reduce/packed/u8", packed, 1, unpacked),
+        KERNEL("reduce/packed/u8", packed12, 1, unpacked),
         KERNEL("widen/BGR8/BGRa8", bgr, 4, bgrToBgra),
 
         entryCase("entry-nearest/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_NEAREST),
         entryCase("entry-nearest/RG12/BGR8", Samples::u12, 3, KRO_BAYER_RG12, KRO_NEAREST),
-        entryCase("entry-nearest/RG12Packed/BGR8", Samples::packed, 3, KRO_BAYER_RG12_PACKED, KRO_NEAREST),
+        entryCase("entry-nearest/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_NEAREST),
         entryCase("entry-bilinear/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_BILINEAR),
         entryCase("entry-bilinear/RG10/BGR8", Samples::u10, 3, KRO_BAYER_RG10, KRO_BILINEAR),
         entryCase("entry-bilinear/RG12/BGR8", Samples::u12, 3, KRO_BAYER_RG12, KRO_BILINEAR),
-        entryCase("entry-bilinear/RG12Packed/BGR8", Samples::packed, 3, KRO_BAYER_RG12_PACKED, KRO_BILINEAR),
+        entryCase("entry-bilinear/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_BILINEAR),
         entryCase("entry-bilinear/RG16/BGR8", Samples::u16, 3, KRO_BAYER_RG16, KRO_BILINEAR),
         entryCase("entry-edge/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_EDGE),
         entryCase("entry-edge/RG12/BGR8", Samples::u12, 3, KRO_BAYER_RG12, KRO_EDGE),
-        entryCase("entry-edge/RG12Packed/BGR8", Samples::packed, 3, KRO_BAYER_RG12_PACKED, KRO_EDGE),
+        entryCase("entry-edge/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_EDGE),
 
         KERNEL("bilinear/RG16/BGR16", u16, 6, demosaicingBilinearRGGBU16),
         KERNEL("bilinear/RG16/BGR16Planar", u16, 6, demosaicingBilinearRGGBU16P),
@@ -164,6 +211,28 @@ std::vector<Case> makeCases() {
         KERNEL("edge/GR16/BGR16", u16, 6, demosaicingEdgeGRBGU16),
         KERNEL("edge/GB16/BGR16", u16, 6, demosaicingEdgeGBRGU16),
         KERNEL("edge/BG16/BGR16", u16, 6, demosaicingEdgeBGGRU16),
+
+        viewCase("view-bilinear/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/RG8+64/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_BILINEAR, KRO_BGR8, 64),
+        viewCase("view-edge/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_EDGE, KRO_BGR8),
+        viewCase("view-edge/RG8+64/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_EDGE, KRO_BGR8, 64),
+        viewCase("view-bilinear/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_BILINEAR,
+                 KRO_BGR8),
+        viewCase("view-bilinear/RG10p/BGR8", Samples::packed10, 3, KRO_BAYER_RG10P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/RG12p/BGR8", Samples::packed12, 3, KRO_BAYER_RG12P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/RG14p/BGR8", Samples::packed14, 3, KRO_BAYER_RG14P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/SRGGB10P/BGR8", Samples::packed10, 3, KRO_SRGGB10P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/SRGGB12P/BGR8", Samples::packed12, 3, KRO_SRGGB12P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-bilinear/SRGGB14P/BGR8", Samples::packed14, 3, KRO_SRGGB14P, KRO_BILINEAR, KRO_BGR8),
+        viewCase("view-edge/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_EDGE, KRO_BGR8),
+        viewCase("view-edge/RG12p/BGR8", Samples::packed12, 3, KRO_BAYER_RG12P, KRO_EDGE, KRO_BGR8),
+        viewCase("view-edge/SRGGB10P/BGR8", Samples::packed10, 3, KRO_SRGGB10P, KRO_EDGE, KRO_BGR8),
+        viewCase("view-bilinear/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_BILINEAR, KRO_BGR16),
+        viewCase("view-bilinear/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_BILINEAR, KRO_BGR16),
+        viewCase("view-bilinear/RG12/BGR16-full", Samples::u12, 6, KRO_BAYER_RG12, KRO_BILINEAR, KRO_BGR16, 0, 0,
+                 KRO_VIEW_FULL_RANGE),
+        viewCase("view-edge/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_EDGE, KRO_BGR16),
+        viewCase("view-edge/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_EDGE, KRO_BGR16),
     };
 }
 

@@ -68,10 +68,16 @@ Shape shapeFrom(const std::string& text) {
 }
 
 size_t sourceBytes(Samples samples, size_t pixels) {
-    if (samples == Samples::packed) {
-        return (pixels + 1) / 2 * 3;
+    switch (samples) {
+        case Samples::packed10:
+            return (pixels + 3) / 4 * 5;
+        case Samples::packed12:
+            return (pixels + 1) / 2 * 3;
+        case Samples::packed14:
+            return (pixels + 3) / 4 * 7;
+        default:
+            return pixels * (isWords(samples) ? 2 : samples == Samples::bgr ? 3 : 1);
     }
-    return pixels * (isWords(samples) ? 2 : samples == Samples::bgr ? 3 : 1);
 }
 
 void Frame::Free::operator()(uint8_t* memory) const { std::free(memory); }

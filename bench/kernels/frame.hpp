@@ -19,7 +19,7 @@ std::string nameOf(const Shape& shape);
 // "1280x960", or "1280x960+1" for rows at odd addresses. Throws std::invalid_argument.
 Shape shapeFrom(const std::string& text);
 
-enum class Samples { u8, u10, u12, u16, packed, bgr };
+enum class Samples { u8, u10, u12, u16, packed10, packed12, packed14, bgr };
 
 size_t sourceBytes(Samples samples, size_t pixels);
 

@@ -12,12 +12,13 @@ struct Access {
     decltype(&kroBenchTableName) tableName;
     decltype(&kroBenchRoutine) routine;
     decltype(&kroBenchDemosaicing) demosaicing;
+    decltype(&kroBenchView) view;
 };
 
 std::vector<Table> tablesThrough(const Access& access, const std::string& build) {
     std::vector<Table> tables;
     for (int32_t i = 0; i < access.tables(); ++i) {
-        tables.push_back({build, access.tableName(i), i, access.routine, access.demosaicing});
+        tables.push_back({build, access.tableName(i), i, access.routine, access.demosaicing, access.view});
     }
     return tables;
 }
@@ -33,7 +34,7 @@ void look(void* module, const char* name, Routine& routine) {
 }  // namespace
 
 std::vector<Table> ownTables() {
-    return tablesThrough({kroBenchTables, kroBenchTableName, kroBenchRoutine, kroBenchDemosaicing}, "");
+    return tablesThrough({kroBenchTables, kroBenchTableName, kroBenchRoutine, kroBenchDemosaicing, kroBenchView}, "");
 }
 
 std::vector<Table> tablesOfModule(const std::string& text) {
@@ -50,6 +51,7 @@ std::vector<Table> tablesOfModule(const std::string& text) {
     look(module, "kroBenchTableName", access.tableName);
     look(module, "kroBenchRoutine", access.routine);
     look(module, "kroBenchDemosaicing", access.demosaicing);
+    access.view = reinterpret_cast<decltype(access.view)>(dlsym(module, "kroBenchView"));
     return tablesThrough(access, text.substr(0, equals));
 }
 

@@ -14,6 +14,7 @@ struct Table {
     int32_t index;
     decltype(&kroBenchRoutine) routine;
     decltype(&kroBenchDemosaicing) demosaicing;
+    decltype(&kroBenchView) view;  // null where the build has no views
 
     std::string label() const { return build.empty() ? instructionSet : instructionSet + " " + build; }
 };

@@ -55,3 +55,12 @@ int32_t kroBenchDemosaicing(int32_t table, KroContext* handle, const KroImage* i
                             KroImage* output) {
     return kro::demosaicing(kernelsOf(table), handle, input, algorithm, output);
 }
+
+#if __has_include("KROView.hpp")
+#include "KROView.hpp"
+
+int32_t kroBenchView(int32_t table, const void* source, const void* picture, const void* options) {
+    return kro::convertView(kernelsOf(table), static_cast<const KroSourceView*>(source),
+                            static_cast<const KroPictureView*>(picture), static_cast<const KroViewOptions*>(options));
+}
+#endif

@@ -15,4 +15,6 @@ KRO_API const char* kroBenchTableName(int32_t table);
 KRO_API KroBenchRoutine kroBenchRoutine(int32_t table, const char* name);
 KRO_API int32_t kroBenchDemosaicing(int32_t table, KroContext* handle, const KroImage* input, KroAlgorithm algorithm,
                                     KroImage* output);
+// Takes the records of kro/view.h. Missing from modules of revisions that knew no views.
+KRO_API int32_t kroBenchView(int32_t table, const void* source, const void* picture, const void* options);
 }

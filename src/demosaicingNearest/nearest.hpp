@@ -18,9 +18,8 @@ struct NearestFamily {
         using V = typename B::Vector;
         const auto now = block.template tap<0>(here), left = block.template tap<-1>(here);
         const auto up = block.template tap<0>(above), upLeft = block.template tap<-1>(above);
-        return makePixels(Ready<V>{V::template pickColumns<colourOdd>(now, left)},
-                          Ready<V>{V::template pickColumns<!colourOdd>(now, left)},
-                          Ready<V>{V::template pickColumns<!colourOdd>(up, upLeft)});
+        return makePixels(Ready<V>{picked<V, colourOdd>(now, left)}, Ready<V>{picked<V, !colourOdd>(now, left)},
+                          Ready<V>{picked<V, !colourOdd>(up, upLeft)});
     }
 
     // At a red or blue site of column 0 green comes from above, not from the mirrored neighbour on the right, in

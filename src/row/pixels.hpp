@@ -122,6 +122,13 @@ KRO_INLINE typename V::Vector oddSamples(Ready<V> ready) {
     return ready.samples;
 }
 
+// Samples of one vector at the columns of one parity, of the other vector at those of the other.
+template <class V, bool odd>
+KRO_INLINE typename V::Vector picked(typename V::Vector atColumns, typename V::Vector elsewhere) {
+    const auto even = odd ? elsewhere : atColumns;
+    return V::combine(evenSamples(Own<V>{even}), odd ? atColumns : elsewhere);
+}
+
 // One channel of a block: values of two kinds.
 template <class Even, class Odd>
 struct Sites {

@@ -46,7 +46,8 @@ KRO_INLINE uint8_t truncatedSample(uint16_t word, uint32_t shift) {
 template <bool exchanged, class W>
 KRO_INLINE typename W::Vector loadWords(const uint16_t* p) {
     if constexpr (exchanged) {
-        return W::bytesExchanged(W::load(p));
+        const auto words = W::load(p);
+        return W::bitOr(W::template shiftLeft<8>(words), W::template shiftRightLogical<8>(words));
     } else {
         return W::load(p);
     }
@@ -196,6 +197,21 @@ void limitWords(const uint16_t* in, ptrdiff_t count, int32_t bits, bool leftAlig
         const uint32_t number = static_cast<uint32_t>(wordAt<exchanged>(in + i)) >> down;
         out[i] = static_cast<uint16_t>(number < top ? number : top);
     }
+}
+
+// Whether a word of a row has any of these bits.
+template <class W>
+KRO_OUTLINE bool anyBits(const uint16_t* row, Columns columns, int32_t which) {
+    int32_t x = columns.begin;
+    auto bits = W::all(0);
+    for (; x <= columns.end - W::columns; x += W::columns) {
+        bits = W::bitOr(bits, W::load(row + x));
+    }
+    int32_t rest = 0;
+    for (; x < columns.end; ++x) {
+        rest |= row[x];
+    }
+    return W::anyBits(bits, which) || (rest & which) != 0;
 }
 
 // ---- rows ----

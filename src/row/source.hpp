@@ -62,16 +62,32 @@ public:
     KRO_INLINE const Sample* operator[](int32_t y) const { return at(mirrored(y, job_.height)); }
     // A row of the frame itself.
     KRO_INLINE const Sample* at(int32_t y) const {
-        const int32_t place = ring_ != nullptr ? y % ringRows : y;
-        return advanced(first_, place * stride_);
+        return ring_ != nullptr ? rows_[y % ringRows] : advanced(first_, y * stride_);
     }
 
 private:
     KRO_OUTLINE void makeUpTo(int32_t y) {
         for (; made_ <= y; ++made_) {
-            Sample* const row = advanced(ring_, (made_ % ringRows) * stride_);
-            readRun<S>(job_, made_, prepared_, row - (strip_.begin - prepared_.begin));
+            const int32_t place = made_ % ringRows;
+            Sample* const row = advanced(ring_, place * stride_);
+            rows_[place] = fittingRow(made_);
+            if (rows_[place] == nullptr) {
+                readRun<S>(job_, made_, prepared_, row - (strip_.begin - prepared_.begin));
+                rows_[place] = row;
+            }
         }
+    }
+    // Words that need but a limit are read where they are, as long as none of the row exceeds it: less than a copy.
+    KRO_INLINE const Sample* fittingRow(int32_t y) const {
+        if constexpr (sizeof(Sample) == 2) {
+            const kro::Source& source = job_.source;
+            if (source.layout == Layout::words && !source.exchanged && !source.leftAligned) {
+                const Sample* const row = advanced(static_cast<const Sample*>(source.samples), y * source.stride);
+                const int32_t beyond = 0xFFFF & ~((1 << source.bits) - 1);
+                return anyBits<typename S::Words>(row, prepared_, beyond) ? nullptr : row + strip_.begin;
+            }
+        }
+        return nullptr;
     }
 
     const FrameJob& job_;
@@ -80,6 +96,7 @@ private:
     Sample* ring_ = nullptr;
     int32_t made_;
     Columns strip_, prepared_{};
+    const Sample* rows_[ringRows];  // of the rows in the ring: where they are
 };
 
 }  // namespace

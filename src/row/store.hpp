@@ -69,11 +69,12 @@ KRO_OUTLINE void spreadRow(RowTarget<Sample> row, int32_t first, int32_t count) 
     Sample* const planes[3] = {row.own, row.green, row.other};
     for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
         Sample* const samples = planes[plane] + static_cast<ptrdiff_t>(first) * channels;
-        for (int channel = 0; channel < channels; ++channel) {
-            for (ptrdiff_t i = channel; channel != alpha && i < static_cast<ptrdiff_t>(count) * channels;
-                 i += channels) {
-                samples[i] = spread(row.spreadBits, samples[i]);
-            }
+        const ptrdiff_t end = static_cast<ptrdiff_t>(count) * channels;
+        for (ptrdiff_t i = 0; i < end; ++i) {
+            samples[i] = spread(row.spreadBits, samples[i]);
+        }
+        for (ptrdiff_t i = alpha; alpha >= 0 && i < end; i += channels) {
+            samples[i] = static_cast<Sample>(row.alpha);
         }
     }
 }

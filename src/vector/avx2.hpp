@@ -89,10 +89,6 @@ struct Avx2Bytes : Avx2Lanes {
         return _mm256_or_si256(even, _mm256_andnot_si256(_mm256_set1_epi16(0x00FF), odd));
     }
     static KRO_INLINE Vector evenOnly(Vector v) { return low(v); }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(low(left), here) : combine(low(here), left);
-    }
     // As in Ssse3Bytes, lane by lane.
     static KRO_INLINE void packPair(Lanes evenA, Lanes oddA, Lanes evenB, Lanes oddB, Vector& a, Vector& b) {
         const __m256i even = _mm256_packus_epi16(evenA, evenB);
@@ -169,10 +165,6 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm256_andnot_si256(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm256_blend_epi16(even, odd, 0xAA); }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(left, here) : combine(here, left);
-    }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm256_testz_si256(a, all(bits)) == 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
@@ -198,9 +190,6 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm256_min_epu16(words, top); }
-    static KRO_INLINE Vector bytesExchanged(Vector words) {
-        return _mm256_or_si256(_mm256_slli_epi16(words, 8), _mm256_srli_epi16(words, 8));
-    }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm256_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm256_cvtepu8_epi16(Ssse3Words::load(in));

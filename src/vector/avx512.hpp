@@ -116,10 +116,6 @@ struct Avx512Bytes : Avx512Lanes {
         return _mm512_mask_mov_epi8(even, maskOf(oddColumns), odd);
     }
     static KRO_INLINE Vector evenOnly(Vector v) { return v; }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(left, here) : combine(here, left);
-    }
     // As in Ssse3Bytes, lane by lane.
     static KRO_INLINE void packPair(Lanes evenA, Lanes oddA, Lanes evenB, Lanes oddB, Vector& a, Vector& b) {
         const __m512i even = _mm512_packus_epi16(evenA, evenB);
@@ -157,10 +153,8 @@ struct Avx512Bytes : Avx512Lanes {
             return shuffled(channel, rotation);
         }
     }
-    static constexpr uint64_t laneThirdBits(int q) {
-        const uint64_t lane = everyThirdBit(q) & 0xFFFF;
-        return lane | lane << 16 | lane << 32 | lane << 48;
-    }
+    // The same 16 bits for each lane.
+    static constexpr uint64_t laneThirdBits(int q) { return (everyThirdBit(q) & 0xFFFF) * 0x0001'0001'0001'0001; }
     static constexpr uint64_t laneThirds[3] = {laneThirdBits(0), laneThirdBits(1), laneThirdBits(2)};
     static KRO_INLINE Vector mergeLaneThirds(Vector r0, Vector r1, Vector r2, int j) {
         const Vector two = _mm512_mask_mov_epi8(r0, maskOf(laneThirds[modulo3(1 - j)]), r1);
@@ -242,18 +236,14 @@ struct Avx512Words : Avx512Lanes {
     }
 
     static KRO_INLINE Lanes iota() {
-        return _mm512_cvtepu8_epi16(_mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18,
-                                                     19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31));
+        static constexpr WordIndices<32> place = elementsOf<32>(leftOf<64, 2>(0));
+        return _mm512_load_si512(place.word);
     }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
     static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) { return _mm512_xor_si512(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
     static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm512_andnot_si512(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm512_mask_mov_epi16(even, oddColumns, odd); }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(left, here) : combine(here, left);
-    }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm512_test_epi16_mask(a, all(bits)) != 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
@@ -281,9 +271,6 @@ struct Avx512Words : Avx512Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm512_min_epu16(words, top); }
-    static KRO_INLINE Vector bytesExchanged(Vector words) {
-        return _mm512_or_si512(_mm512_slli_epi16(words, 8), _mm512_srli_epi16(words, 8));
-    }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm512_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm512_cvtepu8_epi16(Avx2Lanes::load(in));

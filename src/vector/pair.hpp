@@ -25,6 +25,8 @@ struct PairBytes {
     }
     static KRO_INLINE Lanes low(Vector b) { return b.even; }
     static KRO_INLINE Lanes high(Vector b) { return b.odd; }
+    static KRO_INLINE Vector combine(Vector even, Vector odd) { return {even.even, odd.odd}; }
+    static KRO_INLINE Vector evenOnly(Vector v) { return v; }
     static KRO_INLINE int32_t evenColumn(Lanes a) { return a; }
     static KRO_INLINE int32_t oddColumn(Lanes a) { return a; }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
@@ -37,10 +39,6 @@ struct PairBytes {
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return a >> n;  // arithmetic: floors
-    }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? Vector{left.even, here.odd} : Vector{here.even, left.odd};
     }
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { *p = static_cast<int16_t>(a); }
@@ -119,10 +117,6 @@ struct PairLanes {
         return {m.even ? yes.even : no.even, m.odd ? yes.odd : no.odd};
     }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return {even.even, odd.odd}; }
-    template <bool odd>
-    static KRO_INLINE Lanes pickColumns(Lanes here, Lanes left) {
-        return odd ? combine(left, here) : combine(here, left);
-    }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return each(a, top, [](int32_t x, int32_t most) { return x < 0 ? 0 : x > most ? most : x; });
     }

@@ -87,10 +87,6 @@ struct Ssse3Bytes : Ssse3Lanes {
         return _mm_or_si128(even, _mm_andnot_si128(_mm_set1_epi16(0x00FF), odd));
     }
     static KRO_INLINE Vector evenOnly(Vector v) { return low(v); }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(low(left), here) : combine(low(here), left);
-    }
     // Two channels of signed lanes, saturated to bytes and brought into column order:
     //     even  a0 a2 a4 .. a14 | b0 b2 b4 .. b14        a  a0 a1 a2 a3 .. a15
     //     odd   a1 a3 a5 .. a15 | b1 b3 b5 .. b15        b  b0 b1 b2 b3 .. b15
@@ -176,10 +172,6 @@ struct Ssse3Words : Ssse3Lanes {
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm_andnot_si128(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
-    template <bool odd>
-    static KRO_INLINE Vector pickColumns(Vector here, Vector left) {
-        return odd ? combine(left, here) : combine(here, left);
-    }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
         return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(bits)), _mm_setzero_si128())) != 0xFFFF;
     }
@@ -198,9 +190,6 @@ struct Ssse3Words : Ssse3Lanes {
 
     // The smaller of unsigned words; SSSE3 has no minimum of them.
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }
-    static KRO_INLINE Vector bytesExchanged(Vector words) {
-        return _mm_or_si128(_mm_slli_epi16(words, 8), _mm_srli_epi16(words, 8));
-    }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm_unpacklo_epi8(load(in), _mm_setzero_si128());

@@ -3,7 +3,7 @@
 import struct
 
 from pictures import read_pnm, words, write_npy, write_pgm, write_ppm
-from support import ALL_FORMATS, FORMATS, Case, demosaic, demosaic_samples, random_samples
+from support import ALL_FORMATS, FORMATS, Case, demosaic_samples, random_samples
 
 WIDTH, HEIGHT = 21, 13
 

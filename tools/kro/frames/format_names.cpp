@@ -197,7 +197,6 @@ std::string fourLetters(const InputFormat& format) {
 std::vector<std::string> greyNames(const InputFormat& format) {
     const std::string bits = std::to_string(format.bits);
     // libcamera has no grey formats of 14 bits.
-    const std::vector<std::string> none;
     switch (format.packing) {
         case Packing::byte:
             return {"GREY", "R8", "gray"};
@@ -206,12 +205,12 @@ std::vector<std::string> greyNames(const InputFormat& format) {
                    : format.bits == 16 ? std::vector<std::string>{"Y16", "R16", "GRAY16_LE"}
                                        : std::vector<std::string>{"Y" + bits, "R" + bits};
         case Packing::csi2:
-            return format.bits == 14 ? none : std::vector<std::string>{"R" + bits + "_CSI2P"};
+            return format.bits == 14 ? std::vector<std::string>{} : std::vector<std::string>{"R" + bits + "_CSI2P"};
         case Packing::packed:
         case Packing::lsb:
             break;
     }
-    return none;
+    return {};
 }
 
 }  // namespace
