@@ -107,27 +107,38 @@ struct ViewBuffers {
     ViewBuffers(const Frame& given, size_t outputBytes, uint32_t inputFormat, uint32_t outputFormat, size_t gap) {
         const auto height = static_cast<size_t>(given.height()), width = static_cast<size_t>(given.width());
         const size_t in = sourceBytes(given.samples(), width), out = width * outputBytes;
-        source.resize(height * (in + gap));
-        destination.resize(height * (out + gap));
+        uint8_t* const samples = aligned(source, height * (in + gap));
         for (size_t y = 0; y < height; ++y) {
-            std::memcpy(source.data() + y * (in + gap), given.source<uint8_t>() + y * in, in);
+            std::memcpy(samples + y * (in + gap), given.source<uint8_t>() + y * in, in);
         }
-        frame = {source.data(), static_cast<ptrdiff_t>(in + gap), given.height(), given.width(), inputFormat};
-        picture = {{destination.data()}, {static_cast<ptrdiff_t>(out + gap)}, outputFormat};
+        frame = {samples, static_cast<ptrdiff_t>(in + gap), given.height(), given.width(), inputFormat};
+        picture = {{aligned(destination, height * (out + gap))}, {static_cast<ptrdiff_t>(out + gap)}, outputFormat};
+    }
+
+private:
+    // As buffers without gaps are.
+    static uint8_t* aligned(std::vector<uint8_t>& memory, size_t size) {
+        memory.resize(size + alignment);
+        return memory.data() + (alignment - reinterpret_cast<uintptr_t>(memory.data()) % alignment);
     }
 };
 
 Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t inputFormat, KroAlgorithm algorithm,
               uint32_t outputFormat, size_t gap = 0, int32_t bits = 0, uint32_t flags = 0) {
+    const auto buffers = std::make_shared<std::weak_ptr<ViewBuffers>>();  // the same for all instruction sets
     return {name, samples, outputBytes, [=](const Table& table, const Frame& frame) -> Work {
                 if (table.view == nullptr) {
                     return {};
                 }
-                std::shared_ptr<ViewBuffers> padded;
+                std::shared_ptr<ViewBuffers> padded = buffers->lock();
                 KroSourceView source{frame.source<uint8_t>(), 0, frame.height(), frame.width(), inputFormat};
                 KroPictureView picture{{frame.destination()}, {0}, outputFormat};
                 if (gap != 0) {
-                    padded = std::make_shared<ViewBuffers>(frame, outputBytes, inputFormat, outputFormat, gap);
+                    if (padded == nullptr || padded->frame.height != frame.height() ||
+                        padded->frame.width != frame.width()) {
+                        padded = std::make_shared<ViewBuffers>(frame, outputBytes, inputFormat, outputFormat, gap);
+                        *buffers = padded;
+                    }
                     source = padded->frame;
                     picture = padded->picture;
                 }

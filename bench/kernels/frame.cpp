@@ -9,8 +9,6 @@
 namespace bench {
 namespace {
 
-constexpr size_t alignment = 64;
-
 // A slope in both directions with rings and a little noise: neither flat nor random, as pictures are.
 uint32_t sampleAt(int32_t row, int32_t column, uint32_t& noise) {
     noise = noise * 1664525u + 1013904223u;

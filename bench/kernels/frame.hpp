@@ -8,6 +8,9 @@
 
 namespace bench {
 
+// Of buffers.
+constexpr size_t alignment = 64;
+
 struct Shape {
     int32_t width;
     int32_t height;

@@ -103,9 +103,13 @@ struct BilinearWrapping : Rectangle<S, uint16_t, kind, WrappingFamily> {
 };
 
 template <class S, Output kind>
-struct BilinearExact : Rectangle<S, uint16_t, kind, BilinearFamily<ExactMeans>> {
+struct BilinearExact {
+    template <template <class> class Means>
+    using Family = BilinearFamily<Means>;
+
     static void frame(const FrameJob& job) {
-        Rectangle<S, uint16_t, kind, BilinearFamily<ExactMeans>>::frame(job, {});
+        job.source.bits <= 14 ? Rectangle<S, uint16_t, kind, Family<UnsignedMeans>>::frame(job, {})
+                              : Rectangle<S, uint16_t, kind, Family<ExactMeans>>::frame(job, {});
     }
 };
 

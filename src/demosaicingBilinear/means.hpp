@@ -16,6 +16,15 @@ struct LaneMeans {
     static KRO_INLINE Mean<V, 2> four(Lanes p, Lanes q) { return {V::add(p, q)}; }
 };
 
+// Sums of words of up to 14 bits, which are exact as unsigned numbers.
+template <class W>
+struct UnsignedMeans {
+    using Lanes = typename W::Lanes;
+    static KRO_INLINE Lanes pair(Lanes a, Lanes b) { return W::add(a, b); }
+    static KRO_INLINE Ready<W> two(Lanes pair) { return {W::template shiftRightLogical<1>(pair)}; }
+    static KRO_INLINE Ready<W> four(Lanes p, Lanes q) { return {W::template shiftRightLogical<2>(W::add(p, q))}; }
+};
+
 // Truncated means of words that need no wider lanes. The mean of two truncated means is the truncated mean of four
 // samples but where both pairs lost a half: together they are worth one more, which shows if the sum of the means is
 // odd.

@@ -33,46 +33,59 @@ class Edge {
     using Source = Rows<S, Sample, rowsInView>;
 
 public:
-    static void frame(const FrameJob& job) { walk<int16_t>(job, {0, job.width}, job.rows); }
+    static void frame(const FrameJob& job) {
+        const bool ringed = !readableInPlace<Sample>(job.source) && job.source.ring == nullptr;
+        walk<int16_t>(job, {0, job.width}, job.rows, ringed);
+    }
 
 private:
-    // Rows of a range of columns, strip by strip. Lanes of words are narrow until a row with a deep sample comes into
-    // view; from there on the strip is walked again in wide ones, and in narrower strips.
+    // Rows of a range of columns, strip by strip, with a ring on the stack or without.
     template <class Number>
-    static void walk(const FrameJob& job, Columns columns, RowSpan rows) {
-        const bool ownRing = !readInPlace<Sample>(job.source) && job.source.ring == nullptr;
-        const int32_t whole = ownRing ? ringedStripColumns<Sample, Number> : stripColumns<Sample, Number>;
+    static void walk(const FrameJob& job, Columns columns, RowSpan rows, bool ringed) {
+        const int32_t whole = ringed ? ringedStripColumns<Sample, Number> : stripColumns<Sample, Number>;
         const int32_t most = columns.begin == 0 && columns.end <= whole ? whole : whole - 64;
         for (int32_t x = columns.begin; x < columns.end;) {
             const Columns strip{x, stripEnd(x, columns.end, most)};
-            const int32_t done = ownRing ? ringed<Number>(job, strip, rows) : inPlace<Number>(job, strip, rows);
-            if constexpr (sizeof(Sample) == 2 && sizeof(Number) == 2) {
+            const int32_t done = ringed ? inRing<Number>(job, strip, rows) : inPlace<Number>(job, strip, rows);
+            if constexpr (sizeof(Sample) == 2) {
                 if (done < rows.end) {
-                    walk<int32_t>(job, strip, {done, rows.end});
+                    walkFitting<Number>(job, strip, {done, rows.end}, ringed);
                 }
             }
             x = strip.end;
         }
     }
+    // Words from the row on where one did not fit: too large for its format, so that it is limited in a ring, or for
+    // the lanes, which are wide from there on.
+    template <class Number>
+    static void walkFitting(const FrameJob& job, Columns strip, RowSpan rows, bool ringed) {
+        constexpr bool wide = sizeof(Number) == 4;
+        if (!ringed && (wide || (unlimitedBits(job.source) | deepBits<Number>) == unlimitedBits(job.source))) {
+            walk<Number>(job, strip, rows, true);
+        } else {
+            walk<int32_t>(job, strip, rows, ringed);
+        }
+    }
     template <class Number>
     static KRO_OUTLINE int32_t inPlace(const FrameJob& job, Columns columns, RowSpan rows) {
         Source source(job, columns, rows.begin, job.source.ring, job.source.ringStride);
-        return run<Number, stripColumns<Sample, Number>>(job, source, columns, rows);
+        return run<Number, stripColumns<Sample, Number>>(job, source, columns, rows, unlimitedBits(job.source));
     }
     template <class Number>
-    static KRO_OUTLINE int32_t ringed(const FrameJob& job, Columns columns, RowSpan rows) {
+    static KRO_OUTLINE int32_t inRing(const FrameJob& job, Columns columns, RowSpan rows) {
         Ring<Sample, ringedStripColumns<Sample, Number>, rowsInView> ring;
         Source source(job, columns, rows.begin, ring.rows, sizeof ring.rows[0]);
-        return run<Number, ringedStripColumns<Sample, Number>>(job, source, columns, rows);
+        return run<Number, ringedStripColumns<Sample, Number>>(job, source, columns, rows, 0);
     }
 
     // Greens one unit ahead of colours. Returns the first row that was not made.
     template <class Number, int32_t most>
-    static KRO_INLINE int32_t run(const FrameJob& job, Source& source, Columns columns, RowSpan rows) {
+    static KRO_INLINE int32_t run(const FrameJob& job, Source& source, Columns columns, RowSpan rows, int32_t unfit) {
         using Units = EdgeStrip<S, Sample, Number, kind, Source, most>;
         const int32_t first = job.phase.greenFirst ? 1 : 0;  // a view that starts with an R row, of one row less
         const RowSpan alphaRows{first + 1, first + 1 + steppedRows(job.height - first)};
-        const EdgeFrame frame{job.height, job.width, job.phase, job.target, job.top, rows.begin, alphaRows};
+        const EdgeFrame frame{job.height, job.width,  job.phase, job.target,
+                              job.top,    rows.begin, alphaRows, unfit | deepBits<Number>};
         const int32_t before = rows.begin > 0 ? 1 : 0, last = job.height - 1;
         Units strip(frame, source, Strip::of(columns, job.width), -before);
         int32_t unit = strip.unitOf(rows.begin) - before;

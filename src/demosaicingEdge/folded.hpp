@@ -14,8 +14,9 @@
 namespace kro {
 namespace {
 
-// Samples above 12 bits, for which 16-bit lanes are too narrow.
-constexpr int32_t deepBits = 0xF000;
+// Bits that samples must not have: those above 12, for which 16-bit lanes are too narrow.
+template <class Number>
+constexpr int32_t deepBits = sizeof(Number) == 2 ? 0xF000 : 0;
 
 // The lanes of a block: those of the set S, or, for a pair of columns, of the scalar one.
 template <class S, class B>
@@ -42,11 +43,13 @@ class UnitPasses {
     using L = std::conditional_t<sizeof(Number) == 2, V, typename S::Wide>;
 
 public:
-    // Says whether a sample is deep.
-    static bool fold(bool colourOdd, const UnitRows& rows, Columns seen, uint16_t* colours, uint16_t* greens) {
+    // Says whether a sample has any of the bits `unfit`.
+    static bool fold(bool colourOdd, const UnitRows& rows, Columns seen, int32_t unfit, uint16_t* colours,
+                     uint16_t* greens) {
         const bool wide = seen.end - seen.begin >= V::columns;
-        return (colourOdd ? (wide ? foldRows<V, true> : foldRows<PairWords, true>)
-                          : (wide ? foldRows<V, false> : foldRows<PairWords, false>))(rows, seen, colours, greens);
+        return (colourOdd
+                    ? (wide ? foldRows<V, true> : foldRows<PairWords, true>)
+                    : (wide ? foldRows<V, false> : foldRows<PairWords, false>))(rows, seen, unfit, colours, greens);
     }
     // Of fewer columns than a block has, a whole block.
     static void green(bool colourOdd, const FoldedUnits& units, Columns made, int32_t top, Number* differences) {
@@ -55,7 +58,8 @@ public:
 
 private:
     template <class W, bool colourOdd>
-    static KRO_OUTLINE bool foldRows(const UnitRows& from, Columns seen, uint16_t* colours, uint16_t* greens) {
+    static KRO_OUTLINE bool foldRows(const UnitRows& from, Columns seen, int32_t unfit, uint16_t* colours,
+                                     uint16_t* greens) {
         const UnitRows rows = from;
         int32_t x = seen.begin;
         auto bits = W::all(0);
@@ -67,7 +71,7 @@ private:
             bits = W::bitOr(bits, x % 2 == 0 ? foldBlock<W, colourOdd>(rows, x, colours, greens)
                                              : foldBlock<W, !colourOdd>(rows, x, colours, greens));
         }
-        return W::anyBits(bits, deepBits);
+        return W::anyBits(bits, unfit);
     }
     template <class W, bool colourOdd>
     static KRO_INLINE auto foldBlock(const UnitRows& rows, int32_t x, uint16_t* colours, uint16_t* greens) {
@@ -118,9 +122,9 @@ private:
             put<kind, ownFirst>(upper, block, pixels.upper);
         });
         if (lowerRow != to.y) {
-            finishRow<kind>(lower, to.strip.made);
+            finishRow<kind, typename S::Words>(lower, to.strip.made);
         }
-        finishRow<kind>(upper, to.strip.made);
+        finishRow<kind, typename S::Words>(upper, to.strip.made);
     }
 };
 
@@ -151,7 +155,7 @@ public:
     int32_t unitOf(int32_t y) const { return (y - frame_.firstRow) >> 1; }
     Columns greenColumns() const { return greens_; }
 
-    // Differences of a unit; false where a sample in view is too deep for the lanes.
+    // Differences of a unit; false where a sample in view does not fit.
     KRO_INLINE bool green(int32_t unit) {
         if (!foldUpTo(unit + 1)) {
             return false;
@@ -166,7 +170,7 @@ public:
     // Folds the units up to this one.
     KRO_OUTLINE bool foldUpTo(int32_t unit) {
         for (; foldedUnits_ <= unit; ++foldedUnits_) {
-            if (fold(foldedUnits_) && sizeof(Number) == 2) {
+            if (fold(foldedUnits_)) {
                 return false;
             }
         }
@@ -247,8 +251,8 @@ private:
         source_.prepare(y + 1 < 3 ? 3 : y + 1);
         const auto far = [&](int32_t row) { return source_.at(opposite(row, frame_.height)); };
         uint16_t *const colour = colours(unit), *const green = greens(unit);
-        const bool deep =
-            Passes::fold(colourIsOdd(), {far(y), far(y + 1), source_[y], source_[y + 1]}, seen_, colour, green);
+        const bool misfits = Passes::fold(colourIsOdd(), {far(y), far(y + 1), source_[y], source_[y + 1]}, seen_,
+                                          frame_.unfit, colour, green);
         if (seen_.begin == strip_.frame.begin) {
             colour[seen_.begin - 2] = colour[seen_.begin + 2];
             colour[seen_.begin - 1] = colour[seen_.begin + 3];
@@ -259,7 +263,7 @@ private:
             colour[seen_.end + 1] = colour[seen_.end - 3];
             green[seen_.end] = green[seen_.end - 2];
         }
-        return deep;
+        return misfits;
     }
     KRO_OUTLINE void everyOther(const Number* from, Number* to, bool odd) {
         for (int32_t x = greens_.begin + (odd ? -1 : 0); x < greens_.end + 2; x += 2) {

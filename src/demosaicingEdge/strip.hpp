@@ -20,6 +20,7 @@ struct EdgeFrame {
     int32_t top;        // words: interpolated samples end here
     int32_t firstRow;   // units count from here
     RowSpan alphaRows;  // rows whose alpha is written, in alphaColumns, where it is not written everywhere
+    int32_t unfit = 0;  // words: bits that no sample may have
 };
 
 // A row of the output.

@@ -113,7 +113,7 @@ private:
         if (strip.first == 0) {
             Family::template mend<kind, colourOdd, ownFirst>(out, RowInput<Sample>{above, here, below, top});
         }
-        finishRow<kind>(out, strip.made);
+        finishRow<kind, V>(out, strip.made);
     }
 
     static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y, const Strip& strip,
@@ -139,8 +139,8 @@ private:
             put<kind, ownFirst>(upper, block, one);
             put<kind, ordered && !ownFirst>(lower, block, two);
         });
-        finishRow<kind>(upper, strip.made);
-        finishRow<kind>(lower, strip.made);
+        finishRow<kind, V>(upper, strip.made);
+        finishRow<kind, V>(lower, strip.made);
     }
 };
 

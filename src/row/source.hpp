@@ -27,11 +27,19 @@ struct Ring {
     alignas(64) Sample rows[ringRows][mostColumns + 2 * ringMargin];
 };
 
+// What lies in memory as samples, but for words that are too large for their bits.
+template <class Sample>
+bool readableInPlace(const Source& source) {
+    return sizeof(Sample) == 1 ? source.layout == Layout::bytes
+                               : source.layout == Layout::words && !source.exchanged && !source.leftAligned;
+}
+// The bits that words should not have and may.
+inline int32_t unlimitedBits(const Source& source) {
+    return source.layout == Layout::words ? 0xFFFF & ~((1 << source.bits) - 1) : 0;
+}
 template <class Sample>
 bool readInPlace(const Source& source) {
-    return sizeof(Sample) == 1
-               ? source.layout == Layout::bytes
-               : source.layout == Layout::words && source.bits == 16 && !source.exchanged && !source.leftAligned;
+    return readableInPlace<Sample>(source) && (sizeof(Sample) == 1 || unlimitedBits(source) == 0);
 }
 
 // Rows of a strip of columns; column 0 of a row is the strip's first.
@@ -41,7 +49,7 @@ public:
     // `ring` is used where samples have to be prepared; `firstRow` is the first that is made of them.
     KRO_INLINE Rows(const FrameJob& job, Columns strip, int32_t firstRow, void* ring, ptrdiff_t ringStride)
         : job_(job), made_(firstRow < rowsBefore ? 0 : firstRow - rowsBefore), strip_(strip) {
-        if (readInPlace<Sample>(job.source)) {
+        if (readInPlace<Sample>(job.source) || ring == nullptr) {
             first_ = static_cast<const Sample*>(job.source.samples) + strip.begin;
             stride_ = job.source.stride;
         } else {
@@ -81,10 +89,10 @@ private:
     KRO_INLINE const Sample* fittingRow(int32_t y) const {
         if constexpr (sizeof(Sample) == 2) {
             const kro::Source& source = job_.source;
-            if (source.layout == Layout::words && !source.exchanged && !source.leftAligned) {
+            if (readableInPlace<Sample>(source)) {
                 const Sample* const row = advanced(static_cast<const Sample*>(source.samples), y * source.stride);
-                const int32_t beyond = 0xFFFF & ~((1 << source.bits) - 1);
-                return anyBits<typename S::Words>(row, prepared_, beyond) ? nullptr : row + strip_.begin;
+                const bool fits = !anyBits<typename S::Words>(row, prepared_, unlimitedBits(source));
+                return fits ? row + strip_.begin : nullptr;
             }
         }
         return nullptr;

@@ -61,27 +61,40 @@ template <class Sample>
 KRO_INLINE Sample spread(int32_t bits, Sample sample) {
     return static_cast<Sample>(sample << (16 - bits) | sample >> (2 * bits - 16));
 }
-// A finished row of `count` pixels, alpha left out. A pass of its own: a test in every block would cost the words
-// that are not spread more than this costs those that are.
-template <Output kind, class Sample>
-KRO_OUTLINE void spreadRow(RowTarget<Sample> row, int32_t first, int32_t count) {
-    constexpr int channels = channelsIn(kind), alpha = kind == Output::abgr ? 0 : kind == Output::bgra ? 3 : -1;
-    Sample* const planes[3] = {row.own, row.green, row.other};
-    for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
-        Sample* const samples = planes[plane] + static_cast<ptrdiff_t>(first) * channels;
-        const ptrdiff_t end = static_cast<ptrdiff_t>(count) * channels;
-        for (ptrdiff_t i = 0; i < end; ++i) {
-            samples[i] = spread(row.spreadBits, samples[i]);
+template <class V>
+KRO_OUTLINE void spreadSamples(typename V::Sample* samples, ptrdiff_t count, int32_t bits) {
+    ptrdiff_t i = 0;
+    if constexpr (V::columns > 2) {
+        for (; i + V::columns <= count; i += V::columns) {
+            const auto v = V::load(samples + i);
+            V::store(samples + i, V::bitOr(V::shiftLeftBy(v, 16 - bits), V::shiftRightBy(v, 2 * bits - 16)));
         }
+    }
+    for (; i < count; ++i) {
+        samples[i] = spread(bits, samples[i]);
+    }
+}
+// A finished row, alpha left out. A pass of its own: a test in every block would cost the words that are not spread
+// more than this costs those that are.
+template <Output kind, class V>
+KRO_OUTLINE void spreadRow(RowTarget<uint16_t> row, int32_t first, int32_t count) {
+    constexpr int channels = channelsIn(kind), alpha = kind == Output::abgr ? 0 : kind == Output::bgra ? 3 : -1;
+    uint16_t* const planes[3] = {row.own, row.green, row.other};
+    for (int plane = 0; plane < (kind == Output::planar ? 3 : 1); ++plane) {
+        uint16_t* const samples = planes[plane] + static_cast<ptrdiff_t>(first) * channels;
+        const ptrdiff_t end = static_cast<ptrdiff_t>(count) * channels;
+        spreadSamples<V>(samples, end, row.spreadBits);
         for (ptrdiff_t i = alpha; alpha >= 0 && i < end; i += channels) {
-            samples[i] = static_cast<Sample>(row.alpha);
+            samples[i] = static_cast<uint16_t>(row.alpha);
         }
     }
 }
-template <Output kind, class Sample>
-KRO_INLINE void finishRow(const RowTarget<Sample>& row, Columns made) {
-    if (sizeof(Sample) == 2 && row.spreadBits != 0) {
-        spreadRow<kind>(row, made.begin, made.end - made.begin);
+template <Output kind, class V>
+KRO_INLINE void finishRow(const RowTarget<typename V::Sample>& row, Columns made) {
+    if constexpr (!ofBytes<V>) {
+        if (row.spreadBits != 0) {
+            spreadRow<kind, V>(row, made.begin, made.end - made.begin);
+        }
     }
 }
 

@@ -112,6 +112,10 @@ struct PairLanes {
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return each(a, a, [](int32_t x, int32_t) { return x >> n; });  // arithmetic: floors
     }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightLogical(Lanes a) {
+        return each(a, a, [](int32_t x, int32_t) { return (x & 0xFFFF) >> n; });  // of words
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return {a.even > b.even, a.odd > b.odd}; }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
         return {m.even ? yes.even : no.even, m.odd ? yes.odd : no.odd};
