@@ -110,6 +110,7 @@ TEST_P(ViewBandsOfFormats, EveryOutputAndAlgorithm) {
 
 // What a thread needs for its bands of a picture that several of them write.
 TEST(ViewThreads, BandsOfOnePictureAtTheSameTime) {
+    constexpr int threadCount = 16;
     const Size size{64, 333};
     const InputFormat& format = inputNamed("BayerGR12Packed");
     const ViewOutput& output = outputNamed("BGRa16");
@@ -122,9 +123,9 @@ TEST(ViewThreads, BandsOfOnePictureAtTheSameTime) {
         for (const Method method : reference::allMethods) {
             picture.lay(output, size, Spacing::padded, guard::Placement::againstEnd, guard::Fill::one, false);
             std::vector<std::thread> threads;
-            for (int thread = 0; thread < 4; ++thread) {
+            for (int thread = 0; thread < threadCount; ++thread) {
                 threads.emplace_back([&, thread] {
-                    for (int row = thread; row < size.height; row += 4) {
+                    for (int row = thread; row < size.height; row += threadCount) {
                         KroViewOptions options = withAlgorithm(method);
                         options.firstRow = row;
                         options.rowCount = 1;
