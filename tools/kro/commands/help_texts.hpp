@@ -67,6 +67,10 @@ constexpr const char* infoExamples = R"(Examples:
   kro info outdoor_2592x1536_BayerGR8.raw
   kro info capture.bin -f rggb10le -s 1280x960 --frames 1-3)";
 
+constexpr const char* guessExamples = R"(Examples:
+  kro guess capture.bin
+  kro guess capture.bin --sheet answers.png)";
+
 constexpr const char* helpExamples = R"(Examples:
   kro help
   kro help convert)";

@@ -130,26 +130,10 @@ const InputFormat& inferFormat(const std::string& path, const std::string& fileN
                        (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
 }
 
-// Sizes that cameras really have, offered where a file's length fits one of them.
+// Offered where a file's length fits them.
 std::string likelySizes(const InputFormat* format, uint64_t payload) {
-    constexpr std::array<FrameSize, 16> common{{{640, 480},
-                                                {768, 512},
-                                                {800, 600},
-                                                {1024, 768},
-                                                {1280, 720},
-                                                {1280, 960},
-                                                {1280, 1024},
-                                                {1600, 1200},
-                                                {1920, 1080},
-                                                {1920, 1200},
-                                                {2048, 1536},
-                                                {2448, 2048},
-                                                {2592, 1536},
-                                                {2592, 1944},
-                                                {3840, 2160},
-                                                {4096, 3000}}};
     std::string text;
-    for (const FrameSize& size : common) {
+    for (const FrameSize& size : usualSizes()) {
         if (format != nullptr && payload == format->frameBytes(size.samples())) {
             text += (text.empty() ? " (its length fits " : " or ") + size.text();
         }

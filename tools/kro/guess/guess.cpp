@@ -1,0 +1,140 @@
+#include "guess/guess.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cli::guess {
+
+namespace {
+
+constexpr std::size_t mostAnswers = 12;
+
+// Layouts and rows that are this much worse than the best are not followed.
+constexpr double layoutMargin = 1.35;
+constexpr std::size_t mostLayouts = 4;
+constexpr std::size_t mostRows = 4;
+
+// Which bits of the samples vary.
+struct UsedBits {
+    uint32_t any = 0;
+    uint32_t most = 0;
+};
+
+UsedBits usedBits(const Bytes& bytes, const FrameShape& shape) {
+    constexpr std::size_t band = 16;
+    UsedBits used;
+    Samples samples;
+    Geometry rows = shape.geometry;
+    const std::size_t count = rows.rowsIn(bytes.size());
+    for (std::size_t row = 0; row + band <= count; row += band) {
+        unpackRows({&bytes[rows.start + row * rows.stride], rows.stride, rows.width, band}, *rows.layout, samples);
+        for (const uint16_t sample : samples) {
+            used.any |= sample;
+            used.most = std::max<uint32_t>(used.most, sample);
+        }
+    }
+    return used;
+}
+
+int highestBit(uint32_t value) {
+    int bits = 0;
+    for (; value != 0; value >>= 1) {
+        bits++;
+    }
+    return bits;
+}
+
+void setBits(const Bytes& bytes, Answer& answer) {
+    answer.bits = answer.shape.geometry.layout->bits;
+    if (!answer.shape.geometry.layout->isWords()) {
+        return;
+    }
+    const UsedBits used = usedBits(bytes, answer.shape);
+    const int low = highestBit(used.any & (~used.any + 1)) - 1;
+    answer.leftAligned = used.most >= 0x8000 && low >= 2;
+    if (answer.leftAligned) {
+        answer.bits = 16 - low;
+        return;
+    }
+    for (const int bits : {16, 14, 12, 10}) {
+        answer.bits = highestBit(used.most) <= bits ? bits : answer.bits;
+    }
+}
+
+// What the shape says, as a factor of bits.
+double priorOf(const FrameShape& shape, uint64_t length) {
+    const bool whole = shape.leftOver(length) == 0 && shape.geometry.start == 0;
+    const double size = shape.usualSize ? 0.94 : 1;
+    const double width = static_cast<double>(shape.geometry.width);
+    const double height = static_cast<double>(shape.height);
+    const double slim = std::max(0.0, std::log2(std::max(width, height) / std::min(width, height) / 2));
+    return size * (1 + 0.05 * slim) * (whole ? 0.98 : 1) * (shape.padding() == 0 ? 0.99 : 1);
+}
+
+// How badly the likeness of the diagonals suits the meaning, as a factor of bits.
+double diagonalsAgainst(Greens greens, double unlikeDiagonals) {
+    const double evenUnlike = std::log(unlikeDiagonals);
+    switch (greens) {
+        case Greens::none:
+            return 1 + 0.4 * std::max(0.0, std::abs(evenUnlike) - 0.15);
+        case Greens::odd:
+            return 1 + 0.4 * std::max(0.0, 0.2 - evenUnlike);
+        case Greens::even:
+            return 1 + 0.4 * std::max(0.0, 0.2 + evenUnlike);
+    }
+    return 1;
+}
+
+void addAnswers(const Material& material, const RatedLayout& layout, const RatedRows& rows,
+                std::vector<Answer>& answers) {
+    constexpr std::size_t places = 64;
+    Answer answer;
+    answer.shape = shapeOf(material, rows.geometry);
+    const Likeness likeness = likenessOf(material.bytes, answer.shape.geometry, places);
+    setBits(material.bytes, answer);
+    for (const Greens greens : allGreens) {
+        answer.greens = greens;
+        answer.score = (likeness.bitsPerByte[static_cast<std::size_t>(greens)] + layout.penalty) *
+                       priorOf(answer.shape, material.length) * diagonalsAgainst(greens, likeness.unlikeDiagonals);
+        answers.push_back(answer);
+    }
+}
+
+}  // namespace
+
+Phase Answer::phase() const {
+    return greens == Greens::none ? Phase::mono : greens == Greens::odd ? Phase::rg : Phase::gr;
+}
+
+Phase Answer::exchangedPhase() const {
+    return greens == Greens::none ? Phase::mono : greens == Greens::odd ? Phase::bg : Phase::gb;
+}
+
+std::string Answer::formatName(Phase phase) const {
+    return shape.geometry.layout->formatName(phase, leftAligned ? 16 : bits);
+}
+
+std::string Answer::size() const {
+    return std::to_string(shape.geometry.width) + "x" + std::to_string(shape.height);
+}
+
+std::vector<Answer> answersFor(const Material& material) {
+    const std::vector<Chunk> chunks = chunksOf(material.bytes);
+    const std::vector<RatedLayout> layouts = rateLayouts(material.bytes, chunks);
+    std::vector<Answer> answers;
+    for (std::size_t i = 0; i < mostLayouts; i++) {
+        if (layouts[i].bitsPerByte > layouts[0].bitsPerByte * layoutMargin + 0.1) {
+            break;
+        }
+        const std::vector<RatedRows> rows = rateRows(material, chunks, layouts[i]);
+        for (std::size_t r = 0; r < std::min(rows.size(), mostRows); r++) {
+            addAnswers(material, layouts[i], rows[r], answers);
+        }
+    }
+    std::stable_sort(answers.begin(), answers.end(),
+                     [](const Answer& a, const Answer& b) { return a.score < b.score; });
+    answers.resize(std::min(answers.size(), mostAnswers));
+    return answers;
+}
+
+}  // namespace cli::guess

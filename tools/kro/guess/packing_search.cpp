@@ -1,0 +1,168 @@
+#include "guess/packing_search.hpp"
+
+#include <algorithm>
+#include <array>
+
+#include "guess/code_length.hpp"
+
+namespace cli::guess {
+
+namespace {
+
+// A multiple of all groups' bytes, and room for the largest offset of one.
+constexpr std::size_t chunkBytes = 1680;
+constexpr std::size_t slack = 8;
+constexpr std::size_t mostChunks = 64;
+
+// Samples that are taken for nothing by a layout must not seem to be told by it.
+constexpr double unusedBitsOf10Packed = 4;
+
+// A sample of a mosaic is told by the last but one, of a grey frame by the last.
+double bitsPerSample(const Samples& samples, int bits) {
+    std::array<CodeLength, 2> apart;
+    CodeLength adjacent;
+    for (std::size_t i = 2; i < samples.size(); i++) {
+        apart[i % 2].add(samples[i] - samples[i - 2]);
+        adjacent.add(samples[i] - samples[i - 1]);
+    }
+    return std::min((apart[0].bitsEach(bits) + apart[1].bitsEach(bits)) / 2, adjacent.bitsEach(bits));
+}
+
+bool hasUnusedBits(const uint8_t* chunk, std::size_t size) {
+    std::size_t used = 0;
+    for (std::size_t i = 1; i < size; i += 3) {
+        used += (chunk[i] & 0xCC) != 0 ? 1 : 0;
+    }
+    return used * 20 > size / 3;
+}
+
+double bitsPerByte(const uint8_t* chunk, const SampleLayout& layout, Samples& samples) {
+    constexpr std::size_t rows = 4;
+    const std::size_t width = layout.samplesIn(chunkBytes / rows);
+    unpackRows({chunk, layout.rowBytes(width), width, rows}, layout, samples);
+    return bitsPerSample(samples, layout.bits) * static_cast<double>(layout.groupSamples) /
+           static_cast<double>(layout.groupBytes);
+}
+
+// How different the bytes' roles are at the places of a group of so many: of bytes that are samples, all places are
+// alike, but of others some hold high bits and some noise.
+double rolesIn(const Bytes& bytes, const std::vector<Chunk>& chunks, std::size_t group) {
+    double most = 0;
+    double least = 1;
+    std::size_t large = 0;
+    std::size_t largeLeast = chunks.size() * chunkBytes;
+    for (std::size_t place = 0; place < group; place++) {
+        uint64_t near = 1;
+        uint64_t far = 1;
+        std::size_t over = 0;
+        for (std::size_t c = 0; c < chunks.size(); c++) {
+            const uint8_t* here = &bytes[chunks[c].at / 210 * 210];
+            const uint8_t* there = &bytes[chunks[(c + chunks.size() / 2) % chunks.size()].at / 210 * 210];
+            for (std::size_t i = place; i + 2 * group < chunkBytes; i += group) {
+                near += static_cast<uint64_t>(std::abs(here[i] - here[i + 2 * group]));
+                far += static_cast<uint64_t>(std::abs(here[i] - there[chunkBytes - group + place - i + place]));
+                over += here[i] >= 64 ? 1 : 0;
+            }
+        }
+        const double unlikeness = std::min(1.0, static_cast<double>(near) / static_cast<double>(far));
+        most = std::max(most, unlikeness);
+        least = std::min(least, unlikeness);
+        large = std::max(large, over);
+        largeLeast = std::min(largeLeast, over);
+    }
+    const bool unlikeRanges = large > chunks.size() * 16 && largeLeast * 200 < large;
+    return unlikeRanges ? 1 : most - least;
+}
+
+// Frames of 8 bits stretched to 16 hold every byte twice.
+bool holdsPairs(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    std::size_t equal = 0;
+    std::size_t others = 0;
+    for (const Chunk& chunk : chunks) {
+        const uint8_t* words = &bytes[chunk.at / 2 * 2];
+        for (std::size_t i = 0; i + 2 < chunkBytes; i += 2) {
+            equal += words[i] == words[i + 1] ? 1 : 0;
+            others += words[i + 1] == words[i + 2] ? 1 : 0;
+        }
+    }
+    const std::size_t pairs = chunks.size() * (chunkBytes / 2 - 1);
+    return equal * 100 > pairs * 98 && others * 100 < pairs * 95;
+}
+
+// Words whose high bits are the significant ones have zeros in every other byte's low bits.
+bool holdsZeros(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    std::array<uint32_t, 2> any{};
+    for (const Chunk& chunk : chunks) {
+        for (std::size_t i = chunk.at; i < chunk.at + chunkBytes; i++) {
+            any[i % 2] |= bytes[i];
+        }
+    }
+    return ((any[0] & 3) == 0) != ((any[1] & 3) == 0);
+}
+
+// What speaks against a layout besides the bits that it takes, in bits a byte.
+double penaltyOf(const SampleLayout& layout, const Bytes& bytes, const std::vector<Chunk>& chunks,
+                 const std::vector<std::size_t>& offsets) {
+    if (layout.isWords()) {
+        return 0;
+    }
+    if (holdsPairs(bytes, chunks) || holdsZeros(bytes, chunks)) {
+        return 8;
+    }
+    double penalty = 0;
+    if (layout.groupBytes == 1) {
+        double roles = 0;
+        for (const std::size_t group : {2, 3, 5, 7}) {
+            roles = std::max(roles, rolesIn(bytes, chunks, group));
+        }
+        penalty = roles < 0.3 ? 0 : 4 * roles;
+    }
+    if (layout.mono == kro::PixelFormat::Mono10Packed) {
+        for (std::size_t c = 0; c < chunks.size(); c++) {
+            penalty += hasUnusedBits(&bytes[chunks[c].at + offsets[c]], chunkBytes) ? unusedBitsOf10Packed : 0;
+        }
+        penalty /= static_cast<double>(3 * chunks.size());
+    }
+    return penalty;
+}
+
+}  // namespace
+
+std::vector<Chunk> chunksOf(const Bytes& bytes) {
+    std::vector<Chunk> chunks;
+    const std::size_t room = bytes.size() - chunkBytes - slack;
+    const std::size_t count = std::min(mostChunks, 1 + room / chunkBytes);
+    for (std::size_t i = 0; i < count; i++) {
+        chunks.push_back({room * (2 * i + 1) / (2 * count) / 2 * 2, chunkBytes});
+    }
+    return chunks;
+}
+
+std::vector<RatedLayout> rateLayouts(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    std::vector<RatedLayout> rated;
+    Samples samples;
+    for (const SampleLayout& layout : sampleLayouts()) {
+        RatedLayout result{&layout, 0, 0, {}};
+        // Words begin at even bytes.
+        const std::size_t offsets = layout.isWords() ? 1 : layout.groupBytes;
+        for (const Chunk& chunk : chunks) {
+            double least = 16;
+            std::size_t best = 0;
+            for (std::size_t offset = 0; offset < offsets; offset++) {
+                const double bits = bitsPerByte(&bytes[chunk.at + offset], layout, samples);
+                best = bits < least ? offset : best;
+                least = std::min(least, bits);
+            }
+            result.bitsPerByte += least / static_cast<double>(chunks.size());
+            result.offsets.push_back(best);
+        }
+        result.penalty = penaltyOf(layout, bytes, chunks, result.offsets);
+        result.bitsPerByte += result.penalty;
+        rated.push_back(result);
+    }
+    std::stable_sort(rated.begin(), rated.end(),
+                     [](const RatedLayout& a, const RatedLayout& b) { return a.bitsPerByte < b.bitsPerByte; });
+    return rated;
+}
+
+}  // namespace cli::guess
