@@ -1,6 +1,7 @@
 #include "guess/frame_search.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "frames/frame_size.hpp"
@@ -25,10 +26,8 @@ uint64_t bytesOf(const FrameSize& size, const SampleLayout& layout) {
     return layout.rowBytes(static_cast<std::size_t>(size.width)) * static_cast<uint64_t>(size.height);
 }
 
-// Whether the file is a frame or frames of the size, or one with a header.
-bool fills(uint64_t length, uint64_t frame) {
-    return length >= frame && (length - frame <= largestHeader || length % frame == 0);
-}
+// Whether the file is a frame or frames of so many bytes, but for a header.
+bool fills(uint64_t length, uint64_t frame) { return length >= frame && length % frame <= largestHeader; }
 
 std::set<std::size_t> stridesFor(const Material& material, const std::vector<Chunk>& chunks,
                                  const RatedLayout& rated) {
@@ -59,7 +58,9 @@ double priorOf(uint64_t length, const Geometry& rows) {
             return length % bytesOf(size, layout) == 0 ? 0.95 : 0.97;
         }
     }
-    return length % rows.stride == 0 ? 0.98 : 1;
+    // Rows are padded to multiples of such lengths, and no sensor has an odd number of columns.
+    const double aligned = rows.stride % 64 == 0 ? 0.985 : rows.width % 2 != 0 ? 1.02 : 1;
+    return length % rows.stride == 0 ? 0.98 * aligned : aligned;
 }
 
 RatedRows rated(const Material& material, const Geometry& rows, std::size_t places) {
@@ -68,7 +69,40 @@ RatedRows rated(const Material& material, const Geometry& rows, std::size_t plac
     return result;
 }
 
-bool better(const RatedRows& a, const RatedRows& b) { return a.score < b.score; }
+void addRated(const Material& material, const SampleLayout& layout, std::size_t stride, std::size_t places,
+              std::vector<RatedRows>& all) {
+    Geometry rows{&layout, static_cast<std::size_t>(material.length % stride), stride, layout.samplesIn(stride)};
+    if (rows.width < narrowest || rows.rowsIn(material.bytes.size()) < fewestRows) {
+        return;
+    }
+    all.push_back(rated(material, rows, places));
+    // Of packed samples it matters where groups begin: after a header or at once.
+    if (rows.start % layout.groupBytes != 0) {
+        rows.start = 0;
+        all.push_back(rated(material, rows, places));
+    }
+}
+
+// Valleys may be off by a sample or two.
+void addNeighbours(const Material& material, const RatedRows& rows, std::size_t places, std::vector<RatedRows>& all) {
+    const std::size_t unit = rows.geometry.layout->isWords() ? 2 : 1;
+    for (const std::size_t steps : {1, 2}) {
+        for (const std::size_t stride : {rows.geometry.stride - steps * unit, rows.geometry.stride + steps * unit}) {
+            const bool known = std::any_of(all.begin(), all.end(), [stride](const RatedRows& other) {
+                return other.geometry.stride == stride;
+            });
+            if (!known) {
+                addRated(material, *rows.geometry.layout, stride, places, all);
+            }
+        }
+    }
+}
+
+void keepBest(std::vector<RatedRows>& all, std::size_t count) {
+    std::stable_sort(all.begin(), all.end(),
+                     [](const RatedRows& a, const RatedRows& b) { return a.score < b.score; });
+    all.resize(std::min(all.size(), count));
+}
 
 // Samples of two rows as one sequence each, from the same columns.
 class RowReader {
@@ -110,36 +144,40 @@ double seam(const Material& material, const Geometry& rows) {
     return across / within;
 }
 
-// How much less alike two rows are that meet at this one than rows around them.
+// How much less alike rows are that meet at this one than those after it.
 double boundary(const Material& material, const Geometry& rows, std::size_t row) {
+    constexpr std::size_t around = 6;
     RowReader reader(material, rows);
-    const std::size_t width = std::min<std::size_t>(rows.width, 4096);
-    if (row < 3 || row + 4 > reader.count()) {
+    const std::size_t first = row < 2 ? 0 : row - 2;
+    if (first + around > reader.count()) {
         return 1;
     }
-    const Samples& samples = reader.at(row - 3, 0, width, 7);
-    std::array<double, 5> differences{};
-    for (std::size_t r = 0; r < 5; r++) {
+    const std::size_t width = std::min<std::size_t>(rows.width, 4096);
+    const Samples& samples = reader.at(first, 0, width, around);
+    // Two rows apart, where colours are the same.
+    std::array<double, around - 2> differences{};
+    for (std::size_t r = 0; r + 2 < around; r++) {
         for (std::size_t x = 0; x < width; x++) {
             differences[r] += std::abs(samples[r * width + x] - samples[(r + 2) * width + x]);
         }
     }
-    const double around = std::min(differences[0], differences[4]);
-    return (std::min(differences[1], differences[2]) + 1) / (around + 1);
+    const double across = row < 2 ? differences[0] : std::min(differences[0], differences[1]);
+    return (across + 1) / (differences[3] + 1);
 }
 
-// Bytes at the end of rows that are the same in all of them.
-std::size_t constantTail(const Material& material, const Geometry& rows) {
+// Bytes at the end of rows that are 0 in all of them, but for those that a header may take.
+std::size_t emptyTail(const Material& material, const Geometry& rows) {
     const std::size_t count = (material.bytes.size() - rows.start) / rows.stride;
-    std::size_t least = rows.stride / 4;
-    const uint8_t* first = &material.bytes[rows.start];
-    for (std::size_t row = 0; row < count; row += std::max<std::size_t>(1, count / 100)) {
-        const uint8_t* here = first + row * rows.stride;
-        std::size_t same = 0;
-        while (same < least && here[rows.stride - 1 - same] == first[rows.stride - 1 - same]) {
-            same++;
-        }
-        least = same;
+    const std::size_t inHeader = static_cast<std::size_t>(largestHeader) / rows.stride + 1;
+    std::size_t least = rows.stride / 2;
+    for (std::size_t row = inHeader * 3 < count ? inHeader : 0; row < count;
+         row += std::max<std::size_t>(1, count / 100)) {
+        const uint8_t* end = &material.bytes[rows.start] + (row + 1) * rows.stride;
+        const uint8_t* used = std::find_if(std::make_reverse_iterator(end),
+                                           std::make_reverse_iterator(end - static_cast<std::ptrdiff_t>(least)),
+                                           [](uint8_t byte) { return byte != 0; })
+                                  .base();
+        least = static_cast<std::size_t>(end - used);
     }
     return least;
 }
@@ -155,8 +193,8 @@ void placeStart(const Material& material, Geometry& rows) {
     if (rest == 0 || startIsKnown) {
         return;
     }
-    const std::size_t tail = constantTail(material, rows);
-    const std::size_t tailAtFront = constantTail(material, atFront);
+    const std::size_t tail = emptyTail(material, rows);
+    const std::size_t tailAtFront = emptyTail(material, atFront);
     const bool byTail = tail != tailAtFront;
     if (byTail ? tailAtFront > tail : seam(material, atFront) > 1.5 * seam(material, rows)) {
         rows.start = 0;
@@ -168,56 +206,62 @@ std::size_t rowsOf(const Material& material, const Geometry& rows) {
     return static_cast<std::size_t>((material.length - rows.start) / rows.stride);
 }
 
-// A usual width of which the rows hold padding; samples before the tail leave none out.
+// Without the padding that rows end in: where it shows, or where a usual size of this height suggests it.
 std::size_t widthIn(const Material& material, const Geometry& rows, std::size_t height) {
+    constexpr std::size_t mostPadding = 512;
     const SampleLayout& layout = *rows.layout;
     const std::size_t whole = layout.samplesIn(rows.stride);
     if (isUsual(whole, height)) {
         return whole;
     }
-    const std::size_t tail = constantTail(material, rows);
-    std::size_t found = 0;
+    const std::size_t used = rows.stride - emptyTail(material, rows);
+    const std::size_t leastWidth = (layout.samplesIn(used + layout.groupBytes - 1) + 1) / 2 * 2;
     for (const FrameSize& size : usualSizes()) {
         const std::size_t width = static_cast<std::size_t>(size.width);
         const std::size_t bytes = layout.rowBytes(width);
-        const bool aligned = rows.stride % 16 == 0 && rows.stride - bytes <= 512;
         const bool sameHeight = static_cast<std::size_t>(size.height) == height;
-        if (bytes <= rows.stride && bytes + (sameHeight && aligned ? 512 : tail) >= rows.stride) {
-            found = std::max(found, width);
+        const bool padded = rows.stride % 16 == 0 && bytes + mostPadding >= rows.stride && used == rows.stride;
+        // The last samples of all rows may be 0 as well.
+        const bool shows = bytes >= used && width <= leastWidth + 16;
+        if (bytes < rows.stride && (shows || (sameHeight && padded))) {
+            return width;
         }
     }
-    if (found != 0) {
-        return found;
-    }
-    return std::min(whole, layout.samplesIn(rows.stride - tail + layout.groupBytes - 1) / 2 * 2);
+    return std::min(whole, leastWidth);
+}
+
+// Whether rows make frames of this height, but for a header that is longer than a row.
+bool divides(const Material& material, const FrameShape& shape, std::size_t height, double leastBoundary) {
+    const Geometry& rows = shape.geometry;
+    const std::size_t extra = shape.height % height;
+    const bool afterHeader = extra == 0 || boundary(material, rows, extra) > leastBoundary;
+    const bool afterFrame = extra + height == shape.height || boundary(material, rows, extra + height) > leastBoundary;
+    return extra * rows.stride + rows.start <= largestHeader && afterHeader && afterFrame;
+}
+
+void divide(FrameShape& shape, std::size_t height) {
+    shape.geometry.start += shape.height % height * shape.geometry.stride;
+    shape.frames = shape.height / height;
+    shape.height = height;
 }
 
 // Rows that are too many are several frames, or a header that is longer than a row.
 void divideRows(const Material& material, FrameShape& shape) {
-    Geometry& rows = shape.geometry;
-    const std::size_t all = shape.height;
+    const std::size_t width = shape.geometry.width;
     for (const FrameSize& size : usualSizes()) {
         const std::size_t height = static_cast<std::size_t>(size.height);
-        if (static_cast<std::size_t>(size.width) != rows.width || height >= all) {
-            continue;
-        }
-        const std::size_t extra = all - height;
-        if (extra * rows.stride <= largestHeader && boundary(material, rows, extra) > 1.5) {
-            rows.start += extra * rows.stride;
-            shape.height = height;
-            return;
-        }
-        if (all % height == 0 && boundary(material, rows, height) > 1.3) {
-            shape.frames = all / height;
-            shape.height = height;
+        if (static_cast<std::size_t>(size.width) == width && height < shape.height &&
+            divides(material, shape, height, 1.4)) {
+            divide(shape, height);
             return;
         }
     }
-    for (std::size_t height = rows.width * 2; height >= rows.width / 3; height--) {
-        if (all > rows.width * 3 / 2 && all % height == 0 && height < all &&
-            boundary(material, rows, height) > 2) {
-            shape.frames = all / height;
-            shape.height = height;
+    if (shape.height <= width * 3 / 2) {
+        return;
+    }
+    for (std::size_t height = width * 3 / 2; height >= width / 3; height--) {
+        if (shape.height % height == 0 && divides(material, shape, height, 2)) {
+            divide(shape, height);
             return;
         }
     }
@@ -232,22 +276,17 @@ std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chun
     const SampleLayout& layout = *found.layout;
     std::vector<RatedRows> all;
     for (const std::size_t stride : stridesFor(material, chunks, found)) {
-        Geometry rows{&layout, static_cast<std::size_t>(material.length % stride), stride, layout.samplesIn(stride)};
-        if (rows.width < narrowest || rows.rowsIn(material.bytes.size()) < fewestRows) {
-            continue;
-        }
-        all.push_back(rated(material, rows, fewPlaces));
-        if (rows.start % layout.groupBytes != 0) {
-            rows.start = 0;
-            all.push_back(rated(material, rows, fewPlaces));
-        }
+        addRated(material, layout, stride, fewPlaces, all);
     }
-    std::sort(all.begin(), all.end(), better);
-    all.resize(std::min(all.size(), kept));
+    keepBest(all, kept);
+    for (const RatedRows& rows : std::vector<RatedRows>(all)) {
+        addNeighbours(material, rows, fewPlaces, all);
+    }
+    keepBest(all, kept);
     for (RatedRows& rows : all) {
         rows = rated(material, rows.geometry, manyPlaces);
     }
-    std::sort(all.begin(), all.end(), better);
+    keepBest(all, kept);
     return all;
 }
 

@@ -14,9 +14,6 @@ constexpr std::size_t chunkBytes = 1680;
 constexpr std::size_t slack = 8;
 constexpr std::size_t mostChunks = 64;
 
-// Samples that are taken for nothing by a layout must not seem to be told by it.
-constexpr double unusedBitsOf10Packed = 4;
-
 // A sample of a mosaic is told by the last but one, of a grey frame by the last.
 double bitsPerSample(const Samples& samples, int bits) {
     std::array<CodeLength, 2> apart;
@@ -26,14 +23,6 @@ double bitsPerSample(const Samples& samples, int bits) {
         adjacent.add(samples[i] - samples[i - 1]);
     }
     return std::min((apart[0].bitsEach(bits) + apart[1].bitsEach(bits)) / 2, adjacent.bitsEach(bits));
-}
-
-bool hasUnusedBits(const uint8_t* chunk, std::size_t size) {
-    std::size_t used = 0;
-    for (std::size_t i = 1; i < size; i += 3) {
-        used += (chunk[i] & 0xCC) != 0 ? 1 : 0;
-    }
-    return used * 20 > size / 3;
 }
 
 double bitsPerByte(const uint8_t* chunk, const SampleLayout& layout, Samples& samples) {
@@ -89,41 +78,68 @@ bool holdsPairs(const Bytes& bytes, const std::vector<Chunk>& chunks) {
     return equal * 100 > pairs * 98 && others * 100 < pairs * 95;
 }
 
-// Words whose high bits are the significant ones have zeros in every other byte's low bits.
-bool holdsZeros(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+// Words whose high bits are the significant ones have zeros in the low bits of every other byte: of the even ones, or
+// of the odd ones where high bytes come first.
+enum class Zeros { none, even, odd };
+
+Zeros zerosIn(const Bytes& bytes, const std::vector<Chunk>& chunks) {
     std::array<uint32_t, 2> any{};
     for (const Chunk& chunk : chunks) {
         for (std::size_t i = chunk.at; i < chunk.at + chunkBytes; i++) {
             any[i % 2] |= bytes[i];
         }
     }
-    return ((any[0] & 3) == 0) != ((any[1] & 3) == 0);
+    const bool even = (any[0] & 3) == 0;
+    const bool odd = (any[1] & 3) == 0;
+    return even == odd ? Zeros::none : even ? Zeros::even : Zeros::odd;
 }
 
-// What speaks against a layout besides the bits that it takes, in bits a byte.
-double penaltyOf(const SampleLayout& layout, const Bytes& bytes, const std::vector<Chunk>& chunks,
-                 const std::vector<std::size_t>& offsets) {
+// Four bits of each group of 10Packed are zeros: the share of chunks in which they are, somewhere in a group.
+double unusedBits(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    std::size_t unused = 0;
+    for (const Chunk& chunk : chunks) {
+        std::array<uint32_t, 3> any{};
+        for (std::size_t i = 0; i < chunkBytes; i++) {
+            any[i % 3] |= bytes[chunk.at + i];
+        }
+        unused += std::any_of(any.begin(), any.end(), [](uint32_t bits) { return (bits & 0xCC) == 0; }) ? 1 : 0;
+    }
+    return static_cast<double>(unused) / static_cast<double>(chunks.size());
+}
+
+// What all layouts are held against besides the bits that they take.
+struct Signs {
+    bool pairs;
+    Zeros zeros;
+    double unusedBits;
+    // Of bytes in groups of any size.
+    double roles;
+};
+
+Signs signsIn(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    Signs signs{holdsPairs(bytes, chunks), zerosIn(bytes, chunks), unusedBits(bytes, chunks), 0};
+    for (const std::size_t group : {2, 3, 5, 7}) {
+        signs.roles = std::max(signs.roles, rolesIn(bytes, chunks, group));
+    }
+    return signs;
+}
+
+// What speaks against a layout, in bits a byte.
+double penaltyOf(const SampleLayout& layout, const Signs& signs) {
+    constexpr double excluded = 8;
+    constexpr double strong = 2;
     if (layout.isWords()) {
-        return 0;
+        const Zeros wrong = layout.bigEndian ? Zeros::even : Zeros::odd;
+        return signs.zeros == wrong ? strong : 0;
     }
-    if (holdsPairs(bytes, chunks) || holdsZeros(bytes, chunks)) {
-        return 8;
+    if (signs.pairs || signs.zeros != Zeros::none) {
+        return excluded;
     }
-    double penalty = 0;
     if (layout.groupBytes == 1) {
-        double roles = 0;
-        for (const std::size_t group : {2, 3, 5, 7}) {
-            roles = std::max(roles, rolesIn(bytes, chunks, group));
-        }
-        penalty = roles < 0.3 ? 0 : 4 * roles;
+        return signs.roles < 0.3 ? 0 : 2 * strong * signs.roles;
     }
-    if (layout.mono == kro::PixelFormat::Mono10Packed) {
-        for (std::size_t c = 0; c < chunks.size(); c++) {
-            penalty += hasUnusedBits(&bytes[chunks[c].at + offsets[c]], chunkBytes) ? unusedBitsOf10Packed : 0;
-        }
-        penalty /= static_cast<double>(3 * chunks.size());
-    }
-    return penalty;
+    const bool leavesBits = layout.mono == kro::PixelFormat::Mono10Packed;
+    return strong * (leavesBits ? 1 - signs.unusedBits : signs.unusedBits);
 }
 
 }  // namespace
@@ -141,6 +157,7 @@ std::vector<Chunk> chunksOf(const Bytes& bytes) {
 std::vector<RatedLayout> rateLayouts(const Bytes& bytes, const std::vector<Chunk>& chunks) {
     std::vector<RatedLayout> rated;
     Samples samples;
+    const Signs signs = signsIn(bytes, chunks);
     for (const SampleLayout& layout : sampleLayouts()) {
         RatedLayout result{&layout, 0, 0, {}};
         // Words begin at even bytes.
@@ -156,7 +173,7 @@ std::vector<RatedLayout> rateLayouts(const Bytes& bytes, const std::vector<Chunk
             result.bitsPerByte += least / static_cast<double>(chunks.size());
             result.offsets.push_back(best);
         }
-        result.penalty = penaltyOf(layout, bytes, chunks, result.offsets);
+        result.penalty = penaltyOf(layout, signs);
         result.bitsPerByte += result.penalty;
         rated.push_back(result);
     }
