@@ -13,13 +13,6 @@ namespace {
 using guess::Answer;
 using guess::Material;
 
-Material materialOf(const InputFile& file) {
-    Material material;
-    material.bytes = file.readAll();
-    material.length = material.bytes.size();
-    return material;
-}
-
 constexpr std::size_t mostShown = 6;
 
 std::string convertLine(const std::string& input, const Answer& answer) {
@@ -38,7 +31,7 @@ std::string convertLine(const std::string& input, const Answer& answer) {
 }
 
 void guessFile(const std::string& input) {
-    const Material material = materialOf(InputFile(input));
+    const Material material = guess::readMaterial(InputFile(input));
     std::vector<Answer> answers = guess::answersFor(material);
     answers.resize(std::min(answers.size(), mostShown));
     for (const Answer& a : answers) {

@@ -113,7 +113,7 @@ const InputFormat& inferFormat(const std::string& path, const std::string& fileN
                                uint64_t payload) {
     const NameHints hints = readName(fileName);
     if (!hints.format) {
-        throw UsageFailure(path + ": pixel format unknown, its name says none; give --format, such as BayerRG8");
+        throw UnknownLayout(path + ": pixel format unknown, its name says none; give --format, such as BayerRG8");
     }
     if (const InputFormat* format = exactFormat(hints)) {
         return *format;
@@ -126,7 +126,7 @@ const InputFormat& inferFormat(const std::string& path, const std::string& fileN
     if (open.size() == 1) {
         return *open.front();
     }
-    throw UsageFailure(path + ": pixel format not clear from its name" +
+    throw UnknownLayout(path + ": pixel format not clear from its name" +
                        (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
 }
 
@@ -191,7 +191,7 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
     const std::optional<FrameSize> size =
         request.sizeText.empty() ? findFrameSize(fileName) : parseFrameSize(request.sizeText);
     if (!size) {
-        throw UsageFailure(path + ": size unknown, its name says none; give --size WIDTHxHEIGHT" +
+        throw UnknownLayout(path + ": size unknown, its name says none; give --size WIDTHxHEIGHT" +
                            likelySizes(layout.format, payload));
     }
     layout.size = *size;

@@ -14,7 +14,7 @@ public:
         count_++;
     }
     uint64_t count() const { return count_; }
-    double bitsEach(int sampleBits) const;
+    double bitsEach(double sampleBits) const;
 
 private:
     uint64_t sum_ = 0;

@@ -63,28 +63,30 @@ double priorOf(uint64_t length, const Geometry& rows) {
     return length % rows.stride == 0 ? 0.98 * aligned : aligned;
 }
 
-RatedRows rated(const Material& material, const Geometry& rows, std::size_t places) {
-    RatedRows result{rows, likenessOf(material.bytes, rows, places), 0};
+RatedRows rated(const Material& material, const Levels& levels, const Geometry& rows, std::size_t places) {
+    RatedRows result{rows, likenessOf(material.bytes, rows, levels, places), 0};
     result.score = result.likeness.least() * priorOf(material.length, rows);
     return result;
 }
 
-void addRated(const Material& material, const SampleLayout& layout, std::size_t stride, std::size_t places,
+void addRated(const Material& material, const RatedLayout& found, std::size_t stride, std::size_t places,
               std::vector<RatedRows>& all) {
+    const SampleLayout& layout = *found.layout;
     Geometry rows{&layout, static_cast<std::size_t>(material.length % stride), stride, layout.samplesIn(stride)};
     if (rows.width < narrowest || rows.rowsIn(material.bytes.size()) < fewestRows) {
         return;
     }
-    all.push_back(rated(material, rows, places));
+    all.push_back(rated(material, *found.levels, rows, places));
     // Of packed samples it matters where groups begin: after a header or at once.
     if (rows.start % layout.groupBytes != 0) {
         rows.start = 0;
-        all.push_back(rated(material, rows, places));
+        all.push_back(rated(material, *found.levels, rows, places));
     }
 }
 
 // Valleys may be off by a sample or two.
-void addNeighbours(const Material& material, const RatedRows& rows, std::size_t places, std::vector<RatedRows>& all) {
+void addNeighbours(const Material& material, const RatedLayout& found, const RatedRows& rows, std::size_t places,
+                   std::vector<RatedRows>& all) {
     const std::size_t unit = rows.geometry.layout->isWords() ? 2 : 1;
     for (const std::size_t steps : {1, 2}) {
         for (const std::size_t stride : {rows.geometry.stride - steps * unit, rows.geometry.stride + steps * unit}) {
@@ -92,7 +94,7 @@ void addNeighbours(const Material& material, const RatedRows& rows, std::size_t 
                 return other.geometry.stride == stride;
             });
             if (!known) {
-                addRated(material, *rows.geometry.layout, stride, places, all);
+                addRated(material, found, stride, places, all);
             }
         }
     }
@@ -270,21 +272,20 @@ void divideRows(const Material& material, FrameShape& shape) {
 }  // namespace
 
 std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chunk>& chunks, const RatedLayout& found) {
-    constexpr std::size_t fewPlaces = 12;
+    constexpr std::size_t fewPlaces = 24;
     constexpr std::size_t manyPlaces = 64;
-    constexpr std::size_t kept = 6;
-    const SampleLayout& layout = *found.layout;
+    constexpr std::size_t kept = 10;
     std::vector<RatedRows> all;
     for (const std::size_t stride : stridesFor(material, chunks, found)) {
-        addRated(material, layout, stride, fewPlaces, all);
+        addRated(material, found, stride, fewPlaces, all);
     }
     keepBest(all, kept);
     for (const RatedRows& rows : std::vector<RatedRows>(all)) {
-        addNeighbours(material, rows, fewPlaces, all);
+        addNeighbours(material, found, rows, fewPlaces, all);
     }
     keepBest(all, kept);
     for (RatedRows& rows : all) {
-        rows = rated(material, rows.geometry, manyPlaces);
+        rows = rated(material, *found.levels, rows.geometry, manyPlaces);
     }
     keepBest(all, kept);
     return all;

@@ -4,15 +4,10 @@
 #include <vector>
 
 #include "guess/likeness.hpp"
+#include "guess/material.hpp"
 #include "guess/packing_search.hpp"
 
 namespace cli::guess {
-
-// The first bytes of a file, and how many it has in all.
-struct Material {
-    Bytes bytes;
-    uint64_t length = 0;
-};
 
 // Frames of one geometry that fill a file, but for a header and what is left at the end.
 struct FrameShape {

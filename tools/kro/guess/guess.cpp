@@ -90,7 +90,7 @@ void addAnswers(const Material& material, const RatedLayout& layout, const Rated
     constexpr std::size_t places = 64;
     Answer answer;
     answer.shape = shapeOf(material, rows.geometry);
-    const Likeness likeness = likenessOf(material.bytes, answer.shape.geometry, places);
+    const Likeness likeness = likenessOf(material.bytes, answer.shape.geometry, *layout.levels, places);
     setBits(material.bytes, answer);
     for (const Greens greens : allGreens) {
         answer.greens = greens;

@@ -53,7 +53,7 @@ struct Sums {
     double bytes = 0;
 };
 
-void addBits(const Window& window, const SampleLayout& layout, Sums& sums) {
+void addBits(const Window& window, const SampleLayout& layout, double bits, Sums& sums) {
     // By the site's place in the cell.
     std::array<CodeLength, 4> adjacent;
     std::array<CodeLength, 4> sameColour;
@@ -70,9 +70,9 @@ void addBits(const Window& window, const SampleLayout& layout, Sums& sums) {
     for (std::size_t site = 0; site < 4; site++) {
         const double count = static_cast<double>(adjacent[site].count());
         const bool even = site == 0 || site == 3;
-        const double byColour = sameColour[site].bitsEach(layout.bits);
-        const double byGreens = greens[site].bitsEach(layout.bits);
-        sums.bits[0] += count * adjacent[site].bitsEach(layout.bits);
+        const double byColour = sameColour[site].bitsEach(bits);
+        const double byGreens = greens[site].bitsEach(bits);
+        sums.bits[0] += count * adjacent[site].bitsEach(bits);
         sums.bits[1] += count * (even ? byGreens : byColour);
         sums.bits[2] += count * (even ? byColour : byGreens);
         sums.bytes += count * static_cast<double>(layout.groupBytes) / static_cast<double>(layout.groupSamples);
@@ -114,7 +114,7 @@ Greens Likeness::best() const {
     return allGreens[static_cast<std::size_t>(least - bitsPerByte.begin())];
 }
 
-Likeness likenessOf(const Bytes& bytes, const Geometry& geometry, std::size_t places) {
+Likeness likenessOf(const Bytes& bytes, const Geometry& geometry, const Levels& levels, std::size_t places) {
     const SampleLayout& layout = *geometry.layout;
     const std::size_t rows = geometry.rowsIn(bytes.size());
     const std::size_t height = std::min(windowRows, rows / 2 * 2);
@@ -129,8 +129,9 @@ Likeness likenessOf(const Bytes& bytes, const Geometry& geometry, std::size_t pl
         const std::size_t group = std::min(at % geometry.stride / layout.groupBytes, groups) / 2 * 2;
         const uint8_t* first = &bytes[geometry.start + top * geometry.stride + group * layout.groupBytes];
         unpackRows({first, geometry.stride, width, height}, layout, samples);
+        levels.rank(samples);
         const Window window(samples, width);
-        addBits(window, layout, sums);
+        addBits(window, layout, levels.bits(), sums);
         addUnlikeness(window, sums);
     }
     Likeness likeness;

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "frames/frame_reader.hpp"
+#include "guess/levels.hpp"
 #include "guess/sample_layout.hpp"
 
 namespace cli::guess {
@@ -35,6 +36,6 @@ struct Likeness {
 };
 
 // Looks at so many places of the frame.
-Likeness likenessOf(const Bytes& bytes, const Geometry& geometry, std::size_t places);
+Likeness likenessOf(const Bytes& bytes, const Geometry& geometry, const Levels& levels, std::size_t places);
 
 }  // namespace cli::guess

@@ -15,7 +15,7 @@ constexpr std::size_t slack = 8;
 constexpr std::size_t mostChunks = 64;
 
 // A sample of a mosaic is told by the last but one, of a grey frame by the last.
-double bitsPerSample(const Samples& samples, int bits) {
+double bitsPerSample(const Samples& samples, double bits) {
     std::array<CodeLength, 2> apart;
     CodeLength adjacent;
     for (std::size_t i = 2; i < samples.size(); i++) {
@@ -25,12 +25,30 @@ double bitsPerSample(const Samples& samples, int bits) {
     return std::min((apart[0].bitsEach(bits) + apart[1].bitsEach(bits)) / 2, adjacent.bitsEach(bits));
 }
 
-double bitsPerByte(const uint8_t* chunk, const SampleLayout& layout, Samples& samples) {
+void unpackChunk(const uint8_t* chunk, const SampleLayout& layout, Samples& samples) {
     constexpr std::size_t rows = 4;
     const std::size_t width = layout.samplesIn(chunkBytes / rows);
     unpackRows({chunk, layout.rowBytes(width), width, rows}, layout, samples);
-    return bitsPerSample(samples, layout.bits) * static_cast<double>(layout.groupSamples) /
+}
+
+double bitsPerByte(const Samples& samples, const SampleLayout& layout, double bits) {
+    return bitsPerSample(samples, bits) * static_cast<double>(layout.groupSamples) /
            static_cast<double>(layout.groupBytes);
+}
+
+// In which of a chunk's bytes groups begin, to tell the samples best.
+std::size_t offsetIn(const uint8_t* chunk, const SampleLayout& layout, Samples& samples) {
+    // Words begin at even bytes.
+    const std::size_t offsets = layout.isWords() ? 1 : layout.groupBytes;
+    double least = layout.bits;
+    std::size_t best = 0;
+    for (std::size_t offset = 0; offset < offsets && offsets > 1; offset++) {
+        unpackChunk(chunk + offset, layout, samples);
+        const double bits = bitsPerByte(samples, layout, layout.bits);
+        best = bits < least ? offset : best;
+        least = std::min(least, bits);
+    }
+    return best;
 }
 
 // How different the bytes' roles are at the places of a group of so many: of bytes that are samples, all places are
@@ -142,6 +160,45 @@ double penaltyOf(const SampleLayout& layout, const Signs& signs) {
     return strong * (leavesBits ? 1 - signs.unusedBits : signs.unusedBits);
 }
 
+// With groups that begin in these bytes of the chunks.
+RatedLayout rateWith(const SampleLayout& layout, const Bytes& bytes, const std::vector<Chunk>& chunks,
+                     std::vector<std::size_t> offsets) {
+    RatedLayout rated{&layout, 0, 0, std::move(offsets), nullptr};
+    Samples samples;
+    Samples all;
+    for (std::size_t c = 0; c < chunks.size(); c++) {
+        unpackChunk(&bytes[chunks[c].at + rated.offsets[c]], layout, samples);
+        all.insert(all.end(), samples.begin(), samples.end());
+    }
+    rated.levels = std::make_shared<Levels>(all, layout.bits);
+    rated.levels->rank(all);
+    const std::size_t each = samples.size();
+    for (std::size_t c = 0; c < chunks.size(); c++) {
+        samples.assign(all.begin() + static_cast<std::ptrdiff_t>(c * each),
+                       all.begin() + static_cast<std::ptrdiff_t>((c + 1) * each));
+        rated.bitsPerByte += bitsPerByte(samples, layout, rated.levels->bits()) / static_cast<double>(chunks.size());
+    }
+    return rated;
+}
+
+// Groups run on from the first byte, or begin elsewhere after a header or in padded rows.
+RatedLayout rate(const SampleLayout& layout, const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    std::vector<std::size_t> running;
+    std::vector<std::size_t> anywhere;
+    Samples samples;
+    for (const Chunk& chunk : chunks) {
+        const std::size_t group = layout.isWords() ? 1 : layout.groupBytes;
+        running.push_back((group - chunk.at % group) % group);
+        anywhere.push_back(offsetIn(&bytes[chunk.at], layout, samples));
+    }
+    RatedLayout fromFirst = rateWith(layout, bytes, chunks, running);
+    if (running == anywhere) {
+        return fromFirst;
+    }
+    RatedLayout rated = rateWith(layout, bytes, chunks, anywhere);
+    return fromFirst.bitsPerByte <= rated.bitsPerByte ? fromFirst : rated;
+}
+
 }  // namespace
 
 std::vector<Chunk> chunksOf(const Bytes& bytes) {
@@ -155,31 +212,17 @@ std::vector<Chunk> chunksOf(const Bytes& bytes) {
 }
 
 std::vector<RatedLayout> rateLayouts(const Bytes& bytes, const std::vector<Chunk>& chunks) {
-    std::vector<RatedLayout> rated;
-    Samples samples;
+    std::vector<RatedLayout> all;
     const Signs signs = signsIn(bytes, chunks);
     for (const SampleLayout& layout : sampleLayouts()) {
-        RatedLayout result{&layout, 0, 0, {}};
-        // Words begin at even bytes.
-        const std::size_t offsets = layout.isWords() ? 1 : layout.groupBytes;
-        for (const Chunk& chunk : chunks) {
-            double least = 16;
-            std::size_t best = 0;
-            for (std::size_t offset = 0; offset < offsets; offset++) {
-                const double bits = bitsPerByte(&bytes[chunk.at + offset], layout, samples);
-                best = bits < least ? offset : best;
-                least = std::min(least, bits);
-            }
-            result.bitsPerByte += least / static_cast<double>(chunks.size());
-            result.offsets.push_back(best);
-        }
-        result.penalty = penaltyOf(layout, signs);
-        result.bitsPerByte += result.penalty;
-        rated.push_back(result);
+        RatedLayout rated = rate(layout, bytes, chunks);
+        rated.penalty = penaltyOf(layout, signs);
+        rated.bitsPerByte += rated.penalty;
+        all.push_back(rated);
     }
-    std::stable_sort(rated.begin(), rated.end(),
+    std::stable_sort(all.begin(), all.end(),
                      [](const RatedLayout& a, const RatedLayout& b) { return a.bitsPerByte < b.bitsPerByte; });
-    return rated;
+    return all;
 }
 
 }  // namespace cli::guess

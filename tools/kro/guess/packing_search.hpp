@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "frames/frame_reader.hpp"
+#include "guess/levels.hpp"
 #include "guess/sample_layout.hpp"
 
 namespace cli::guess {
@@ -16,6 +18,7 @@ struct RatedLayout {
     double penalty = 0;
     // For each chunk of the file, in which of its bytes a group begins.
     std::vector<std::size_t> offsets;
+    std::shared_ptr<const Levels> levels;
 };
 
 // A short stretch of the file, long enough to show how samples lie in it.
