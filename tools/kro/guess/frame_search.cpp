@@ -55,12 +55,12 @@ double priorOf(uint64_t length, const Geometry& rows) {
     for (const FrameSize& size : usualSizes()) {
         if (layout.rowBytes(static_cast<std::size_t>(size.width)) == rows.stride &&
             fills(length, bytesOf(size, layout))) {
-            return length % bytesOf(size, layout) == 0 ? 0.95 : 0.97;
+            return length % bytesOf(size, layout) == 0 ? 0.88 : 0.93;
         }
     }
     // Rows are padded to multiples of such lengths, and no sensor has an odd number of columns.
     const double aligned = rows.stride % 64 == 0 ? 0.985 : rows.width % 2 != 0 ? 1.02 : 1;
-    return length % rows.stride == 0 ? 0.98 * aligned : aligned;
+    return length % rows.stride == 0 ? 0.97 * aligned : aligned;
 }
 
 RatedRows rated(const Material& material, const Levels& levels, const Geometry& rows, std::size_t places) {

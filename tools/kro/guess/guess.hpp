@@ -20,7 +20,9 @@ struct Answer {
     Certainty certainty = Certainty::guess;
     // Bits a byte if this is right, weighted by what is usual: the fewer, the likelier.
     double score = 0;
-    std::vector<std::string> reasons;
+    double bitsPerSample = 0;
+    // As in Likeness.
+    double unlikeDiagonals = 1;
 
     // Mosaics are named as if red came before blue.
     Phase phase() const;
