@@ -25,7 +25,7 @@ void print(const std::string& input, const Material& material, const std::vector
         for (const std::string& reason : guess::reasonsFor(answers[i], material.length)) {
             std::printf("     %s\n", reason.c_str());
         }
-        std::printf("   %s\n", guess::convertLine(input, answers[i]).c_str());
+        std::printf("   %s\n", guess::convertLine(input, answers[i], material.length).c_str());
     }
 }
 
@@ -34,7 +34,8 @@ void requireSheet(const GuessRequest& request) {
         return;
     }
     if (request.inputs.size() > 1) {
-        throw UsageFailure("--sheet shows the answers for one file, not for " + std::to_string(request.inputs.size()));
+        throw UsageFailure("--sheet shows the answers for one file, not for " +
+                           std::to_string(request.inputs.size()));
     }
     const FileType* type = fileTypeOf(request.sheet);
     if (type == nullptr || type->kind != FileKind::png) {
@@ -42,16 +43,17 @@ void requireSheet(const GuessRequest& request) {
     }
 }
 
-void putSheet(const GuessRequest& request, const InputFile& file, const Material& material,
-              const std::vector<Answer>& answers) {
+void putSheet(const GuessRequest& request, const Material& material, const std::vector<Answer>& answers) {
     guardAgainstInterrupts();
-    checkTarget(request.sheet, {file.id()}, !request.noClobber);
-    writeFile(request.sheet,
-              encodePicture(guess::sheetOfAnswers(material, answers), requireFileType("png")), !request.noClobber);
+    writeFile(request.sheet, encodePicture(guess::sheetOfAnswers(material, answers), requireFileType("png")),
+              !request.noClobber);
 }
 
 void guessFile(const std::string& input, const GuessRequest& request) {
     const InputFile file(input);
+    if (!request.sheet.empty()) {
+        checkTarget(request.sheet, {file.id()}, !request.noClobber);
+    }
     const Material material = guess::readMaterial(file);
     std::vector<Answer> answers = guess::answersFor(material);
     if (answers.empty()) {
@@ -62,7 +64,7 @@ void guessFile(const std::string& input, const GuessRequest& request) {
     std::printf("%s: %llu bytes\n", file.shownName().c_str(), static_cast<unsigned long long>(material.length));
     print(input, material, answers);
     if (!request.sheet.empty()) {
-        putSheet(request, file, material, answers);
+        putSheet(request, material, answers);
     }
 }
 

@@ -9,6 +9,7 @@ constexpr const char* mainExamples = R"(Examples:
   kro show frame_1280x960_BayerRG8.raw
   kro mosaic photo.png -f BayerGB10 -o frames/
   kro info frame_1280x960_BayerRG8.raw
+  kro guess capture.bin
   kro help COMMAND says more of each.)";
 
 constexpr const char* convertExamples = R"(Examples:
@@ -69,7 +70,18 @@ constexpr const char* infoExamples = R"(Examples:
 
 constexpr const char* guessExamples = R"(Examples:
   kro guess capture.bin
-  kro guess capture.bin --sheet answers.png)";
+  kro guess capture.bin --sheet answers.png
+  camera-dump | kro guess -
+
+Tries every layout of samples that kro reads (bytes; words of 10 to 16 bits in either order of bytes, in their low or
+high bits; 10Packed, 12Packed; 10p, 12p, 14p; CSI-2's RAW10, 12 and 14) with every length of rows, and ranks what
+results by how well samples are told by their neighbours. Headers before the first row, padding after each row and
+several frames in one file are found too. Each of up to six answers comes with how sure it is (sure, likely, a guess),
+why, and the line that converts the file so; where names of layouts and sizes leave a choice, usual sizes go first.
+
+What no statistic tells: red and blue may be exchanged, so mosaics have two names. Words tell how many of their bits
+are used, not how many the sensor has. Rows that begin within a group of packed samples, rows of fewer than 32 or more
+than 10000 samples, and more than the first 256 MiB of a file are not looked at.)";
 
 constexpr const char* helpExamples = R"(Examples:
   kro help

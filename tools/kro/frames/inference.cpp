@@ -127,7 +127,7 @@ const InputFormat& inferFormat(const std::string& path, const std::string& fileN
         return *open.front();
     }
     throw UnknownLayout(path + ": pixel format not clear from its name" +
-                       (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
+                        (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
 }
 
 // Offered where a file's length fits them.
@@ -192,7 +192,7 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
         request.sizeText.empty() ? findFrameSize(fileName) : parseFrameSize(request.sizeText);
     if (!size) {
         throw UnknownLayout(path + ": size unknown, its name says none; give --size WIDTHxHEIGHT" +
-                           likelySizes(layout.format, payload));
+                            likelySizes(layout.format, payload));
     }
     layout.size = *size;
     if (layout.format == nullptr) {

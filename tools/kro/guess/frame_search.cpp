@@ -90,9 +90,8 @@ void addNeighbours(const Material& material, const RatedLayout& found, const Rat
     const std::size_t unit = rows.geometry.layout->isWords() ? 2 : 1;
     for (const std::size_t steps : {1, 2}) {
         for (const std::size_t stride : {rows.geometry.stride - steps * unit, rows.geometry.stride + steps * unit}) {
-            const bool known = std::any_of(all.begin(), all.end(), [stride](const RatedRows& other) {
-                return other.geometry.stride == stride;
-            });
+            const bool known = std::any_of(
+                all.begin(), all.end(), [stride](const RatedRows& other) { return other.geometry.stride == stride; });
             if (!known) {
                 addRated(material, found, stride, places, all);
             }
@@ -237,7 +236,8 @@ bool divides(const Material& material, const FrameShape& shape, std::size_t heig
     const Geometry& rows = shape.geometry;
     const std::size_t extra = shape.height % height;
     const bool afterHeader = extra == 0 || boundary(material, rows, extra) > leastBoundary;
-    const bool afterFrame = extra + height == shape.height || boundary(material, rows, extra + height) > leastBoundary;
+    const bool afterFrame =
+        extra + height == shape.height || boundary(material, rows, extra + height) > leastBoundary;
     return extra * rows.stride + rows.start <= largestHeader && afterHeader && afterFrame;
 }
 
@@ -271,7 +271,8 @@ void divideRows(const Material& material, FrameShape& shape) {
 
 }  // namespace
 
-std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chunk>& chunks, const RatedLayout& found) {
+std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chunk>& chunks,
+                                const RatedLayout& found) {
     constexpr std::size_t fewPlaces = 24;
     constexpr std::size_t manyPlaces = 64;
     constexpr std::size_t kept = 10;

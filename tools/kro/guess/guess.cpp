@@ -101,8 +101,8 @@ void addAnswers(const Material& material, const RatedLayout& layout, const Rated
         const double bits = likeness.bitsPerByte[static_cast<std::size_t>(greens)];
         answer.greens = greens;
         answer.bitsPerSample = bits * bytesPerSample;
-        answer.score = (bits + layout.penalty) *
-                       priorOf(answer.shape, material.length) * diagonalsAgainst(greens, likeness.unlikeDiagonals);
+        answer.score = (bits + layout.penalty) * priorOf(answer.shape, material.length) *
+                       diagonalsAgainst(greens, likeness.unlikeDiagonals);
         answers.push_back(answer);
     }
 }
@@ -134,9 +134,7 @@ std::string Answer::formatName(Phase phase) const {
     return shape.geometry.layout->formatName(phase, leftAligned ? 16 : bits);
 }
 
-std::string Answer::size() const {
-    return std::to_string(shape.geometry.width) + "x" + std::to_string(shape.height);
-}
+std::string Answer::size() const { return std::to_string(shape.geometry.width) + "x" + std::to_string(shape.height); }
 
 std::vector<Answer> answersFor(const Material& material) {
     const std::vector<Chunk> chunks = chunksOf(material.bytes);

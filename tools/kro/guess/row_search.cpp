@@ -39,8 +39,7 @@ Keys keysOf(const Bytes& bytes, const SampleLayout& layout) {
     const std::size_t count = bytes.size() / unit;
     const std::size_t high = layout.bigEndian ? 0 : 1;
     const auto value = [&](std::size_t i) -> std::size_t {
-        return unit == 1 ? bytes[i]
-                         : static_cast<std::size_t>(bytes[2 * i + high] << 8 | bytes[2 * i + 1 - high]);
+        return unit == 1 ? bytes[i] : static_cast<std::size_t>(bytes[2 * i + high] << 8 | bytes[2 * i + 1 - high]);
     };
     std::vector<uint32_t> histogram(unit == 1 ? 256 : 65536);
     const std::size_t step = std::max<std::size_t>(1, count / 500000) | 1;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstring>
 
 #include "output/output_names.hpp"
 
@@ -62,7 +63,7 @@ std::string ofSites(const Answer& answer) {
 // As a shell takes it for one word.
 std::string quoted(const std::string& word) {
     const auto plain = [](unsigned char c) {
-        return std::isalnum(c) != 0 || c >= 128 || std::string("_-./+,:=@%").find(static_cast<char>(c)) != std::string::npos;
+        return std::isalnum(c) != 0 || c >= 128 || std::strchr("_-./+,:=@%", c) != nullptr;
     };
     if (!word.empty() && std::all_of(word.begin(), word.end(), plain)) {
         return word;
@@ -97,7 +98,7 @@ std::vector<std::string> reasonsFor(const Answer& answer, uint64_t length) {
     return {ofSamples(answer), ofRows(answer), ofLength(answer, length), ofSites(answer)};
 }
 
-std::string convertLine(const std::string& input, const Answer& answer) {
+std::string convertLine(const std::string& input, const Answer& answer, uint64_t length) {
     const Geometry& rows = answer.shape.geometry;
     std::string line =
         "kro convert " + quoted(input) + " -f " + answer.formatName(answer.phase()) + " -s " + answer.size();
@@ -109,6 +110,9 @@ std::string convertLine(const std::string& input, const Answer& answer) {
     }
     if (rows.start != 0) {
         line += " --skip " + std::to_string(rows.start);
+    }
+    if (answer.shape.leftOver(length) != 0) {
+        line += " --frames 1-";
     }
     const std::string stem = input == standardStream ? "frame" : stemOf(input);
     return line + " -o " + quoted(stem + ".png");

@@ -15,7 +15,7 @@ std::string meaning(const Answer& answer);
 // What speaks for the answer.
 std::vector<std::string> reasonsFor(const Answer& answer, uint64_t length);
 
-// The command that converts the file so.
-std::string convertLine(const std::string& input, const Answer& answer);
+// The command that converts a file of this length so.
+std::string convertLine(const std::string& input, const Answer& answer, uint64_t length);
 
 }  // namespace cli::guess
