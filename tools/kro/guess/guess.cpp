@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "guess/frame_search.hpp"
+
 namespace cli::guess {
 
 namespace {

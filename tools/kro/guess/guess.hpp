@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "frames/formats.hpp"
-#include "guess/frame_search.hpp"
+#include "guess/frame_shape.hpp"
 
 namespace cli::guess {
 
