@@ -9,6 +9,7 @@
 #include "output/output_file.hpp"
 #include "pictures/picture_file.hpp"
 #include "support/failure.hpp"
+#include "terminal/console.hpp"
 
 namespace cli {
 
@@ -47,6 +48,7 @@ void putSheet(const GuessRequest& request, const Material& material, const std::
     guardAgainstInterrupts();
     writeFile(request.sheet, encodePicture(guess::sheetOfAnswers(material, answers), requireFileType("png")),
               !request.noClobber);
+    console::note(request.sheet + ": the answers, row by row");
 }
 
 void guessFile(const std::string& input, const GuessRequest& request) {

@@ -77,10 +77,10 @@ Tries every layout of samples that kro reads (bytes; words of 10 to 16 bits in e
 high bits; 10Packed, 12Packed; 10p, 12p, 14p; CSI-2's RAW10, 12 and 14) with every length of rows, and ranks what
 results by how well samples are told by their neighbours. Headers before the first row, padding after each row and
 several frames in one file are found too. Each of up to six answers comes with how sure it is (sure, likely, a guess),
-why, and the line that converts the file so; where names of layouts and sizes leave a choice, usual sizes go first.
+why, and the line that converts the file so. A usual size goes before another that is told a little better.
 
-What no statistic tells: red and blue may be exchanged, so mosaics have two names. Words tell how many of their bits
-are used, not how many the sensor has. Rows that begin within a group of packed samples, rows of fewer than 32 or more
+What no statistic tells: red and blue may be exchanged, so mosaics have two names; the mosaic of a grey scene with
+equal gains is a grey frame; words tell how many of their bits are used, not how many the sensor has. Rows that begin within a group of packed samples, rows of fewer than 32 or more
 than 10000 samples, and more than the first 256 MiB of a file are not looked at.)";
 
 constexpr const char* helpExamples = R"(Examples:

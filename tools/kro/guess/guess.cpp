@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <tuple>
 
 #include "guess/frame_search.hpp"
 
@@ -109,6 +111,18 @@ void addAnswers(const Material& material, const RatedLayout& layout, const Rated
     }
 }
 
+// Different rows may turn out to be the same frames.
+void dropRepeated(std::vector<Answer>& answers) {
+    const auto key = [](const Answer& answer) {
+        const Geometry& rows = answer.shape.geometry;
+        return std::tuple(rows.layout, rows.start, rows.stride, rows.width, answer.shape.height, answer.greens);
+    };
+    std::set<decltype(key(answers.front()))> seen;
+    answers.erase(std::remove_if(answers.begin(), answers.end(),
+                                 [&](const Answer& answer) { return !seen.insert(key(answer)).second; }),
+                  answers.end());
+}
+
 // Samples that take as much as they have bits are noise.
 bool isNoise(const Answer& answer) { return answer.bitsPerSample > 0.93 * answer.bits; }
 
@@ -154,6 +168,7 @@ std::vector<Answer> answersFor(const Material& material) {
     answers.erase(std::remove_if(answers.begin(), answers.end(), isNoise), answers.end());
     std::stable_sort(answers.begin(), answers.end(),
                      [](const Answer& a, const Answer& b) { return a.score < b.score; });
+    dropRepeated(answers);
     answers.resize(std::min(answers.size(), mostAnswers));
     setCertainty(answers);
     return answers;
