@@ -146,6 +146,9 @@ class Guess(Case):
         frame = self.frame("BG", 12, lambda samples: csi2(samples, 12))
         padded = b"".join(frame[i:i + 960].ljust(1024, b"\0") for i in range(0, len(frame), 960))
         said = self.check(padded, ["SBGGR12P", "SRGGB12P"], stride="1024")
+        frame = self.frame("GB", 10, FORMATS["BayerGB10Packed"].pack)
+        padded = b"".join(frame[i:i + 960] + bytes(64) for i in range(0, len(frame), 960))
+        self.assertIn("last 64 are padding", self.check(padded, self.names("GB", "10Packed"), stride="1024"))
         self.assertIn("last 64 are padding", said)
 
     def test_several_frames(self):

@@ -1,6 +1,7 @@
 #include "guess/material.hpp"
 
 #include <algorithm>
+#include <cctype>
 
 #include "frames/container.hpp"
 #include "support/failure.hpp"
@@ -17,6 +18,12 @@ Material readFile(const InputFile& file) {
     Material material{Bytes(static_cast<std::size_t>(std::min<uint64_t>(*file.length(), mostBytes))), *file.length()};
     material.bytes.resize(file.readAt(0, material.bytes.data(), material.bytes.size()));
     return material;
+}
+
+// Two bytes such as "P5" begin a raw frame now and then.
+Container containerOf(const Bytes& bytes) {
+    const Container container = containerIn(bytes.data(), bytes.size());
+    return container == Container::pgm && std::isspace(bytes[2]) == 0 ? Container::none : container;
 }
 
 // The rest of a pipe is counted, not kept.
@@ -49,7 +56,7 @@ Material readMaterial(const InputFile& file) {
         throw Failure(name + "has " + std::to_string(bytes.size()) + " bytes, too few to tell a frame by, expected " +
                       std::to_string(fewestBytes) + " or more");
     }
-    const Container container = containerIn(bytes.data(), bytes.size());
+    const Container container = containerOf(bytes);
     if (container != Container::none) {
         throw Failure(name + "is a " + nameOf(container) +
                       " file, which says its size itself; under a name that says so too, kro convert reads it");

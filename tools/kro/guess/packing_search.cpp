@@ -112,30 +112,36 @@ Zeros zerosIn(const Bytes& bytes, const std::vector<Chunk>& chunks) {
     return even == odd ? Zeros::none : even ? Zeros::even : Zeros::odd;
 }
 
-// Four bits of each group of 10Packed are zeros: the share of chunks in which they are, somewhere in a group.
-double unusedBits(const Bytes& bytes, const std::vector<Chunk>& chunks) {
-    std::size_t unused = 0;
+// Four bits of each group of 10Packed are zeros, at the same place for a while at least.
+bool leavesBits(const Bytes& bytes, const std::vector<Chunk>& chunks) {
+    constexpr std::size_t piece = 210;
+    std::size_t pieces = 0;
+    std::size_t leaving = 0;
     for (const Chunk& chunk : chunks) {
-        std::array<uint32_t, 3> any{};
-        for (std::size_t i = 0; i < chunkBytes; i++) {
-            any[i % 3] |= bytes[chunk.at + i];
+        for (std::size_t at = chunk.at; at < chunk.at + chunkBytes; at += piece) {
+            std::array<uint32_t, 3> any{};
+            for (std::size_t i = 0; i < piece; i++) {
+                any[i % 3] |= bytes[at + i];
+            }
+            const bool leaves = std::any_of(any.begin(), any.end(), [](uint32_t bits) { return (bits & 0xCC) == 0; });
+            leaving += leaves ? 1 : 0;
+            pieces++;
         }
-        unused += std::any_of(any.begin(), any.end(), [](uint32_t bits) { return (bits & 0xCC) == 0; }) ? 1 : 0;
     }
-    return static_cast<double>(unused) / static_cast<double>(chunks.size());
+    return leaving * 2 > pieces;
 }
 
 // What all layouts are held against besides the bits that they take.
 struct Signs {
     bool pairs;
     Zeros zeros;
-    double unusedBits;
+    bool leavesBits;
     // Of bytes in groups of any size.
     double roles;
 };
 
 Signs signsIn(const Bytes& bytes, const std::vector<Chunk>& chunks) {
-    Signs signs{holdsPairs(bytes, chunks), zerosIn(bytes, chunks), unusedBits(bytes, chunks), 0};
+    Signs signs{holdsPairs(bytes, chunks), zerosIn(bytes, chunks), leavesBits(bytes, chunks), 0};
     for (const std::size_t group : {2, 3, 5, 7}) {
         signs.roles = std::max(signs.roles, rolesIn(bytes, chunks, group));
     }
@@ -156,8 +162,7 @@ double penaltyOf(const SampleLayout& layout, const Signs& signs) {
     if (layout.groupBytes == 1) {
         return signs.roles < 0.3 ? 0 : 2 * strong * signs.roles;
     }
-    const bool leavesBits = layout.mono == kro::PixelFormat::Mono10Packed;
-    return strong * (leavesBits ? 1 - signs.unusedBits : signs.unusedBits);
+    return signs.leavesBits == (layout.mono == kro::PixelFormat::Mono10Packed) ? 0 : strong;
 }
 
 // With groups that begin in these bytes of the chunks.
@@ -181,22 +186,30 @@ RatedLayout rateWith(const SampleLayout& layout, const Bytes& bytes, const std::
     return rated;
 }
 
-// Groups run on from the first byte, or begin elsewhere after a header or in padded rows.
+// Groups run on from one of the first bytes, or begin anew in each padded row.
 RatedLayout rate(const SampleLayout& layout, const Bytes& bytes, const std::vector<Chunk>& chunks) {
-    std::vector<std::size_t> running;
-    std::vector<std::size_t> anywhere;
+    const std::size_t group = layout.isWords() ? 1 : layout.groupBytes;
+    std::vector<std::size_t> offsets;
     Samples samples;
     for (const Chunk& chunk : chunks) {
-        const std::size_t group = layout.isWords() ? 1 : layout.groupBytes;
-        running.push_back((group - chunk.at % group) % group);
-        anywhere.push_back(offsetIn(&bytes[chunk.at], layout, samples));
+        offsets.push_back(offsetIn(&bytes[chunk.at], layout, samples));
     }
-    RatedLayout fromFirst = rateWith(layout, bytes, chunks, running);
-    if (running == anywhere) {
-        return fromFirst;
+    RatedLayout best = rateWith(layout, bytes, chunks, offsets);
+    for (std::size_t first = 0; first < group && group > 1; first++) {
+        std::transform(chunks.begin(), chunks.end(), offsets.begin(),
+                       [&](const Chunk& chunk) { return (first + group - chunk.at % group) % group; });
+        const RatedLayout running = rateWith(layout, bytes, chunks, offsets);
+        best = running.bitsPerByte <= best.bitsPerByte ? running : best;
     }
-    RatedLayout rated = rateWith(layout, bytes, chunks, anywhere);
-    return fromFirst.bitsPerByte <= rated.bitsPerByte ? fromFirst : rated;
+    return best;
+}
+
+// Of layouts that tell the samples equally well, the one with fewer values is the right one: in bits a byte, little
+// enough to decide between such only.
+double variety(const RatedLayout& rated) {
+    constexpr double weight = 0.03;
+    return weight * rated.levels->bits() * static_cast<double>(rated.layout->groupSamples) /
+           static_cast<double>(rated.layout->groupBytes);
 }
 
 }  // namespace
@@ -216,7 +229,7 @@ std::vector<RatedLayout> rateLayouts(const Bytes& bytes, const std::vector<Chunk
     const Signs signs = signsIn(bytes, chunks);
     for (const SampleLayout& layout : sampleLayouts()) {
         RatedLayout rated = rate(layout, bytes, chunks);
-        rated.penalty = penaltyOf(layout, signs);
+        rated.penalty = penaltyOf(layout, signs) + variety(rated);
         rated.bitsPerByte += rated.penalty;
         all.push_back(rated);
     }
