@@ -28,10 +28,12 @@ UsedBits usedBits(const Bytes& bytes, const FrameShape& shape) {
     constexpr std::size_t band = 16;
     UsedBits used;
     Samples samples;
-    Geometry rows = shape.geometry;
+    const Geometry& rows = shape.geometry;
     const std::size_t count = rows.rowsIn(bytes.size());
-    for (std::size_t row = 0; row + band <= count; row += band) {
-        unpackRows({&bytes[rows.start + row * rows.stride], rows.stride, rows.width, band}, *rows.layout, samples);
+    const std::size_t height = std::min(band, count);
+    for (std::size_t row = 0; row < count; row += band) {
+        const uint8_t* first = &bytes[rows.start + std::min(row, count - height) * rows.stride];
+        unpackRows({first, rows.stride, rows.width, height}, *rows.layout, samples);
         for (const uint16_t sample : samples) {
             used.any |= sample;
             used.most = std::max<uint32_t>(used.most, sample);
