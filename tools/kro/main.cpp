@@ -28,6 +28,9 @@ int runCommand(const CLI::App& app, const Requests& requests) {
     if (app.got_subcommand("info")) {
         return info(requests.info);
     }
+    if (app.got_subcommand("guess")) {
+        return guessFrames(requests.guess);
+    }
     if (app.got_subcommand("show")) {
         return show(requests.show);
     }

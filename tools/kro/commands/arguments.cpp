@@ -158,6 +158,16 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     command.footer(infoExamples);
 }
 
+void addGuess(CLI::App& app, GuessRequest& request) {
+    CLI::App& command = *app.add_subcommand("guess", "What a raw file can be, when nobody knows");
+    command.add_option("FILE", request.inputs, "Files of unknown size and format; - for standard input")->required();
+    command.add_option("--sheet", request.sheet, "A picture of the six best answers, row by row from the best on")
+        ->type_name("FILE.png");
+    command.add_flag("--no-clobber", request.noClobber, "Do not replace a file that exists");
+    addQuiet(command);
+    command.footer(guessExamples);
+}
+
 void addShow(CLI::App& app, ShowRequest& request) {
     CLI::App& command = *app.add_subcommand("show", "Frames in the terminal or the desktop's viewer");
     command.add_option("FRAME", request.inputs, framesText)->required();
@@ -196,6 +206,7 @@ void describeCommands(CLI::App& app, Requests& requests) {
     addMosaic(app, requests.mosaic);
     app.add_subcommand("formats", "What goes in and what comes out")->footer("Example:\n  kro formats");
     addInfo(app, requests.info);
+    addGuess(app, requests.guess);
     app.add_subcommand("bench", "Measure the library's speed (kro-bench)")->footer(benchExamples);
     app.add_subcommand("help", "What a command does and which options it has")->footer(helpExamples);
 }

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/convert.hpp"
+#include "commands/guess.hpp"
 #include "commands/info.hpp"
 #include "commands/mosaic.hpp"
 #include "commands/show.hpp"
@@ -14,6 +15,7 @@ struct Requests {
     ConvertRequest convert;
     MosaicRequest mosaic;
     InfoRequest info;
+    GuessRequest guess;
     ShowRequest show;
 };
 

@@ -9,7 +9,7 @@
 
 #include "commands/each_input.hpp"
 #include "developing/developer.hpp"
-#include "frames/container.hpp"
+#include "guess/hint.hpp"
 #include "output/output_file.hpp"
 #include "output/output_names.hpp"
 #include "support/failure.hpp"
@@ -164,7 +164,7 @@ void Conversion::planInput(const std::string& input) {
     Unit unit;
     unit.input = input;
     unit.name.stem = stemOf(input);
-    unit.layout = layoutOf(*file, request_.frame);
+    unit.layout = guess::layoutOrHint(*file, request_.frame);
     unit.output = chooseOutput(file->shownName(), *unit.layout.format);
     inputs_.insert(file->id());
     if (file->isStream()) {

@@ -9,6 +9,7 @@ constexpr const char* mainExamples = R"(Examples:
   kro show frame_1280x960_BayerRG8.raw
   kro mosaic photo.png -f BayerGB10p -o frames/
   kro info frame_1280x960_BayerRG8.raw
+  kro guess capture.bin
   kro help COMMAND says more of each.)";
 
 constexpr const char* convertExamples = R"(Examples:
@@ -79,6 +80,21 @@ constexpr const char* infoExamples = R"(Examples:
   kro info v4l2.raw -f SRGGB10P -s 1640x1232 --stride 2080
 
 The units of --black are those of min, max and mean here.)";
+
+constexpr const char* guessExamples = R"(Examples:
+  kro guess capture.bin
+  kro guess capture.bin --sheet answers.png
+  camera-dump | kro guess -
+
+Tries every layout of samples that kro reads (bytes; words of 10 to 16 bits in either order of bytes, in their low or
+high bits; 10Packed, 12Packed; 10p, 12p, 14p; CSI-2's RAW10, 12 and 14) with every length of rows, and ranks what
+results by how well samples are told by their neighbours. Headers before the first row, padding after each row and
+several frames in one file are found too. Each of up to six answers comes with how sure it is (sure, likely, a guess),
+why, and the line that converts the file so. A usual size goes before another that is told a little better.
+
+What no statistic tells: red and blue may be exchanged, so mosaics have two names; the mosaic of a grey scene with
+equal gains is a grey frame; words tell how many of their bits are used, not how many the sensor has. Rows that begin within a group of packed samples, rows of fewer than 32 or more
+than 10000 samples, and more than the first 256 MiB of a file are not looked at.)";
 
 constexpr const char* helpExamples = R"(Examples:
   kro help

@@ -7,8 +7,8 @@
 #include <numeric>
 
 #include "commands/each_input.hpp"
-#include "frames/container.hpp"
 #include "frames/statistics.hpp"
+#include "guess/hint.hpp"
 #include "output/output_file.hpp"
 #include "support/failure.hpp"
 #include "terminal/console.hpp"
@@ -196,7 +196,7 @@ void describeStream(const InputFile& file, const FrameLayout& layout, const Info
 
 void describe(const std::string& input, const InfoRequest& request, const FrameRange& range) {
     const InputFile file(input);
-    const FrameLayout layout = layoutOf(file, request.frame);
+    const FrameLayout layout = guess::layoutOrHint(file, request.frame);
     file.isStream() ? describeStream(file, layout, request, range) : describeFile(file, layout, request, range);
 }
 

@@ -11,7 +11,7 @@
 #include "commands/each_input.hpp"
 #include "developing/developer.hpp"
 #include "developing/look.hpp"
-#include "frames/container.hpp"
+#include "guess/hint.hpp"
 #include "output/output_file.hpp"
 #include "pictures/picture_file.hpp"
 #include "pictures/png_file.hpp"
@@ -129,7 +129,7 @@ Show::Show(const ShowRequest& request)
 
 void Show::planInput(const std::string& input) {
     const InputFile file(input);
-    Source source{input, layoutOf(file, request_.frame), {}, nullptr};
+    Source source{input, guess::layoutOrHint(file, request_.frame), {}, nullptr};
     requireSomeBits(file.shownName(), *source.layout.format, options_);
     if (file.isStream()) {
         planStream(file, source);

@@ -42,13 +42,11 @@ bool namedAsContainer(const std::string& path) {
 Container containerOf(const InputFile& file) {
     std::array<uint8_t, 8> start{};
     const std::size_t count = file.readAt(0, start.data(), start.size());
-    const std::string_view text(reinterpret_cast<const char*>(start.data()), count);
-    for (const Magic& magic : magics) {
-        if (text.substr(0, magic.bytes.size()) == magic.bytes) {
-            return magic.container;
-        }
+    const Container container = containerIn(start.data(), count);
+    if (container == Container::none) {
+        throw Failure(file.shownName() + ": is no PGM, PNG, TIFF or NPY file, as its name says it is");
     }
-    throw Failure(file.shownName() + ": is no PGM, PNG, TIFF or NPY file, as its name says it is");
+    return container;
 }
 
 ByteSource sourceOf(const InputFile& file) {
@@ -112,6 +110,21 @@ void requireAgreement(const std::string& name, const FrameRequest& request, cons
 }
 
 }  // namespace
+
+Container containerIn(const uint8_t* start, std::size_t count) {
+    const std::string_view text(reinterpret_cast<const char*>(start), count);
+    for (const Magic& magic : magics) {
+        if (text.substr(0, magic.bytes.size()) == magic.bytes) {
+            return magic.container;
+        }
+    }
+    return Container::none;
+}
+
+const char* nameOf(Container container) {
+    constexpr std::array<const char*, 5> names{"raw", "PGM", "PNG", "TIFF", "NPY"};
+    return names[static_cast<std::size_t>(container)];
+}
 
 FrameLayout layoutOf(const InputFile& file, const FrameRequest& request) {
     const std::string& name = file.shownName();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace cli {
 
@@ -17,6 +18,9 @@ struct FrameSize {
     std::size_t samples() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
     std::string text() const;
 };
+
+// Sizes that cameras really have, by width.
+const std::vector<FrameSize>& usualSizes();
 
 // "1280x960"; a usage failure that says what is expected for anything else.
 FrameSize parseFrameSize(const std::string& text);

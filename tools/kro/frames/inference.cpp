@@ -140,7 +140,7 @@ NamedInput inferFormat(const std::string& path, const std::string& fileName, con
                        uint64_t payload) {
     const NameHints hints = readName(fileName);
     if (!hints.format) {
-        throw UsageFailure(path + ": pixel format unknown, its name says none; give --format, such as BayerRG8");
+        throw UnknownLayout(path + ": pixel format unknown, its name says none; give --format, such as BayerRG8");
     }
     if (const InputFormat* format = exactFormat(hints)) {
         return {format, hints.format->bigEndian};
@@ -153,30 +153,14 @@ NamedInput inferFormat(const std::string& path, const std::string& fileName, con
     if (open.size() == 1) {
         return {open.front(), hints.format->bigEndian};
     }
-    throw UsageFailure(path + ": pixel format not clear from its name" +
-                       (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
+    throw UnknownLayout(path + ": pixel format not clear from its name" +
+                        (open.empty() ? std::string("; give --format") : "; give --format " + listNames(open)));
 }
 
-// Sizes that cameras really have, offered where a file's length fits one of them.
+// Offered where a file's length fits them.
 std::string likelySizes(const InputFormat* format, uint64_t payload) {
-    constexpr std::array<FrameSize, 16> common{{{640, 480},
-                                                {768, 512},
-                                                {800, 600},
-                                                {1024, 768},
-                                                {1280, 720},
-                                                {1280, 960},
-                                                {1280, 1024},
-                                                {1600, 1200},
-                                                {1920, 1080},
-                                                {1920, 1200},
-                                                {2048, 1536},
-                                                {2448, 2048},
-                                                {2592, 1536},
-                                                {2592, 1944},
-                                                {3840, 2160},
-                                                {4096, 3000}}};
     std::string text;
-    for (const FrameSize& size : common) {
+    for (const FrameSize& size : usualSizes()) {
         if (format != nullptr && payload == format->bytes(size.samples())) {
             text += (text.empty() ? " (its length fits " : " or ") + size.text();
         }
@@ -272,8 +256,8 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
     const std::optional<FrameSize> size =
         request.sizeText.empty() ? findFrameSize(fileName) : parseFrameSize(request.sizeText);
     if (!size) {
-        throw UsageFailure(path + ": size unknown, its name says none; give --size WIDTHxHEIGHT" +
-                           likelySizes(input.format, payload));
+        throw UnknownLayout(path + ": size unknown, its name says none; give --size WIDTHxHEIGHT" +
+                            likelySizes(input.format, payload));
     }
     layout.size = *size;
     if (input.format == nullptr) {

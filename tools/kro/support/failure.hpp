@@ -15,6 +15,11 @@ struct UsageFailure : Failure {
     using Failure::Failure;
 };
 
+// Neither options nor a file's name say how its frames are to be read.
+struct UnknownLayout : UsageFailure {
+    using UsageFailure::UsageFailure;
+};
+
 // Standard output or the disk takes no more; whatever would follow would fail for the same reason.
 struct OutputGone : Failure {
     using Failure::Failure;
