@@ -88,7 +88,8 @@ private:
         const int32_t end = (made.end + 1) & ~1, behind = end - V::columns;
         const int32_t last = behind < made.begin ? made.begin : behind;
         for (int32_t x = made.begin; x < end; x += V::columns) {
-            const int32_t place = x < last ? x : last;  // the last block overlaps
+            // The last block overlaps. (Pairs do not, and compilers make vectors of a loop that says so.)
+            const int32_t place = V::columns == 2 || x < last ? x : last;
             L::storeLanes(differences + place, foldedDifference<L, V, colourOdd>(in, place, most));
         }
     }

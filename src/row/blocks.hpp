@@ -170,7 +170,7 @@ KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula) {
     }
     const int32_t last = end - V::columns;
     for (int32_t x = made.begin; x < end; x += V::columns) {
-        formula(InnerBlock<V>{x < last ? x : last});
+        formula(InnerBlock<V>{V::columns == 2 || x < last ? x : last});
     }
     if (end < made.end) {
         oddColumn<V>(end, {}, formula);

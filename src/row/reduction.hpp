@@ -18,13 +18,11 @@ KRO_INLINE ptrdiff_t eachRun(ptrdiff_t count, const Step& step) {
     if (count < columns) {
         return 0;
     }
-    ptrdiff_t i = 0;
-    for (; i + columns <= count; i += columns) {
+    const ptrdiff_t last = count - columns;
+    for (ptrdiff_t i = 0; i < last; i += columns) {
         step(i);
     }
-    if (i < count) {
-        step(count - columns);
-    }
+    step(last);
     return count;
 }
 
@@ -127,9 +125,10 @@ void unpackRun(const uint8_t* packed, ptrdiff_t first, ptrdiff_t count, Sample* 
         }
         const uint8_t* const groups = packed + (first + i) / packing.samples * packing.bytes;
         Sample* const to = out + i;
+        constexpr size_t samples = packing.samples, bytes = packing.bytes;
         const ptrdiff_t whole = (count - i) / packing.samples * packing.samples;
         i += eachRun<S::Bytes::columns>(whole, [&](ptrdiff_t k) KRO_INLINE_LAMBDA {
-            unpackBlock<S, layout>(groups + k / packing.samples * packing.bytes, to + k);
+            unpackBlock<S, layout>(groups + static_cast<size_t>(k) * bytes / samples, to + k);
         });
     }
     for (; i < count; ++i) {

@@ -10,6 +10,12 @@
 namespace kro {
 namespace {
 
+// Without a branch, which noise in a picture would mislead every second time.
+template <class Int>
+KRO_INLINE Int chosen(bool condition, Int yes, Int no) {
+    return static_cast<Int>(no ^ ((no ^ yes) & -static_cast<Int>(condition)));
+}
+
 struct PairBytes {
     static constexpr int columns = 2;
     using Sample = uint8_t;
@@ -33,8 +39,7 @@ struct PairBytes {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
     static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return a > b; }
-    // Without a branch, which noise in a picture would mislead every second time.
-    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return no ^ ((no ^ yes) & -static_cast<Lanes>(m)); }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return chosen(m, yes, no); }
     static KRO_INLINE Lanes clampByte(Lanes a) { return a < 0 ? 0 : a > 255 ? 255 : a; }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
@@ -118,7 +123,7 @@ struct PairLanes {
     }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return {a.even > b.even, a.odd > b.odd}; }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
-        return {m.even ? yes.even : no.even, m.odd ? yes.odd : no.odd};
+        return {chosen(m.even, yes.even, no.even), chosen(m.odd, yes.odd, no.odd)};
     }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return {even.even, odd.odd}; }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
