@@ -26,7 +26,7 @@ std::set<std::size_t> stridesFor(const Material& material, const std::vector<Chu
     std::set<std::size_t> strides;
     for (const std::size_t distance : likeDistances(material.bytes, chunks, rated)) {
         // Valleys lie at rows, at the next of the same colours, and at multiples of these.
-        for (const std::size_t rows : {1, 2, 3, 4}) {
+        for (const std::size_t rows : {1u, 2u, 3u, 4u}) {
             if (distance % rows == 0 && (distance / rows % 2 == 0 || !layout.isWords())) {
                 strides.insert(distance / rows);
             }
@@ -79,7 +79,7 @@ void addRated(const Material& material, const RatedLayout& found, std::size_t st
 void addNeighbours(const Material& material, const RatedLayout& found, const RatedRows& rows, std::size_t places,
                    std::vector<RatedRows>& all) {
     const std::size_t unit = rows.geometry.layout->isWords() ? 2 : 1;
-    for (const std::size_t steps : {1, 2}) {
+    for (const std::size_t steps : {1u, 2u}) {
         for (const std::size_t stride : {rows.geometry.stride - steps * unit, rows.geometry.stride + steps * unit}) {
             const bool known = std::any_of(
                 all.begin(), all.end(), [stride](const RatedRows& other) { return other.geometry.stride == stride; });

@@ -18,6 +18,6 @@ struct RatedRows {
 };
 
 // Row lengths that suit the layout, best first.
-std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chunk>& chunks, const RatedLayout& rated);
+std::vector<RatedRows> rateRows(const Material& material, const std::vector<Chunk>& chunks, const RatedLayout& found);
 
 }  // namespace cli::guess

@@ -142,7 +142,7 @@ struct Signs {
 
 Signs signsIn(const Bytes& bytes, const std::vector<Chunk>& chunks) {
     Signs signs{holdsPairs(bytes, chunks), zerosIn(bytes, chunks), leavesBits(bytes, chunks), 0};
-    for (const std::size_t group : {2, 3, 5, 7}) {
+    for (const std::size_t group : {2u, 3u, 5u, 7u}) {
         signs.roles = std::max(signs.roles, rolesIn(bytes, chunks, group));
     }
     return signs;
