@@ -1,5 +1,4 @@
-// Memory around views: rows on pages of their own, rows far apart, addresses of every kind, the stack.
-#include <pthread.h>
+// Memory around views: rows on pages of their own, rows far apart, addresses of every kind.
 #include <sys/mman.h>
 
 #include <cstring>
@@ -207,78 +206,6 @@ TEST(ViewMemory, RecordsStayAsTheyWere) {
         EXPECT_EQ(pictureBefore, recordBytes(picture.view()));
         EXPECT_EQ(recordBytes(noOptions), recordBytes(options));
     }
-}
-
-// ---- the stack ----
-
-constexpr uint8_t paint = 0xE7;
-
-// A thread on a stack of our own tells where it began to call; what has lost its paint below was used.
-struct StackCall {
-    const kro::Kernels* table;
-    const KroSourceView* source;
-    const KroPictureView* picture;
-    KroViewOptions options;
-    const uint8_t* top;
-    int32_t status;
-};
-
-void* callOnStack(void* argument) {
-    StackCall* const call = static_cast<StackCall*>(argument);
-    uint8_t here = 0;
-    call->top = &here;
-    call->status = kro::convertView(*call->table, call->source, call->picture, &call->options);
-    return nullptr;
-}
-
-size_t stackUsed(StackCall& call) {
-    static std::vector<uint8_t> memory(256 * 1024 + page);
-    uint8_t* const begin = memory.data() + (page - reinterpret_cast<uintptr_t>(memory.data()) % page);
-    const size_t bytes = 256 * 1024;
-    std::memset(begin, paint, bytes);
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, begin, bytes);
-    pthread_t thread;
-    if (pthread_create(&thread, &attributes, callOnStack, &call) != 0) {
-        throw std::runtime_error("no thread");
-    }
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    const uint8_t* deepest = begin;
-    while (*deepest == paint) {
-        ++deepest;
-    }
-    return deepest < call.top ? static_cast<size_t>(call.top - deepest) : 0;
-}
-
-TEST(ViewMemory, NoCallNeedsMoreThan20KibibytesOfStack) {
-    if (reducedRun) {
-        GTEST_SKIP() << "sanitizers use the stack too";
-    }
-    const Size size{6, 9001};
-    ViewSource source(size_t{1} << 17);
-    ViewPicture picture(size_t{1} << 19);
-    size_t most = 0;
-    for (const char* name : {"BayerGR8", "BayerRG12", "SBGGR14P", "BayerGB10p", "BayerRG12Packed", "Mono14p"}) {
-        const InputFormat& format = inputNamed(name);
-        source.hold(format, size, numbersFor(format, noOptions, Content::noise, size, 2), Spacing::continuous, false,
-                    guard::Placement::againstEnd);
-        for (const ViewOutput& output : reference::viewOutputs) {
-            picture.lay(output, size, Spacing::exact, guard::Placement::againstEnd, guard::Fill::one, true);
-            for (const kro::Kernels* table : usableTables()) {
-                for (const Method method : reference::allMethods) {
-                    const KroViewOptions options = withAlgorithm(method);
-                    StackCall call{table, &source.view(), &picture.view(), options, nullptr, -1};
-                    const size_t used = stackUsed(call);
-                    EXPECT_EQ(KRO_OK, call.status);
-                    EXPECT_LE(used, 20u * 1024) << table->name << " " << name << " to " << output.name;
-                    most = std::max(most, used);
-                }
-            }
-        }
-    }
-    RecordProperty("bytes", static_cast<int>(most));
 }
 
 }  // namespace

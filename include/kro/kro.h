@@ -60,6 +60,9 @@
  *   call returns. One handle serves one thread at a time; different handles share nothing. Functions without a
  *   handle are re-entrant: calls on different buffers may run at the same time.
  *
+ * STACK
+ *   No call needs more than 20 KiB of stack.
+ *
  * ALIASING
  *   Source and destination, and the planes of a planar destination, must not overlap. kroBMPAdjust alone works in
  *   place. Region routines of one picture write disjoint rectangles (16-bit edge: some overlap, with equal values).
