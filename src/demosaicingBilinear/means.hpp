@@ -25,26 +25,25 @@ struct UnsignedMeans {
     static KRO_INLINE Ready<W> four(Lanes p, Lanes q) { return {W::template shiftRightLogical<2>(W::add(p, q))}; }
 };
 
-// Truncated means of words that need no wider lanes. The mean of two truncated means is the truncated mean of four
-// samples but where both pairs lost a half: together they are worth one more, which shows if the sum of the means is
-// odd.
+// Truncated means of words of 16 bits in lanes of 16. Sums lose their upper bits, and means of means that round up
+// are at most one above the truncated mean: whether they are, the lowest bit of what is left of the sum tells.
 template <class W>
 struct ExactMeans {
     using Lanes = typename W::Lanes;
     struct Pair {
-        Lanes mean;
-        Lanes lost;  // lowest bit: the sum was odd
+        Lanes sum;      // modulo 2^16
+        Lanes roundUp;  // the mean
     };
-    static KRO_INLINE Lanes less(Lanes roundedUp, Lanes odd) { return W::sub(roundedUp, W::bitAnd(odd, W::all(1))); }
-    static KRO_INLINE Pair pair(Lanes a, Lanes b) {
-        const Lanes odd = W::bitXor(a, b);
-        return {less(W::average(a, b), odd), odd};
-    }
-    static KRO_INLINE Ready<W> two(const Pair& pair) { return {pair.mean}; }
+    static KRO_INLINE Pair pair(Lanes a, Lanes b) { return {W::add(a, b), W::average(a, b)}; }
+    static KRO_INLINE Ready<W> two(const Pair& pair) { return {lowered(pair.roundUp, pair.sum)}; }
     static KRO_INLINE Ready<W> four(const Pair& p, const Pair& q) {
-        const Lanes odd = W::bitAndNot(W::bitXor(p.mean, q.mean), W::bitAnd(p.lost, q.lost));
-        return {less(W::average(p.mean, q.mean), odd)};
+        const Lanes roundUp = W::average(p.roundUp, q.roundUp);
+        const Lanes truncated = W::template shiftRightLogical<2>(W::add(p.sum, q.sum));  // modulo 2^14
+        return {lowered(roundUp, W::sub(roundUp, truncated))};
     }
+
+private:
+    static KRO_INLINE Lanes lowered(Lanes mean, Lanes odd) { return W::sub(mean, W::bitAnd(odd, W::all(1))); }
 };
 
 }  // namespace

@@ -161,9 +161,7 @@ struct Avx2Words : Avx2Lanes {
 
     static KRO_INLINE Lanes iota() { return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm256_avg_epu16(a, b); }
-    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) { return _mm256_xor_si256(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
-    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm256_andnot_si256(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm256_blend_epi16(even, odd, 0xAA); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm256_testz_si256(a, all(bits)) == 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }

@@ -240,9 +240,7 @@ struct Avx512Words : Avx512Lanes {
         return _mm512_load_si512(place.word);
     }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
-    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) { return _mm512_xor_si512(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
-    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm512_andnot_si512(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm512_mask_mov_epi16(even, oddColumns, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm512_test_epi16_mask(a, all(bits)) != 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }

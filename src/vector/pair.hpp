@@ -98,17 +98,11 @@ struct PairLanes {
     static KRO_INLINE Lanes average(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return ((x & 0xFFFF) + (y & 0xFFFF) + 1) >> 1; });
     }
-    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) {
-        return each(a, b, [](int32_t x, int32_t y) { return x ^ y; });
-    }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return x & y; });
     }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return x | y; });
-    }
-    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) {
-        return each(a, b, [](int32_t x, int32_t y) { return x & ~y; });
     }
     static KRO_INLINE Lanes absolute(Lanes a) {
         return each(a, a, [](int32_t x, int32_t) { return x < 0 ? -x : x; });

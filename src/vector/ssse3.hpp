@@ -168,9 +168,7 @@ struct Ssse3Words : Ssse3Lanes {
 
     static KRO_INLINE Lanes iota() { return _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
-    static KRO_INLINE Lanes bitXor(Lanes a, Lanes b) { return _mm_xor_si128(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
-    static KRO_INLINE Lanes bitAndNot(Lanes a, Lanes b) { return _mm_andnot_si128(b, a); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
         return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(bits)), _mm_setzero_si128())) != 0xFFFF;
