@@ -1,4 +1,4 @@
-"""kro selftest: all right as built; a wrong byte is found and named."""
+"""kro selftest: all right as built, on an emulated older processor too; a wrong byte is found and named."""
 
 import os
 import subprocess
@@ -6,6 +6,7 @@ import unittest
 
 from support import COMMAND, Case
 
+QEMU = os.environ.get("KRO_QEMU")
 WRONG_PIXEL = os.environ.get("KRO_WRONG_PIXEL")
 
 
@@ -20,6 +21,13 @@ class Selftest(Case):
         result = self.call("selftest", "frame.raw")
         self.assertEqual((result.returncode, result.stdout), (2, b""))
         self.assertIn(b"frame.raw", result.stderr)
+
+    @unittest.skipUnless(QEMU, "no emulator for this build")
+    def test_older_processor(self):
+        result = subprocess.run([QEMU, "-cpu", "core2duo", COMMAND, "selftest"], stdout=subprocess.PIPE, timeout=120)
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(b"instruction sets: scalar, ssse3 (", result.stdout)
+        self.assertTrue(result.stdout.endswith(b"\nall right\n"), result.stdout)
 
     @unittest.skipUnless(WRONG_PIXEL, "nothing can be preloaded into this build")
     def test_wrong_byte_is_named(self):
