@@ -70,14 +70,14 @@ class Info(Case):
 class Help(Case):
     def test_help_has_examples(self):
         self.assertIn("Examples:", self.kro("--help").decode())
-        for command in ("convert", "show", "mosaic", "formats", "info"):
+        for command in ("convert", "show", "mosaic", "formats", "info", "selftest"):
             said = self.kro(command, "--help").decode()
             self.assertIn("Example", said)
             self.assertIn(f"kro {command}", said)
 
     def test_help_as_a_command(self):
         self.assertEqual(self.kro("help"), self.kro("--help"))
-        for command in ("convert", "mosaic", "formats", "info"):
+        for command in ("convert", "mosaic", "formats", "info", "selftest"):
             self.assertEqual(self.kro("help", command), self.kro(command, "--help"))
 
     def test_without_a_command(self):

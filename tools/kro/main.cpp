@@ -8,6 +8,7 @@
 #include "commands/arguments.hpp"
 #include "commands/bench.hpp"
 #include "commands/formats.hpp"
+#include "commands/selftest.hpp"
 #include "output/output_file.hpp"
 #include "support/failure.hpp"
 #include "terminal/console.hpp"
@@ -37,6 +38,9 @@ int runCommand(const CLI::App& app, const Requests& requests) {
     if (app.got_subcommand("formats")) {
         std::fputs(formatTables().c_str(), stdout);
         return exitOk;
+    }
+    if (app.got_subcommand("selftest")) {
+        return selftest();
     }
     // Called without a command: the help says what there is, the exit code that nothing was done.
     std::fputs(app.help().c_str(), stdout);

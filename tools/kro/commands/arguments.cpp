@@ -207,6 +207,8 @@ void describeCommands(CLI::App& app, Requests& requests) {
     app.add_subcommand("formats", "What goes in and what comes out")->footer("Example:\n  kro formats");
     addInfo(app, requests.info);
     addGuess(app, requests.guess);
+    app.add_subcommand("selftest", "Whether the library gives the right bytes on this machine")
+        ->footer(selftestExamples);
     app.add_subcommand("bench", "Measure the library's speed (kro-bench)")->footer(benchExamples);
     app.add_subcommand("help", "What a command does and which options it has")->footer(helpExamples);
 }

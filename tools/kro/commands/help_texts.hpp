@@ -100,6 +100,13 @@ constexpr const char* helpExamples = R"(Examples:
   kro help
   kro help convert)";
 
+constexpr const char* selftestExamples = R"(Example:
+  kro selftest
+
+Makes some seven thousand small pictures of generated frames, of every layout of samples, phase, algorithm and kind of
+output, with gaps between rows and in bands, and compares a digest of each kind with the one that every machine must
+give. Says which instruction sets the processor has. Exit code 0: all right; 1: the digests that differ are named.)";
+
 constexpr const char* benchExamples = R"(Examples:
   kro bench --help
 All arguments go to kro-bench, which must stand beside kro or in PATH.)";
