@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the seeds that can be written down: fuzz/make_seeds.py COMMAND (kro, which makes the JPEG files).
 
-Files cov-* are others: inputs that a fuzzer found, the fewest that reach all that it had reached."""
+Other files there are inputs on which something went wrong once."""
 
 import os
 import random

@@ -137,7 +137,7 @@ void ViewRequest::layOut(Choices& choices) {
     constexpr size_t shifts[] = {0, 0, 0, 0, 2, 6, 1, 8};
     const size_t bytes = extent(source_.stride, sourceRow(), source_.height);
     const size_t run =
-        source_.stride == 0 && bytes != 0 && input_ != nullptr
+        source_.stride == 0 && bytes != 0 && input_ != nullptr && source_.width > 0
             ? reference::inputBytes(*input_, static_cast<size_t>(source_.height) * static_cast<size_t>(source_.width))
             : bytes;
     samples_ = Block(choices.samples(run), choices.oneOf(shifts));
