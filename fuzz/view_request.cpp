@@ -67,12 +67,14 @@ size_t ViewRequest::pictureRow() const {
     const std::string letters = output_ == nullptr ? "Y"
                                 : output_->planar  ? std::string("R")
                                                    : std::string(output_->letters);
-    return reference::bytesOf(letters, output_ == nullptr ? 8 : output_->depth) *
-           static_cast<size_t>(source_.width > 0 ? source_.width : 1);
+    const uint64_t pixel = reference::bytesOf(letters, output_ == nullptr ? 8 : output_->depth);
+    // In 32 bits the largest width may take more than can be said.
+    return static_cast<size_t>(
+        std::min<uint64_t>(pixel * static_cast<uint64_t>(source_.width > 0 ? source_.width : 1), SIZE_MAX));
 }
 
 ptrdiff_t ViewRequest::chooseStride(Choices& choices, size_t rowBytes) {
-    const ptrdiff_t row = static_cast<ptrdiff_t>(rowBytes);
+    const ptrdiff_t row = static_cast<ptrdiff_t>(std::min<size_t>(rowBytes, PTRDIFF_MAX / 2));
     const ptrdiff_t gap = choices.below(16);
     switch (choices.below(16)) {
         case 0:
