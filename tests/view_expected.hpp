@@ -1,4 +1,5 @@
-// What a call on views must write: its options read for the reference. Free of the test framework, for the fuzz targets.
+// What a call on views must write: its options read for the reference. Free of the test framework, for the fuzz
+// targets.
 #pragma once
 
 #include "kro/view.h"
