@@ -5,7 +5,7 @@
 #include "KROView.hpp"
 #include "kro/view.h"
 #include "support.hpp"
-#include "view_reference.hpp"
+#include "view_expected.hpp"
 
 // How rows follow each other.
 enum class Spacing {
@@ -23,9 +23,6 @@ ptrdiff_t strideOf(Spacing spacing, size_t rowBytes, bool words);
 
 constexpr KroViewOptions noOptions = {sizeof(KroViewOptions), KRO_EDGE, 0, 0, 0, 0, 0};
 KroViewOptions withAlgorithm(reference::Method method);
-reference::Method methodOf(const KroViewOptions& options);
-reference::Words wordsOf(const reference::InputFormat& format, const KroViewOptions& options);
-reference::Finish finishOf(const reference::ViewOutput& output, const KroViewOptions& options, int bits);
 
 const reference::InputFormat& inputNamed(const std::string& name);
 const reference::ViewOutput& outputNamed(const std::string& name);
@@ -62,16 +59,6 @@ std::vector<uint8_t> rowOf(const reference::InputFormat& format, const uint16_t*
                            bool bigEndian);
 
 // ---- pictures ----
-
-using Planes = std::vector<std::vector<uint8_t>>;  // rows without gaps
-Planes planesOf(reference::Scene& scene, const reference::ViewOutput& output, const KroViewOptions& options,
-                bool alphaPlane = false);
-
-struct Band {
-    int first, rows;
-    bool holds(int y) const { return y >= first && y < first + rows; }
-};
-Band bandOf(const KroViewOptions& options, int height);
 
 class ViewPicture {
 public:

@@ -132,6 +132,7 @@ class Containers(Case):
                 (1, "four.npy", write_npy((1, 1, 8, 10), samples), ("-f", "rggb"), ["shape"]),
                 (1, "cut.npy", write_npy((9, 10), samples), ("-f", "rggb"), ["shorter"]),
                 (1, "cut.png", write_png(WIDTH, HEIGHT, 1, samples)[:60], ("-f", "rggb"), ["damaged PNG"]),
+                (1, "none.tif", b"II*\0" + bytes(36), ("-f", "rggb"), ["damaged TIFF", "no page"]),
                 (1, "cut.tif", write_tiff([(WIDTH, HEIGHT, 1, samples, 8)])[:40], ("-f", "rggb"), ["damaged TIFF"])):
             if data is not None:
                 self.write(name, data)

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -34,6 +35,7 @@ private:
     uint32_t field(uint32_t tag, bool wide) const;
     uint64_t countPages();
     Page readPage(uint64_t number);
+    void requirePages() const;
     void requireReadable(const Page& page) const;
     void takeRow(const Bytes& row, const Page& page, std::vector<uint16_t>& samples) const;
 
@@ -47,12 +49,24 @@ TiffReader::TiffReader(const ByteSource& source, const std::string& name)
     : source_(source), name_(name), tiff_(nullptr, TIFFClose) {
     io_.read = source.read;
     io_.size = [&source] { return source.size; };
+    requirePages();
     // Tables and strips are no larger than the file that they are in.
     constexpr uint64_t plenty = uint64_t{1} << 26;
     io_.mostMemory = std::max(plenty, source.size);
     tiff_ = openTiff(io_, "rm");
     if (!tiff_) {
         damaged("cannot be opened");
+    }
+}
+
+// Where the header leads nowhere libtiff refuses the file without a word, as if memory were short.
+void TiffReader::requirePages() const {
+    std::array<uint8_t, 16> header{};
+    source_.read(0, header.data(), header.size());
+    const bool big = header[2] == '+' || header[3] == '+';
+    const auto first = header.begin() + (big ? 8 : 4);
+    if (std::all_of(first, first + (big ? 8 : 4), [](uint8_t byte) { return byte == 0; })) {
+        damaged("it has no page");
     }
 }
 

@@ -23,6 +23,13 @@ void describe(TIFF* tiff, const Picture& picture) {
     if (hasAlpha(picture.order)) {
         const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
+        // Short of memory for it, libtiff says nothing and writes another value.
+        uint16_t count = 0;
+        const uint16_t* kept = nullptr;
+        if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kept) != 1 || count != 1 || kept == nullptr ||
+            *kept != extra) {
+            throw std::bad_alloc();
+        }
     }
 }
 

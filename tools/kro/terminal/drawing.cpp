@@ -2,11 +2,14 @@
 
 #include <sixel.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <new>
 
 #include "pictures/png_file.hpp"
 #include "support/failure.hpp"
+#include "terminal/console.hpp"
 
 namespace cli {
 
@@ -41,11 +44,19 @@ std::string drawnByKitty(const Picture& picture) {
     return text + "\n";
 }
 
-int appendTo(char* data, int size, void* text) {
+// What libsixel writes. It does not look at the answer, so that there was no memory is kept here.
+struct Written {
+    std::string text;
+    bool outOfMemory = false;
+};
+
+int appendTo(char* data, int size, void* target) {
+    Written& written = *static_cast<Written*>(target);
     try {
-        static_cast<std::string*>(text)->append(data, static_cast<std::size_t>(size));
+        written.text.append(data, static_cast<std::size_t>(size));
         return 0;
     } catch (const std::bad_alloc&) {
+        written.outOfMemory = true;
         return -1;
     }
 }
@@ -56,21 +67,44 @@ void requireGood(SIXELSTATUS status) {
     }
 }
 
+// libsixel does not look at all that its allocations return, so they do not return without memory.
+void* orEnd(void* memory) {
+    if (memory == nullptr) {
+        console::error("out of memory");
+        std::_Exit(exitFailed);
+    }
+    return memory;
+}
+void* sixelMalloc(std::size_t size) { return orEnd(std::malloc(std::max<std::size_t>(size, 1))); }
+void* sixelCalloc(std::size_t count, std::size_t size) {
+    return orEnd(std::calloc(std::max<std::size_t>(count, 1), std::max<std::size_t>(size, 1)));
+}
+void* sixelRealloc(void* memory, std::size_t size) {
+    return orEnd(std::realloc(memory, std::max<std::size_t>(size, 1)));
+}
+
 std::string drawnBySixel(const Picture& picture) {
     constexpr int colours = 256;
-    std::string text;
+    Written written;
+    sixel_allocator_t* madeAllocator = nullptr;
+    requireGood(sixel_allocator_new(&madeAllocator, sixelMalloc, sixelCalloc, sixelRealloc, std::free));
+    const std::unique_ptr<sixel_allocator_t, void (*)(sixel_allocator_t*)> allocator(madeAllocator,
+                                                                                     sixel_allocator_unref);
     sixel_output_t* madeOutput = nullptr;
-    requireGood(sixel_output_new(&madeOutput, appendTo, &text, nullptr));
+    requireGood(sixel_output_new(&madeOutput, appendTo, &written, madeAllocator));
     const std::unique_ptr<sixel_output_t, void (*)(sixel_output_t*)> output(madeOutput, sixel_output_unref);
     sixel_dither_t* madeDither = nullptr;
-    requireGood(sixel_dither_new(&madeDither, colours, nullptr));
+    requireGood(sixel_dither_new(&madeDither, colours, madeAllocator));
     const std::unique_ptr<sixel_dither_t, void (*)(sixel_dither_t*)> dither(madeDither, sixel_dither_unref);
     Bytes pixels = picture.data;
     requireGood(sixel_dither_initialize(dither.get(), pixels.data(), picture.size.width, picture.size.height,
                                         SIXEL_PIXELFORMAT_RGB888, SIXEL_LARGE_AUTO, SIXEL_REP_AUTO,
                                         SIXEL_QUALITY_AUTO));
     requireGood(sixel_encode(pixels.data(), picture.size.width, picture.size.height, 3, dither.get(), output.get()));
-    return text + "\n";
+    if (written.outOfMemory) {
+        throw std::bad_alloc();
+    }
+    return written.text + "\n";
 }
 
 std::string cellColour(const uint8_t* pixel, bool background, bool trueColour) {
