@@ -124,7 +124,7 @@ private:
 };
 
 Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t inputFormat, KroAlgorithm algorithm,
-              uint32_t outputFormat, size_t gap = 0, int32_t bits = 0, uint32_t flags = 0) {
+              uint32_t outputFormat, size_t gap = 0, uint32_t flags = 0) {
     const auto buffers = std::make_shared<std::weak_ptr<ViewBuffers>>();  // the same for all instruction sets
     return {name, samples, outputBytes, [=](const Table& table, const Frame& frame) -> Work {
                 if (table.view == nullptr) {
@@ -145,7 +145,6 @@ Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t in
                 KroViewOptions options{};
                 options.size = sizeof options;
                 options.algorithm = algorithm;
-                options.bits = bits;
                 options.flags = flags;
                 return [=] {
                     (void)padded;
@@ -240,7 +239,7 @@ std::vector<Case> makeCases() {
         viewCase("view-edge/SRGGB10P/BGR8", Samples::packed10, 3, KRO_SRGGB10P, KRO_EDGE, KRO_BGR8),
         viewCase("view-bilinear/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_BILINEAR, KRO_BGR16),
         viewCase("view-bilinear/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_BILINEAR, KRO_BGR16),
-        viewCase("view-bilinear/RG12/BGR16-full", Samples::u12, 6, KRO_BAYER_RG12, KRO_BILINEAR, KRO_BGR16, 0, 0,
+        viewCase("view-bilinear/RG12/BGR16-full", Samples::u12, 6, KRO_BAYER_RG12, KRO_BILINEAR, KRO_BGR16, 0,
                  KRO_VIEW_FULL_RANGE),
         viewCase("view-edge/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_EDGE, KRO_BGR16),
         viewCase("view-edge/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_EDGE, KRO_BGR16),

@@ -104,12 +104,9 @@ struct BilinearWrapping : Rectangle<S, uint16_t, kind, WrappingFamily> {
 
 template <class S, Output kind>
 struct BilinearExact {
-    template <template <class> class Means>
-    using Family = BilinearFamily<Means>;
-
     static void frame(const FrameJob& job) {
-        job.source.bits <= 14 ? Rectangle<S, uint16_t, kind, Family<UnsignedMeans>>::frame(job, {})
-                              : Rectangle<S, uint16_t, kind, Family<ExactMeans>>::frame(job, {});
+        job.source.bits <= 14 ? Rectangle<S, uint16_t, kind, BilinearFamily<UnsignedMeans>>::frame(job, {})
+                              : Rectangle<S, uint16_t, kind, BilinearFamily<ExactMeans>>::frame(job, {});
     }
 };
 

@@ -59,8 +59,8 @@ private:
     // the lanes, which are wide from there on.
     template <class Number>
     static void walkFitting(const FrameJob& job, Columns strip, RowSpan rows, bool ringed) {
-        constexpr bool wide = sizeof(Number) == 4;
-        if (!ringed && (wide || (unlimitedBits(job.source) | deepBits<Number>) == unlimitedBits(job.source))) {
+        const int32_t unlimited = unlimitedBits(job.source);
+        if (!ringed && (unlimited | deepBits<Number>) == unlimited) {
             walk<Number>(job, strip, rows, true);
         } else {
             walk<int32_t>(job, strip, rows, ringed);

@@ -91,7 +91,7 @@ public:
     ByteStrip(const EdgeFrame& frame, Source& source, const Strip& strip, int32_t = 0)
         : frame_(frame),
           source_(source),
-          strip_(strip),  // Colours need differences one column beyond the strip.
+          strip_(strip),
           greens_{strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
                   strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end} {}
 
@@ -140,7 +140,7 @@ private:
     const EdgeFrame& frame_;
     Source& source_;
     const Strip strip_;
-    const Columns greens_;
+    const Columns greens_;  // colours need differences one column beyond the strip
     alignas(64) int16_t rows_[inView][mostColumns / 2 + 2 * margin];
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }

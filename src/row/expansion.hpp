@@ -99,15 +99,12 @@ private:
         for (int32_t x = 0; x < job.width; x += piece) {
             const int32_t end = job.width - x < piece ? job.width : x + static_cast<int32_t>(piece);
             readRun<S>(job, y, {x, end}, samples);
-            if (sizeof(Sample) == 2 && job.target.spreadBits != 0) {
-                spreadRun(job.target.spreadBits, samples, end - x);
+            if constexpr (sizeof(Sample) == 2) {
+                if (job.target.spreadBits != 0) {
+                    spreadSamples<typename S::Words>(samples, end - x, job.target.spreadBits);
+                }
             }
             put(job.target, y, x, samples, end - x);
-        }
-    }
-    static void spreadRun(int32_t bits, Sample* samples, ptrdiff_t count) {
-        for (ptrdiff_t i = 0; i < count; ++i) {
-            samples[i] = spread(bits, samples[i]);
         }
     }
     static void put(const Target& target, int32_t y, int32_t x, const Sample* samples, ptrdiff_t count) {

@@ -34,7 +34,7 @@ bool readableInPlace(const Source& source) {
                                : source.layout == Layout::words && !source.exchanged && !source.leftAligned;
 }
 // The bits that words should not have and may.
-inline int32_t unlimitedBits(const Source& source) {
+KRO_INLINE int32_t unlimitedBits(const Source& source) {
     return source.layout == Layout::words ? 0xFFFF & ~((1 << source.bits) - 1) : 0;
 }
 template <class Sample>
@@ -56,7 +56,6 @@ public:
             const int32_t left = strip.begin < ringMargin ? strip.begin : ringMargin;
             prepared_ = {strip.begin - left, job.width - strip.end < ringMargin ? job.width : strip.end + ringMargin};
             ring_ = static_cast<Sample*>(ring) + left;
-            first_ = ring_;
             stride_ = ringStride;
         }
     }
@@ -99,7 +98,7 @@ private:
     }
 
     const FrameJob& job_;
-    const Sample* first_;
+    const Sample* first_ = nullptr;  // where rows are read in place
     ptrdiff_t stride_;
     Sample* ring_ = nullptr;
     int32_t made_;

@@ -39,14 +39,15 @@ uint64_t fittingStride(const FrameLayout& layout, uint64_t payload) {
     return stride * (height - 1) + row == payload && isLikely(stride, layout) ? stride : 0;
 }
 
+std::string adviceFor(uint64_t stride) {
+    return "rows " + std::to_string(stride) + " bytes apart? --stride " + std::to_string(stride);
+}
+
 }  // namespace
 
 std::string strideAdvice(const FrameLayout& layout, uint64_t payload) {
     const uint64_t stride = layout.stride == 0 ? fittingStride(layout, payload) : 0;
-    if (stride == 0) {
-        return "";
-    }
-    return "rows " + std::to_string(stride) + " bytes apart? --stride " + std::to_string(stride);
+    return stride == 0 ? "" : adviceFor(stride);
 }
 
 std::string lengthAdvice(const FrameLayout& layout, uint64_t payload) {
@@ -57,14 +58,14 @@ std::string lengthAdvice(const FrameLayout& layout, uint64_t payload) {
     if (!fitting.empty()) {
         return "wrong format? it is one frame of " + listNames(fitting);
     }
-    const std::string rows = strideAdvice(layout, payload);
+    const uint64_t stride = fittingStride(layout, payload);
     const uint64_t rest = payload % layout.bytes();
     const uint64_t count = payload / layout.bytes();
     const std::string header = "a header? --skip " + std::to_string(layout.skip + rest);
     const std::string wholeOnes = "--frames 1- takes the whole ones";
-    if (!rows.empty()) {
+    if (stride != 0) {
         // A distance that no driver chooses may be chance.
-        return rows + (fittingStride(layout, payload) % 4 == 0 ? "" : "; " + header);
+        return adviceFor(stride) + (stride % 4 == 0 ? "" : "; " + header);
     }
     if (rest < layout.bytes() / 4) {
         return header + "; something behind the frames? " + wholeOnes;
