@@ -82,12 +82,13 @@ private:
     std::atomic<bool> gone_{false};
 };
 
-AravisCamera::AravisCamera(const std::string& id, double rate) : name_(id.empty() ? "Aravis" : id), rate_(rate) {
-    camera_.reset(checked("camera " + name_,
-                          [&](GError** error) { return arv_camera_new(id.empty() ? nullptr : id.c_str(), error); }));
+AravisCamera::AravisCamera(const std::string& id, double rate) : name_(id.empty() ? "of Aravis" : id), rate_(rate) {
+    const std::string notFound = "camera " + name_ + ": not found (--list shows those that are there, --aravis " +
+                                 simulatedId + " needs none)";
+    camera_.reset(
+        checked(notFound, [&](GError** error) { return arv_camera_new(id.empty() ? nullptr : id.c_str(), error); }));
     if (!camera_) {
-        throw Failure("camera " + name_ + ": not found; --list shows those that are there, --aravis " +
-                      std::string(simulatedId) + " needs none");
+        throw Failure(notFound);
     }
     const auto part = [&](auto function) {
         const char* const text = function(camera_.get(), nullptr);

@@ -56,6 +56,8 @@ int run(int count, char** values) {
         list();
         return exitOk;
     }
+    // A file that may not grow is a failure to write, not a reason to die.
+    std::signal(SIGXFSZ, SIG_IGN);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         std::signal(signal, endViewer);
     }

@@ -19,6 +19,10 @@ std::string textOf(const Size& size) { return std::to_string(size.width) + "x" +
 
 std::string textOf(const Mode& mode) { return textOf(mode.size) + " " + std::string(kro::nameOf(mode.format)); }
 
+std::string counted(std::uint64_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 Size sizeNamed(const std::string& text) {
     Size size;
     const char* const end = text.data() + text.size();

@@ -37,6 +37,8 @@ bool isFrameFormat(kro::PixelFormat format);
 
 std::string textOf(const Size& size);
 std::string textOf(const Mode& mode);
+// "1 frame", "2 frames".
+std::string counted(std::uint64_t count, const std::string& what);
 // Usage failures name the argument that is neither size nor format.
 Size sizeNamed(const std::string& text);
 kro::PixelFormat formatNamed(const std::string& text);

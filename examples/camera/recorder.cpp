@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <system_error>
+#include <utility>
 
 #include "modes.hpp"
 #include "recorded_file.hpp"
@@ -28,10 +30,6 @@ std::string padded(std::uint64_t number, std::size_t digits) {
     return std::string(digits > text.size() ? digits - text.size() : 0, '0') + text;
 }
 
-std::string counted(std::uint64_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 // The samples of each row, and zeros for what may lie behind the last row or not.
 void writeFrame(WholeFile& file, const kro::Frame& frame) {
     const std::size_t samples = sampleBytes(frame);
@@ -42,7 +40,12 @@ void writeFrame(WholeFile& file, const kro::Frame& frame) {
 
 }  // namespace
 
-Recorder::Recorder(const std::string& folder) : folder_(folder), began_(timeNow()) {}
+Recorder::Recorder(const std::string& folder) : folder_(folder), began_(timeNow()) {
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(folder, ignored)) {
+        throw Failure(folder + ": is no folder that recordings could go to");
+    }
+}
 
 // Another program may have begun in the same second and the same folder.
 std::string Recorder::nextStem() {
@@ -123,7 +126,7 @@ std::string Recorder::save(const kro::Frame& frame, kro::Algorithm algorithm) {
     writeFrame(raw, frame);
     writePicture(stem + ".png", frame, algorithm);
     raw.finish();
-    return stem + ".png and " + std::filesystem::path(raw.path()).filename().string();
+    return stem + ".png and the raw frame";
 }
 
 void Recorder::writePicture(const std::string& path, const kro::Frame& frame, kro::Algorithm algorithm) {

@@ -128,6 +128,7 @@ private:
     bool streaming_ = false;
     std::optional<std::uint32_t> held_;      // the buffer that the viewer looks at
     std::optional<std::uint32_t> sequence_;  // the number of the frame before
+    std::uint32_t unnumbered_ = 0;           // lost since then, as far as the kernel said so
 };
 
 V4l2Camera::V4l2Camera(const std::string& path, double rate) : device_(path), rate_(rate) {
@@ -262,6 +263,7 @@ bool V4l2Camera::fetch(v4l2_buffer& buffer, Arrival& arrival) {
     if (errorNumber == EIO) {
         // The kernel's word for a frame that was lost on its way; the stream goes on.
         ++arrival.lost;
+        ++unnumbered_;
     } else if (errorNumber != 0 && errorNumber != EAGAIN) {
         device_.fail("no frame can be fetched: " + systemMessage(errorNumber));
     }
@@ -270,8 +272,11 @@ bool V4l2Camera::fetch(v4l2_buffer& buffer, Arrival& arrival) {
 
 void V4l2Camera::count(const v4l2_buffer& buffer, Arrival& arrival) {
     if (sequence_) {
-        arrival.lost += missingBetween(*sequence_, buffer.sequence);
+        // Those that were told of already are missing in the numbers too.
+        const std::uint32_t missing = missingBetween(*sequence_, buffer.sequence);
+        arrival.lost += missing - std::min(missing, unnumbered_);
     }
+    unnumbered_ = 0;
     sequence_ = buffer.sequence;
 }
 
@@ -316,6 +321,7 @@ void V4l2Camera::release() noexcept {
     buffers_.clear();
     held_.reset();
     sequence_.reset();
+    unnumbered_ = 0;
 }
 
 void V4l2Camera::stop() { release(); }

@@ -87,19 +87,19 @@ bool Figures::settle() {
 
 std::string Figures::summary(std::uint64_t lost) const {
     const double seconds = std::max(milliseconds(Clock::now() - began_) / 1000, 0.001);
-    return std::to_string(frames_) + " frames, " + std::to_string(lost) + " lost, " +
+    return counted(frames_, "frame") + ", " + std::to_string(lost) + " lost, " +
            rates(static_cast<double>(frames_), milliseconds(spent_), seconds);
 }
 
 Viewer::Viewer(Camera& camera, const Arguments& arguments)
     : camera_(camera),
       arguments_(arguments),
+      recorder_(arguments.folder),
       window_("kro-camera: " + camera.name()),
       formats_(camera.formats()),
       mode_(camera.start(
           {firstFormat(camera, formats_, arguments.layout.format), arguments.layout.size.value_or(Size{})})),
       algorithm_(arguments.algorithm),
-      recorder_(arguments.folder),
       lastFrame_(Clock::now()) {
     window_.show(mode_.size, arguments.fullScreen);
     if (arguments.layout.size && !(*arguments.layout.size == mode_.size)) {
@@ -113,10 +113,22 @@ Viewer::Viewer(Camera& camera, const Arguments& arguments)
     }
 }
 
+// Whatever ends it, frames that are recorded by then stay.
 bool Viewer::run() {
-    while (mayGoOn()) {
-        step();
+    try {
+        while (mayGoOn()) {
+            step();
+        }
+    } catch (const Failure&) {
+        finishRecordings();
+        throw;
     }
+    finishRecordings();
+    camera_.stop();
+    return !complained_;
+}
+
+void Viewer::finishRecordings() {
     recording([&] {
         for (const std::string& text : {recorder_.stopRaw(), recorder_.stopPictures()}) {
             if (!text.empty()) {
@@ -124,8 +136,6 @@ bool Viewer::run() {
             }
         }
     });
-    camera_.stop();
-    return !complained_;
 }
 
 bool Viewer::mayGoOn() const {

@@ -50,6 +50,7 @@ private:
     void step();
     void show(const kro::Frame& frame);
     void waitFailed();
+    void finishRecordings();
     void act(Action action);
     void change(const Mode& wanted);
     void turnFormat(int step);
@@ -65,11 +66,11 @@ private:
 
     Camera& camera_;
     const Arguments arguments_;
+    Recorder recorder_;
     Window window_;
     std::vector<kro::PixelFormat> formats_;
     Mode mode_;
     kro::Algorithm algorithm_;
-    Recorder recorder_;
     kro::Threads threads_;
     Figures figures_;
     std::uint64_t lost_ = 0;
