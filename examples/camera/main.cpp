@@ -41,6 +41,9 @@ void list() {
     }
     found.push_back(std::string("--aravis ") + simulatedId + " (needs no camera)");
 #endif
+    if (found.empty()) {
+        std::fputs("kro-camera: no camera found\n", stderr);
+    }
     for (const std::string& line : found) {
         std::printf("%s\n", line.c_str());
     }

@@ -14,7 +14,7 @@ constexpr std::string_view strideWord = "stride";
 
 std::string nextPart(std::string& rest) {
     const std::size_t end = rest.find('_');
-    const std::string part = rest.substr(0, end);
+    std::string part = rest.substr(0, end);
     rest = end == std::string::npos ? std::string() : rest.substr(end + 1);
     return part;
 }

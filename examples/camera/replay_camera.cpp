@@ -162,7 +162,7 @@ Arrival Replay::next(std::chrono::milliseconds timeout) {
         return {};
     }
     std::this_thread::sleep_until(due_);
-    due_ = std::max(due_, now) + period_;
+    due_ = std::max(due_ + period_, now);
     if (left_ == 0) {
         turnToNextFile();
     }

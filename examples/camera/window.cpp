@@ -3,6 +3,7 @@
 #include <SDL2_gfxPrimitives.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kro_camera {
 
@@ -120,8 +121,8 @@ SDL_Rect Window::letterbox() const {
     int height = 0;
     SDL_GetRendererOutputSize(renderer_.get(), &width, &height);
     const double scale = std::min(double(width) / size_.width, double(height) / size_.height);
-    const int shownWidth = std::max(static_cast<int>(size_.width * scale + 0.5), 1);
-    const int shownHeight = std::max(static_cast<int>(size_.height * scale + 0.5), 1);
+    const int shownWidth = std::max(static_cast<int>(std::lround(size_.width * scale)), 1);
+    const int shownHeight = std::max(static_cast<int>(std::lround(size_.height * scale)), 1);
     return {(width - shownWidth) / 2, (height - shownHeight) / 2, shownWidth, shownHeight};
 }
 
@@ -170,6 +171,7 @@ void Window::draw(const std::vector<std::string>& status, const std::vector<std:
 void Window::toggleFullScreen() {
     const bool full = (SDL_GetWindowFlags(window_.get()) & SDL_WINDOW_FULLSCREEN_DESKTOP) != 0;
     SDL_SetWindowFullscreen(window_.get(), full ? 0 : SDL_WINDOW_FULLSCREEN_DESKTOP);
+    SDL_ShowCursor(full ? SDL_ENABLE : SDL_DISABLE);
     wantsDrawing_ = true;
 }
 

@@ -263,7 +263,7 @@ int Device::answer(unsigned long request, void* record) {
     switch (request) {
         case VIDIOC_QUERYCAP: {
             auto& capability = *static_cast<v4l2_capability*>(record);
-            std::strcpy(reinterpret_cast<char*>(capability.card), "recorded buffers");
+            std::memcpy(capability.card, "recorded buffers", sizeof "recorded buffers");
             capability.capabilities = V4L2_CAP_DEVICE_CAPS | capabilities_;
             capability.device_caps = capabilities_;
             return 0;
@@ -321,6 +321,9 @@ bool isOurs(const char* path) {
 
 extern "C" {
 
+// The C library's own parameters have names that nobody else may use.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+
 int open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
@@ -364,4 +367,6 @@ int close(int file) {
     descriptor = file == descriptor ? -1 : descriptor;
     return real(file);
 }
-}
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+}  // extern "C"

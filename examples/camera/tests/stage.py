@@ -18,7 +18,8 @@ import support as cli  # noqa: E402
 PROGRAM = os.environ["KRO_CAMERA"]
 ALGORITHMS = cli.ALGORITHMS
 FORMATS = cli.ALL_FORMATS
-PATIENCE = 30
+# A machine may be busy; nothing is measured.
+PATIENCE = 60
 
 
 class SourceView(ctypes.Structure):

@@ -1,6 +1,6 @@
 """The simulated camera in the real window: what the screen shows, and what keys do."""
 
-from stage import ALGORITHMS, FORMATS, Case, cli, converted, wait_for
+from stage import ALGORITHMS, FORMATS, PATIENCE, Case, cli, converted, wait_for
 
 BRIGHT, DARK = 3000 >> 4, 200 >> 4
 # White, yellow, cyan, green, magenta, red, blue, black.
@@ -60,7 +60,7 @@ class Live(Case):
         self.screen.press("shift+f")
         self.wait_for_title("320x240 Mono12,")
         self.screen.press("q")
-        program.wait(20)
+        program.wait(PATIENCE)
         code, said = self.end(program)
         self.assertEqual(code, 0, said)
         self.assertIn("lost", said)
@@ -137,7 +137,7 @@ class Live(Case):
         # The square moves from frame to frame.
         self.assertEqual(len(set(frames)), len(frames))
         self.screen.press("q")
-        program.wait(20)
+        program.wait(PATIENCE)
         code, said = self.end(program)
         self.assertEqual(code, 0, said)
         self.assertIn(f"{len(frames)} frames in {raw}", said)
@@ -149,6 +149,6 @@ class Live(Case):
         self.wait_for_title("BayerGR8")
         wait_for("the first file", lambda: self.names(r"^2.*_BayerRG8\.raw$"))
         self.screen.press("q")
-        program.wait(20)
+        program.wait(PATIENCE)
         self.assertEqual(len(self.names(r"^2.*_BayerGR8\.raw$")), 1)
         self.assertEqual(self.names(r"part$"), [])
