@@ -65,6 +65,7 @@ protected:
 private:
     static void noteLoss(ArvDevice*, void* camera) { static_cast<AravisCamera*>(camera)->gone_ = true; }
     void prepareStream();
+    void endStream();
     void giveBack();
     std::uint64_t newlyLost();
     kro::Frame frameIn(ArvBuffer* buffer) const;
@@ -102,9 +103,7 @@ AravisCamera::AravisCamera(const std::string& id, double rate) : name_(id.empty(
 
 AravisCamera::~AravisCamera() {
     g_signal_handlers_disconnect_by_data(device(), this);
-    if (stream_) {
-        arv_camera_stop_acquisition(camera_.get(), nullptr);
-    }
+    endStream();
     if (shown_ != nullptr) {
         g_object_unref(shown_);
     }
@@ -181,11 +180,16 @@ Mode AravisCamera::start(const Mode& wanted) {
 
 void AravisCamera::stop() {
     giveBack();
-    if (stream_) {
-        arv_camera_stop_acquisition(camera_.get(), nullptr);
-        stream_.reset();
-    }
+    endStream();
     damaged_ = missing_ = lastId_ = told_ = 0;
+}
+
+// Of one that is gone nobody would hear it, and Aravis would ask many times.
+void AravisCamera::endStream() {
+    if (stream_ && !gone_) {
+        arv_camera_stop_acquisition(camera_.get(), nullptr);
+    }
+    stream_.reset();
 }
 
 void AravisCamera::giveBack() {

@@ -50,11 +50,12 @@ Recorder::Recorder(const std::string& folder) : folder_(folder), began_(timeNow(
 // Another program may have begun in the same second and the same folder.
 std::string Recorder::nextStem() {
     std::string stem;
+    std::error_code ignored;  // of a folder that is gone by now: no file can be made there either
     bool taken = true;
     while (taken) {
         stem = began_ + "-" + padded(++serial_, 2);
         taken = false;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder_, ignored)) {
             taken = taken || entry.path().filename().string().find(stem) != std::string::npos;
         }
     }
@@ -77,9 +78,8 @@ void Recorder::finishFile() {
 
 std::string Recorder::stopRaw() {
     raw_ = false;
+    const std::uint64_t count = std::exchange(frames_, 0);
     finishFile();
-    const std::uint64_t count = frames_;
-    frames_ = 0;
     return count == 0 ? "" : counted(count, "frame") + " in " + lastFile_;
 }
 

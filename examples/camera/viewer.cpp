@@ -153,7 +153,7 @@ void Viewer::step() {
     }
     act(window_.poll());
     changed_ = figures_.settle() || changed_;
-    if (changed_ || window_.wantsDrawing()) {
+    if ((changed_ || window_.wantsDrawing()) && Clock::now() >= drawAgain_) {
         draw();
     }
 }
@@ -311,7 +311,9 @@ std::vector<std::string> Viewer::statusLines() const {
     return lines;
 }
 
+// Takes half of the time at most: what is recorded comes before what is seen.
 void Viewer::draw() {
+    const auto before = Clock::now();
     static const std::vector<std::string> keys = {"a      algorithm",
                                                   "f F    format, back",
                                                   "z Z    size, back",
@@ -325,6 +327,8 @@ void Viewer::draw() {
     window_.setTitle("kro-camera: " + camera_.name() + ", " + textOf(mode_) + ", " + textOf(algorithm_));
     window_.draw(statusLines(), showsHelp_ ? keys : std::vector<std::string>());
     changed_ = false;
+    const auto now = Clock::now();
+    drawAgain_ = now + (now - before);
 }
 
 }  // namespace kro_camera

@@ -80,6 +80,7 @@ private:
     bool showsHelp_ = false;
     bool wantsSaving_ = false;
     bool changed_ = true;
+    Clock::time_point drawAgain_;
     std::string said_;
     Clock::time_point saidAt_;
     Clock::time_point lastFrame_;
