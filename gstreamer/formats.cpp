@@ -36,18 +36,18 @@ constexpr RawFormat greys[] = {
     {GST_VIDEO_FORMAT_GRAY16_BE, PixelFormat::Mono16, true},
 };
 
-// In order of preference, where the receiver has none: 8 bits before 16, colour before grey. kro writes words of the
-// machine.
+// In order of preference, where the receiver has none: 8 bits before 16, colour before grey, and first what displays
+// take and videoconvert converts fastest. kro writes words of the machine.
 #define KRO_OF_THIS_MACHINE(name) (G_BYTE_ORDER == G_BIG_ENDIAN ? name##_BE : name##_LE)
 constexpr RawFormat pictures[] = {
-    {GST_VIDEO_FORMAT_RGB, PixelFormat::RGB8, false},
-    {GST_VIDEO_FORMAT_BGR, PixelFormat::BGR8, false},
-    {GST_VIDEO_FORMAT_RGBx, PixelFormat::RGBx8, false},
     {GST_VIDEO_FORMAT_BGRx, PixelFormat::BGRx8, false},
+    {GST_VIDEO_FORMAT_RGBx, PixelFormat::RGBx8, false},
     {GST_VIDEO_FORMAT_xRGB, PixelFormat::xRGB8, false},
     {GST_VIDEO_FORMAT_xBGR, PixelFormat::xBGR8, false},
-    {GST_VIDEO_FORMAT_RGBA, PixelFormat::RGBa8, false},
+    {GST_VIDEO_FORMAT_RGB, PixelFormat::RGB8, false},
+    {GST_VIDEO_FORMAT_BGR, PixelFormat::BGR8, false},
     {GST_VIDEO_FORMAT_BGRA, PixelFormat::BGRa8, false},
+    {GST_VIDEO_FORMAT_RGBA, PixelFormat::RGBa8, false},
     {GST_VIDEO_FORMAT_ARGB, PixelFormat::aRGB8, false},
     {GST_VIDEO_FORMAT_ABGR, PixelFormat::aBGR8, false},
     {GST_VIDEO_FORMAT_RGBP, PixelFormat::RGB8_Planar, false},

@@ -325,7 +325,9 @@ void installProperties(GObjectClass* object) {
 void describe(GstElementClass* element) {
     gst_element_class_set_static_metadata(
         element, "Demosaicing (kro)", "Filter/Converter/Video",
-        "Turns raw frames (mosaics of 8 to 16 bits, packed or not, and grey ones) into pictures of 8 or 16 bits",
+        "Turns raw frames (mosaics of 8 to 16 bits, and grey ones) into pictures of 8 or 16 bits. Packed mosaics: "
+        "10p, 12p, 14p as in PFNC, lowest bits first; 10packed, 12packed as in GigE Vision; pRAA, pRCC, pREE and the "
+        "like as in CSI-2",
         "The kro authors");
     GstCaps* const frames = krogst::frameTemplate();
     GstCaps* const pictures = krogst::pictureTemplate();
