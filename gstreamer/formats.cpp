@@ -36,8 +36,8 @@ constexpr RawFormat greys[] = {
     {GST_VIDEO_FORMAT_GRAY16_BE, PixelFormat::Mono16, true},
 };
 
-// In order of preference, where the receiver has none: 8 bits before 16, colour before grey, and first what displays
-// take and videoconvert converts fastest. kro writes words of the machine.
+// In order of preference: 8 bits before 16, colour before grey, alpha only where there is nothing without, and first
+// what displays take and videoconvert converts fastest. kro writes words of the machine.
 #define KRO_OF_THIS_MACHINE(name) (G_BYTE_ORDER == G_BIG_ENDIAN ? name##_BE : name##_LE)
 constexpr RawFormat pictures[] = {
     {GST_VIDEO_FORMAT_BGRx, PixelFormat::BGRx8, false},
@@ -77,7 +77,6 @@ bool isGrey(const RawFormat& format) {
 bool isDeep(const RawFormat& format) {
     return GST_VIDEO_FORMAT_INFO_DEPTH(gst_video_format_get_info(format.name), 0) > 8;
 }
-
 // Sets the field "format" to the formats of the table that `wanted` takes.
 template <class Format, size_t count, class Wanted>
 void setFormats(GstStructure* structure, const Format (&table)[count], Wanted wanted) {
@@ -118,11 +117,17 @@ GstStructure* ofRaw(GstStructure* structure, const RawFormat (&table)[count], Wa
     return structure;
 }
 
-// What of the offered ones is wanted; null where nothing is.
+// What of the offered ones is wanted, in the table's order; null where nothing is.
 template <class Wanted>
 GstCaps* wantedOf(GstCaps* offered, Wanted wanted) {
-    GstCaps* const wish = gst_caps_new_full(ofRaw(gst_structure_new_empty(rawMedia), pictures, wanted), nullptr);
-    GstCaps* const both = gst_caps_intersect_full(offered, wish, GST_CAPS_INTERSECT_FIRST);
+    GstCaps* const wish = gst_caps_new_empty();
+    for (const RawFormat& format : pictures) {
+        if (wanted(format)) {
+            gst_caps_append_structure(wish,
+                                      gst_structure_new(rawMedia, "format", G_TYPE_STRING, nameOf(format), nullptr));
+        }
+    }
+    GstCaps* const both = gst_caps_intersect_full(wish, offered, GST_CAPS_INTERSECT_FIRST);
     gst_caps_unref(wish);
     if (gst_caps_is_empty(both)) {
         gst_caps_unref(both);
@@ -204,17 +209,14 @@ GstCaps* frameCapsOf(const GstCaps* pictureCaps) {
 
 GstCaps* bestPictures(const FrameCaps& frame, GstCaps* offered) {
     const bool deep = frame.format == PixelFormat::Mono16;
-    GstCaps* best = frame.isMosaic()
-                        ? wantedOf(offered, [](const RawFormat& f) { return !isGrey(f) && !isDeep(f); })
-                        : wantedOf(offered, [deep](const RawFormat& f) { return isGrey(f) && isDeep(f) == deep; });
-    if (best == nullptr) {
-        best = wantedOf(offered, [&frame](const RawFormat& f) { return isGrey(f) != frame.isMosaic(); });
+    GstCaps* best = nullptr;
+    if (!frame.isMosaic()) {
+        best = wantedOf(offered, [deep](const RawFormat& f) { return isGrey(f) && isDeep(f) == deep; });
+        best = best != nullptr ? best : wantedOf(offered, isGrey);
     }
-    if (best == nullptr) {
-        return offered;
-    }
+    best = best != nullptr ? best : wantedOf(offered, any);
     gst_caps_unref(offered);
-    return best;
+    return best != nullptr ? best : gst_caps_new_empty();
 }
 
 }  // namespace krogst

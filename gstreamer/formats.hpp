@@ -49,8 +49,8 @@ const RawFormat* pictureFormat(GstVideoFormat name);
 GstCaps* pictureCapsOf(const GstCaps* frames);
 GstCaps* frameCapsOf(const GstCaps* pictures);
 
-// Of the pictures on offer those that suit the frame best: grey for grey ones, of its depth; colour, and 8 bits
-// rather than 16, for mosaics. Takes the reference, as gst_caps_fixate does.
+// Of the pictures on offer those that suit the frame, the best one first: grey for grey ones, of its depth; colour
+// for mosaics. Takes the reference, as gst_caps_fixate does.
 GstCaps* bestPictures(const FrameCaps& frame, GstCaps* offered);
 
 }  // namespace krogst

@@ -3,11 +3,8 @@
 
 int main(int count, char** arguments) {
     testing::InitGoogleTest(&count, arguments);
-    // Whoever only lists tests has set no registry of the build's own.
-    if (!testing::GTEST_FLAG(list_tests)) {
-        gst_init(&count, &arguments);
-        // A warning of GLib's or GStreamer's is a failure.
-        g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
-    }
+    gst_init(&count, &arguments);
+    // A warning of GLib's or GStreamer's is a failure.
+    g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
     return RUN_ALL_TESTS();
 }

@@ -23,6 +23,7 @@ TEST(Negotiation, MosaicsBecomeColourOfEightBitsWhereTheyMay) {
     EXPECT_EQ("RGBP", chosen(mosaic, "video/x-raw,format={GRAY16_LE,GRAY8,RGBA64_LE,I420,RGBP}"));
     EXPECT_EQ("RGBA64_LE", chosen(mosaic, "video/x-raw,format={GRAY8,RGBA64_LE}"));
     EXPECT_EQ("RGBA", chosen(mosaic, "video/x-raw,format=GRAY8;video/x-raw,format=RGBA"));
+    EXPECT_EQ("RGB", chosen(mosaic, "video/x-raw,format=RGBA;video/x-raw,format=RGB"));
     EXPECT_EQ("GRAY8", chosen(mosaic, "video/x-raw,format=GRAY8"));
 }
 
@@ -33,7 +34,7 @@ TEST(Negotiation, GreyStaysGreyOfItsDepth) {
     EXPECT_EQ("GRAY16_LE", chosen("video/x-raw,format=GRAY16_LE" + size, "video/x-raw,format={RGB,GRAY8,GRAY16_LE}"));
     EXPECT_EQ("GRAY16_LE", chosen("video/x-raw,format=GRAY16_BE" + size, "ANY"));
     EXPECT_EQ("GRAY8", chosen("video/x-raw,format=GRAY16_LE" + size, "video/x-raw,format={RGB,GRAY8}"));
-    EXPECT_EQ("BGR", chosen("video/x-raw,format=GRAY8" + size, "video/x-raw,format=BGR"));
+    EXPECT_EQ("BGR", chosen("video/x-raw,format=GRAY8" + size, "video/x-raw,format={ARGB,BGR}"));
 }
 
 TEST(Negotiation, AllButTheFormatStays) {
