@@ -97,7 +97,7 @@ def _shown(name: str) -> str:
 def _raw_frames(name: str, wanted: str, shape: Optional[Tuple[int, int]], skip: int, stride: int, big_endian: bool,
                 ignore_rest: bool) -> Frames:
     size = "" if shape is None else "{1}x{0}".format(*shape)
-    with open(name, "rb") as file:
+    with open(name, "rb", buffering=0) as file:
         length = os.fstat(file.fileno()).st_size
         format, height, width, frame_bytes, count, swapped = _kro.layout(
             _shown(name), length, wanted, size, skip, stride, big_endian, ignore_rest)

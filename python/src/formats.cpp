@@ -16,9 +16,14 @@ namespace {
 constexpr Py_ssize_t mostRemembered = 256;
 constexpr uint64_t bigEndianMark = uint64_t{1} << 32;
 
-std::string textOf(PyObject* text) {
+std::string textOf(PyObject* text, const char* argument) {
     Py_ssize_t length = 0;
-    const char* start = checked(PyUnicode_AsUTF8AndSize(text, &length));
+    const char* start = PyUnicode_AsUTF8AndSize(text, &length);
+    if (start == nullptr && PyErr_ExceptionMatches(PyExc_UnicodeError) != 0) {
+        PyErr_Clear();
+        raise(PyExc_ValueError, "%s: %R came, expected the name of a pixel format", argument, text);
+    }
+    checked(start);
     return {start, static_cast<std::size_t>(length)};
 }
 
@@ -49,7 +54,7 @@ uint64_t readInput(PyObject* asked) {
         }
         return code;
     }
-    const cli::NamedInput named = cli::requireInputFormat(textOf(asked));
+    const cli::NamedInput named = cli::requireInputFormat(textOf(asked, "format"));
     return named.format->code | (named.bigEndian ? bigEndianMark : 0);
 }
 
@@ -62,7 +67,7 @@ uint64_t readOutput(PyObject* asked) {
         }
         return code;
     }
-    return cli::requireOutputFormat(textOf(asked)).code;
+    return cli::requireOutputFormat(textOf(asked, "output")).code;
 }
 
 // Looked up once; from then on a dictionary of Python's, whose strings know their hash, answers sooner.

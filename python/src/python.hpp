@@ -18,12 +18,6 @@ namespace binding {
 // A Python exception is set, and on its way out.
 struct Raised {};
 
-template <typename... Values>
-[[noreturn]] void raise(PyObject* type, const char* text, Values... values) {
-    PyErr_Format(type, text, values...);
-    throw Raised{};
-}
-
 template <typename T>
 T* checked(T* object) {
     if (object == nullptr) {
@@ -47,6 +41,14 @@ public:
 private:
     PyObject* object_;
 };
+
+// Not PyErr_Format, which loses the text and says nothing where memory for it is lacking.
+template <typename... Values>
+[[noreturn]] void raise(PyObject* type, const char* text, Values... values) {
+    const Reference message(checked(PyUnicode_FromFormat(text, values...)));
+    PyErr_SetObject(type, message.get());
+    throw Raised{};
+}
 
 // The interpreter's lock given back to other threads for as long as this lives.
 class Unlocked {

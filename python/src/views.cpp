@@ -173,12 +173,21 @@ Buffer::Buffer(PyObject* owner, int flags, const char* argument) {
     if (PyObject_GetBuffer(owner, &view_, flags) == 0) {
         return;
     }
-    if (PyErr_ExceptionMatches(PyExc_TypeError) != 0) {
-        PyErr_Clear();
+    PyObject* kind = nullptr;
+    PyObject* value = nullptr;
+    PyObject* trace = nullptr;
+    PyErr_Fetch(&kind, &value, &trace);
+    const Reference owned[] = {Reference(kind), Reference(value), Reference(trace)};
+    PyObject* came = reinterpret_cast<PyObject*>(Py_TYPE(owner));
+    if (PyErr_GivenExceptionMatches(kind, PyExc_TypeError) != 0) {
         raise(PyExc_TypeError, "%s: %R came, expected an object with the buffer protocol (bytes, an array ...)",
-              argument, reinterpret_cast<PyObject*>(Py_TYPE(owner)));
+              argument, came);
     }
-    throw Raised{};
+    if (PyErr_GivenExceptionMatches(kind, PyExc_MemoryError) != 0) {
+        throw std::bad_alloc();
+    }
+    raise(kind, "%s: %R came, expected memory that can be %s: %S", argument, came,
+          (flags & PyBUF_WRITABLE) != 0 ? "written" : "read", value == nullptr ? Py_None : value);
 }
 
 SourceFrame sourceFrame(const Buffer& buffer, PyObject* shape, const Input& input, PyObject* copyWarning) {
