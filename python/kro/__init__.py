@@ -53,8 +53,8 @@ def formats() -> "list[Format]":
     return [Format(*entry) for entry in _kro.formats()]
 
 
-# OpenCV names a mosaic by the second and third site of its second row, so its BayerBG begins with red; and what it gives
-# as RGB of one mosaic it gives as BGR of the one with red and blue exchanged.
+# OpenCV names a mosaic by the second and third site of its second row, so its BayerBG begins with red; and what it
+# gives as RGB of one mosaic it gives as BGR of the one with red and blue exchanged.
 _OPENCV_PLAIN = {"BGR": 46, "RGB": 46, "BGRa": 139, "RGBa": 139, "Y": 86}
 _OPENCV_EDGE = {"BGR": 135, "RGB": 135}
 _OPENCV_GREY = {"BGR": 8, "RGB": 8, "BGRa": 9, "RGBa": 9}
@@ -85,5 +85,6 @@ def to_opencv_code(format: Union[str, int], output: Union[str, int] = "RGB8", al
         exchanged = 2 if picture.order.startswith("RGB") else 0
         place = (_OPENCV_PLACE[frame.order] + exchanged) % 4
     if picture.order not in codes or picture.packing == "planar":
-        raise ValueError(f"output: {picture.name} came with {frame.name} and {algorithm!r}, for which OpenCV has no code")
+        raise ValueError(f"output: {picture.name} came with {frame.name} and {algorithm!r}, for which OpenCV has no "
+                         f"code")
     return codes[picture.order] + place

@@ -78,8 +78,8 @@ def read_frames(path: Union[str, "os.PathLike[str]"], format: Optional[Union[str
     name = os.fspath(path)
     kind = os.path.splitext(name)[1].lower()
     if kind in _DECODED:
-        raise ValueError(f"{name}: a {kind[1:]} file came, expected raw frames or an NPY file, which can be mapped (the "
-                         f"command `kro convert` reads it; so do imageio and others, and kro.convert takes their arrays)")
+        raise ValueError(f"{name}: a {kind[1:]} file came, expected raw frames or an NPY file, which can be mapped "
+                         f"(`kro convert` reads it; so do imageio and others, and kro.convert takes their arrays)")
     for argument, value in (("skip", skip), ("stride", stride)):
         if value < 0:
             raise ValueError(f"{argument}: {value!r} came, expected 0 or more")
@@ -94,9 +94,17 @@ def _shown(name: str) -> str:
     return name.encode("utf-8", "replace").decode()
 
 
+def _sides(shape: Any) -> Tuple[int, int]:
+    try:
+        height, width = map(operator.index, shape)
+    except (TypeError, ValueError):
+        raise TypeError(f"shape: {shape!r} came, expected (height, width)") from None
+    return height, width
+
+
 def _raw_frames(name: str, wanted: str, shape: Optional[Tuple[int, int]], skip: int, stride: int, big_endian: bool,
                 ignore_rest: bool) -> Frames:
-    size = "" if shape is None else "{1}x{0}".format(*shape)
+    size = "" if shape is None else "{1}x{0}".format(*_sides(shape))
     with open(name, "rb", buffering=0) as file:
         length = os.fstat(file.fileno()).st_size
         format, height, width, frame_bytes, count, swapped = _kro.layout(
@@ -127,17 +135,18 @@ def _array_layout(format: str, height: int, width: int, stride: int, swapped: bo
 
 def _array_frames(name: str, wanted: str, shape: Optional[Tuple[int, int]], more: bool) -> Frames:
     if more:
-        raise ValueError(f"{name}: skip, stride and big_endian belong to raw frames, this file has a header of its own")
+        raise ValueError(f"{name}: skip, stride and big_endian belong to raw frames, this file has a header of its "
+                         f"own")
     try:
         array = numpy.asarray(numpy.load(name, mmap_mode="r", allow_pickle=False))
     except ValueError as failure:
         raise ValueError(f"{name}: {failure}") from None
     stack = array[None] if array.ndim == 2 else array
     if stack.ndim != 3 or stack.dtype.str[1:] not in ("u1", "u2"):
-        raise ValueError(f"{name}: an array of {array.dtype} and shape {array.shape} came, expected uint8 or uint16 with "
-                         f"rows and columns, or frames, rows and columns")
+        raise ValueError(f"{name}: an array of {array.dtype} and shape {array.shape} came, expected uint8 or uint16 "
+                         f"with rows and columns, or frames, rows and columns")
     sides = stack.shape[1:]
-    if shape is not None and tuple(shape) != sides:
+    if shape is not None and _sides(shape) != sides:
         raise ValueError(f"shape: {shape!r} came, but the frames of {name} are {sides!r}")
     format = _kro.contained_name(_shown(name), wanted, 255 if stack.dtype.itemsize == 1 else 65535)
     return Frames(name, format, sides, len(stack), lambda place: stack[place])

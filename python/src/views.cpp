@@ -177,7 +177,9 @@ Buffer::Buffer(PyObject* owner, int flags, const char* argument) {
     PyObject* value = nullptr;
     PyObject* trace = nullptr;
     PyErr_Fetch(&kind, &value, &trace);
-    const Reference owned[] = {Reference(kind), Reference(value), Reference(trace)};
+    const Reference ownedKind(kind);
+    const Reference ownedValue(value);
+    const Reference ownedTrace(trace);
     PyObject* came = reinterpret_cast<PyObject*>(Py_TYPE(owner));
     if (PyErr_GivenExceptionMatches(kind, PyExc_TypeError) != 0) {
         raise(PyExc_TypeError, "%s: %R came, expected an object with the buffer protocol (bytes, an array ...)",

@@ -1,5 +1,6 @@
-"""Every allocation of a call fails in turn, alone and with the twenty that follow: the call then gives what it gives otherwise, or
-MemoryError. Runs with failing_malloc preloaded and PYTHONMALLOC=malloc, which leads all of Python's allocations there."""
+"""Every allocation of a call fails in turn, alone and with the twenty that follow: the call then gives what it gives
+otherwise, or MemoryError. Runs with failing_malloc preloaded and PYTHONMALLOC=malloc, which leads all of Python's
+allocations there."""
 
 import ctypes
 import os

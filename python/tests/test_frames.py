@@ -85,6 +85,12 @@ def test_no_such_file(tmp_path):
         kro.read_frames(tmp_path / "a_16x8_BayerRG8.raw")
 
 
+@pytest.mark.parametrize("shape", [5, (1, 2, 3), ("a", "b"), (8.0, 16)])
+def test_a_shape_that_is_none(tmp_path, shape):
+    with pytest.raises(TypeError, match="^shape: "):
+        kro.read_frames(write(tmp_path, "a_16x8_BayerRG8.raw", bytes(128)), shape=shape)
+
+
 def test_arguments_come_before_the_name(tmp_path):
     data = native.random_frame("BayerGB10p", 8, 16)
     path = write(tmp_path, "a_99x99_BayerRG8.raw", b"head" + data + b"rest")

@@ -1,6 +1,6 @@
 /* Preloaded into the command: the KRO_FAIL_AT-th allocation that its main function asks for fails, and with
-   KRO_FAIL_ON all later ones too. Prints nothing; KRO_COUNT names a file that the number of allocations goes to. A program
-   that chooses the time itself calls kroFailAt. */
+   KRO_FAIL_ON all later ones too. Prints nothing; KRO_COUNT names a file that the number of allocations goes to. A
+   program that chooses the time itself calls kroFailAt. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -43,7 +43,8 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
     return *memory == NULL ? ENOMEM : 0;
 }
 
-/* Counts anew: so many allocations fail from that number on, none where it is 0. How many there were since the last call. */
+/* Counts anew: so many allocations fail from that number on, none where it is 0. Returns how many there were since
+   the last call. */
 long kroFailAt(long number, long count) {
     const long before = seen;
     running = 0;
