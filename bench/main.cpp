@@ -274,7 +274,7 @@ void declare(CLI::App& app, Options& options) {
 
 // As `kro complete` does: what the last of the words behind -- may become.
 int complete(const CLI::App& app, const std::vector<std::string>& words) {
-    const std::string last = words.back();
+    const std::string& last = words.back();
     const std::string before = words.size() < 2 ? "" : words[words.size() - 2];
     const auto offer = [&](const std::string& word, const std::string& meaning) {
         if (word.compare(0, last.size(), last) == 0) {
