@@ -157,47 +157,40 @@ def names_of(code):
     return list(dict.fromkeys(name if isinstance(name, str) else next(filter(None, name)) for name in names))
 
 
+def declared(code, language, index):
+    """A piece of code under its name, or with marks that links to its names lead to."""
+    names = [name for name in names_of(code) if name not in index]
+    index += names
+    head = [f"### {names[0]} {{ #{names[0]} }}"] if len(names) == 1 else \
+        ["".join(f'<a id="{name}"></a>' for name in names)]
+    return [*head, "", f"```{language}", *code, "```", ""]
+
+
 def page(path):
+    """A header as Markdown. What a comment says of the code right behind it stands below that."""
     header = pathlib.Path(path)
     cpp = header.suffix == ".hpp"
     language = "cpp" if cpp else "c"
-    text = header.read_text()
-    all_pieces = pieces(hidden(text, cpp))
-    out, waiting, index = [f"# kro/{header.name}", ""], None, []
-    first = True
-    for kind, lines in all_pieces:
-        if kind == "comment":
-            if waiting:
-                out += prose(waiting, language) + [""]
-            words = comment_lines(lines)
-            title = RULE.match(words[0])
-            if title:
-                heading = title.group(1)
-                out += ["", "## " + heading[0].upper() + heading[1:], ""] + prose(words[1:], language) + [""]
-                waiting = None
-            elif first:
-                out += prose(words, language) + [""]
-                waiting, first = None, False
-            else:
-                waiting = words
+    out, waiting, index, begun = [f"# kro/{header.name}", ""], [], [], False
+    for kind, lines in pieces(hidden(header.read_text(), cpp)):
+        if kind == "code":
+            code = "\n".join(cpp_code(lines) if cpp else c_code(lines)).rstrip()
+            if code:
+                out += declared(code.split("\n"), language, index) + prose(waiting, language) + [""]
+                waiting = []
             continue
-        code = cpp_code(lines) if cpp else c_code(lines)
-        while code and not code[-1].strip():
-            code.pop()
-        if not any(line.strip() for line in code):
-            continue
-        names = [name for name in names_of(code) if name not in index]
-        index += names
-        if len(names) == 1:
-            out += [f"### {names[0]} {{ #{names[0]} }}", ""]
-        elif names:
-            out += ["".join(f'<a id="{name}"></a>' for name in names), ""]
-        out += [f"```{language}", *code, "```", ""]
-        if waiting:
-            out += prose(waiting, language) + [""]
-            waiting = None
-    if waiting:
-        out += prose(waiting, language)
+        out += prose(waiting, language) + [""]
+        words = comment_lines(lines)
+        title = RULE.match(words[0])
+        if title:
+            heading = title.group(1)
+            out += ["", "## " + heading[0].upper() + heading[1:], ""] + prose(words[1:], language) + [""]
+            words = []
+        elif not begun:
+            out += prose(words, language) + [""]
+            words = []
+        waiting, begun = words, True
+    out += prose(waiting, language)
     out += ["", "## Names", "", ", ".join(f"[{name}](#{name})" for name in sorted(index))]
     return re.sub(r"\n{3,}", "\n\n", "\n".join(out)) + "\n"
 

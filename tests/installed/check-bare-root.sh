@@ -32,7 +32,7 @@ cd "$root/packages"
 inside find / -xdev -name '*kro*' -not -path '/proc/*' -not -path '/packages/*' | sort >"$work/before"
 
 step "the commands, with what they need and no more"
-set -- libkro0_*.deb kro-tools_*.deb libkro-dev_*.deb
+set -- libkro0_*.deb kro-tools_*.deb
 quietly inside apt-get install -y --no-install-recommends "/packages/$1" "/packages/$2"
 inside kro selftest | tail -n 1
 inside kro-bench --list >/dev/null
@@ -42,8 +42,18 @@ inside sh -euc 'cd /tmp/work && kro mosaic -q scene.ppm -f BayerRG12p -o frame_6
     kro convert -q frame_64x48_BayerRG12p.raw -o picture.png && kro convert -q frame_64x48_BayerRG12p.raw -o picture.jpg'
 [ "$(head -c 4 "$root/tmp/work/picture.png" | tail -c 3)" = PNG ] || { echo "kro convert made no PNG file"; exit 1; }
 
+step "the Python package and the plugin for GStreamer"
+for package in python3-kro gstreamer1.0-kro; do
+    set -- "$package"_*.deb
+    quietly inside apt-get install -y --no-install-recommends "/packages/$1"
+done
+inside python3 -c "import kro; assert kro.convert(bytes(16), 'BayerRG8', (4, 4)).shape == (4, 4, 3)"
+quietly inside apt-get install -y --no-install-recommends gstreamer1.0-tools
+quietly inside gst-inspect-1.0 krodemosaic
+
 step "foreign projects, with the development package"
-quietly inside apt-get install -y --no-install-recommends "/packages/$3" g++ cmake make pkg-config binutils
+set -- libkro-dev_*.deb
+quietly inside apt-get install -y --no-install-recommends "/packages/$1" g++ cmake make pkg-config binutils
 mkdir "$root/kro"
 (cd "$source" && { git ls-files -z 2>/dev/null || find CMakeLists.txt cmake include src tests -type f -print0; } |
     tar -c --null --files-from=-) | tar -x -C "$root/kro"
@@ -55,7 +65,7 @@ inside sh -euc 'cd /tmp/work && cmake -S /kro/tests/package -B around -DCLIENT_K
 
 step "nothing is left"
 rm -rf "$root/kro" "$root/tmp/work"
-quietly inside apt-get purge -y 'libkro*' kro-tools
+quietly inside apt-get purge -y 'libkro*' kro-tools python3-kro gstreamer1.0-kro
 inside find / -xdev -name '*kro*' -not -path '/proc/*' -not -path '/packages/*' | sort >"$work/after"
 diff "$work/before" "$work/after"
 echo "the packages serve a bare Debian $codename"

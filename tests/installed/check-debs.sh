@@ -32,6 +32,18 @@ holds libkro-dev "$library/libkro\.so" "$library/libkro\.a" "$library/pkgconfig/
 holds kro-tools /usr/bin/kro /usr/bin/kro-bench "/usr/share/man/man1/kro-convert\.1\.gz" \
     /usr/share/man/man1/kro-bench\.1\.gz /usr/share/bash-completion/completions/kro \
     /usr/share/zsh/vendor-completions/_kro /usr/share/fish/vendor_completions\.d/kro\.fish
+has() { grep -q "^KRO_BUILD_$1:BOOL=ON\$" "$build/CMakeCache.txt"; }
+if has GSTREAMER; then
+    plugin=$library/gstreamer-1.0/libgstkro.so
+    holds gstreamer1.0-kro "$plugin"
+    nm -D --defined-only "$work/root$plugin" | grep -q gst_plugin_kro_get_desc || fail "$plugin is no plugin"
+fi
+if has PYTHON; then
+    folder=/usr/lib/python3/dist-packages
+    holds python3-kro $folder/kro/__init__.py $folder/kro/_kro.abi3.so
+    PYTHONPATH=$work/root$folder LD_LIBRARY_PATH=$work/root$library /usr/bin/python3 -B -c \
+        "import kro; assert kro.convert(bytes(16), 'BayerRG8', (4, 4)).shape == (4, 4, 3)" || fail "python3-kro fails"
+fi
 echo "the packages hold their files"
 
 # The library needs the C and C++ runtimes, and nothing else.
@@ -61,7 +73,8 @@ said=$(LD_LIBRARY_PATH=$work/root$library "$work/root/usr/bin/kro" --version)
 [ "$said" = "kro $version" ] || fail "the command says '$said', expected kro $version"
 modversion=$(PKG_CONFIG_PATH=$work/root$library/pkgconfig pkg-config --modversion kro)
 [ "$modversion" = "$version" ] || fail "kro.pc says $modversion, expected $version"
-! readelf -d "$work/root/usr/bin/kro" | grep -E 'RPATH|RUNPATH' || fail "the command has a path of its own to libraries"
+! find "$work/root/usr/bin" "$work/root/usr/lib" -type f \( -path '*/bin/*' -o -name '*.so*' \) -exec readelf -d {} + |
+    grep -E 'RPATH|RUNPATH' || fail "a file has a path of its own to libraries"
 echo "the version is $version everywhere"
 
 "$source/tests/check-prefix.sh" "$work/root/usr" "$source/tests/package" "$@"
