@@ -14,7 +14,7 @@ if(KRO_HELP2MAN AND NOT CMAKE_CROSSCOMPILING)
     add_custom_target(kro-manual ALL DEPENDS ${KRO_MANUAL}/kro.1)
     install(DIRECTORY ${KRO_MANUAL}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN *.1)
 else()
-    message(STATUS "kro: no manual pages, help2man is not installed")
+    message(STATUS "kro: no pages of the manual: help2man is not installed, or the command is for another machine")
 endif()
 
 # The shells look for a file named after the program.
