@@ -285,7 +285,7 @@ std::string Element::postedError() {
     GError* error = nullptr;
     gchar* details = nullptr;
     gst_message_parse_error(message.get(), &error, &details);
-    const std::string text = std::string(error->message) + "\n" + (details != nullptr ? details : "");
+    std::string text = std::string(error->message) + "\n" + (details != nullptr ? details : "");
     g_error_free(error);
     g_free(details);
     return text;
