@@ -82,7 +82,7 @@ private:
         const size_t strides[] = {
             usual(), usual(), row(), row() + 4, row() / 4 * 4 + 64, row() * 2, row() - 1, usual() + choices.byte()};
         const size_t apart = choices.oneOf(strides);
-        const size_t front = choices.oneIn(2) ? choices.below(9) : 0U;
+        const size_t front = static_cast<size_t>(choices.oneIn(2) ? choices.below(9) : 0);
         size_ = front + apart * static_cast<size_t>(height_);
         size_ += choices.oneIn(4) ? choices.byte() : 0U;
         size_ -= choices.oneIn(4) ? std::min<size_t>(size_, choices.byte()) : 0U;
