@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Draws the include graph of src/ folder by folder, and fails on an arrow that climbs or a header that needs another one first.
 
-usage: check-includes.py SOURCE_FOLDER COMPILER [COMPILER FLAGS ...]
+usage: check-includes.py SOURCE_FOLDER SETS_DEF COMPILER [COMPILER FLAGS ...]
+
+SETS_DEF are the lines of table/sets.def that the processor compiled for has.
 """
 import pathlib
 import re
@@ -22,8 +24,6 @@ FLOORS = [
     ["."],  # KROCreation, KRODemosaicing, KROView
 ]
 FLOOR_OF = {folder: floor for floor, folders in enumerate(FLOORS) for folder in folders}
-# The table knows its kernels by name only; what serves a name is the units' affair.
-WIDEST = ["-mavx512f", "-mavx512bw", "-mavx512vl", "-mavx512dq", "-mavx512vbmi"]
 
 
 def folder_of(name):
@@ -57,6 +57,11 @@ def draw(graph):
             print(f"{folder:22} -> {', '.join(below) if below else '-'}")
 
 
+def sets_in(text):
+    """Header and compiler flags of each set in the list."""
+    return re.findall(r'^KRO_SET\(.*?"([^"]+)".*"([^"]*)"\)$', text, re.MULTILINE)
+
+
 def compile_alone(header, source, command):
     done = subprocess.run([*command, "-std=c++17", "-fsyntax-only", "-x", "c++", "-I", source,
                            "-I", source.parent / "include", "-include", header, "/dev/null"],
@@ -65,7 +70,9 @@ def compile_alone(header, source, command):
 
 
 def main():
-    source, command = pathlib.Path(sys.argv[1]).resolve(), [*sys.argv[2:], *WIDEST]
+    source, ours = pathlib.Path(sys.argv[1]).resolve(), sets_in(pathlib.Path(sys.argv[2]).read_text())
+    foreign = {header for header, _ in sets_in((source / "table/sets.def").read_text())} - {header for header, _ in ours}
+    command = [*sys.argv[3:], *(flag for _, flags in ours for flag in flags.split() if flag.startswith("-m"))]
     graph, problems = {}, []
     for name, included in arrows(source):
         problem = climbs(name, included)
@@ -74,13 +81,13 @@ def main():
         elif folder_of(name) != folder_of(included):
             graph.setdefault(folder_of(name), set()).add(folder_of(included))
     draw(graph)
-    headers = sorted(source.rglob("*.hpp"))
+    headers = [path for path in sorted(source.rglob("*.hpp")) if path.relative_to(source).as_posix() not in foreign]
     with ThreadPoolExecutor(2) as pool:
         problems += filter(None, pool.map(lambda header: compile_alone(header, source, command), headers))
     print(f"{len(headers)} headers compiled alone, {len(problems)} problems")
     for problem in problems:
         print(problem)
-    return 1 if problems or not graph or not headers else 0
+    return 1 if problems or not graph or not headers or not ours else 0
 
 
 if __name__ == "__main__":

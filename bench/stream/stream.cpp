@@ -31,9 +31,13 @@ size_t ratioOf(size_t sourceSize, size_t destinationSize) {
 
 std::vector<StreamVariant> streamVariants(size_t sourceSize, size_t destinationSize, bool withBypass) {
     const Width widths[] = {
+#if defined(__x86_64__) || defined(__i386__)
         {"avx512", __builtin_cpu_supports("avx512f") != 0, streamLoopAvx512},
         {"avx2", __builtin_cpu_supports("avx2") != 0, streamLoopAvx2},
         {"sse2", __builtin_cpu_supports("sse2") != 0, streamLoopSse2},
+#else
+        {"16 bytes", true, streamLoopAny},
+#endif
     };
     const size_t ratio = ratioOf(sourceSize, destinationSize);
     std::vector<StreamVariant> variants;
@@ -44,7 +48,7 @@ std::vector<StreamVariant> streamVariants(size_t sourceSize, size_t destinationS
         const std::string name = width.name;
         variants.push_back({name, width.loop(ratio, StreamKind::plain), false});
         variants.push_back({name + " x4", width.loop(ratio, StreamKind::unrolled), false});
-        if (withBypass && variants.size() == 2) {
+        if (withBypass && streamsBypass && variants.size() == 2) {
             variants.push_back({name + " bypassing", width.loop(ratio, StreamKind::bypass), true});
         }
     }

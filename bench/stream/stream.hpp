@@ -31,10 +31,18 @@ struct StreamRatio {
 };
 constexpr StreamRatio streamRatios[] = {{1, 1}, {1, 2}, {1, 3}, {1, 4}, {2, 1}, {2, 3}, {3, 2}, {3, 4}};
 
+// Do stores bypass the cache where they are asked to?
+#if defined(__x86_64__) || defined(__i386__)
+constexpr bool streamsBypass = true;
+#else
+constexpr bool streamsBypass = false;
+#endif
+
 // Per width: the loop that moves streamRatios[ratio].in vectors in and .out vectors out at a step.
 enum class StreamKind { plain, unrolled, bypass };
 StreamLoop streamLoopSse2(size_t ratio, StreamKind kind);
 StreamLoop streamLoopAvx2(size_t ratio, StreamKind kind);
 StreamLoop streamLoopAvx512(size_t ratio, StreamKind kind);
+StreamLoop streamLoopAny(size_t ratio, StreamKind kind);
 
 }  // namespace bench

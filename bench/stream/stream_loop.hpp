@@ -1,5 +1,7 @@
 // The text of the stream loop. Each width's unit defines vectorBytes before it is included.
+#if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
+#endif
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +15,7 @@ namespace {
 
 typedef long long Vector __attribute__((vector_size(vectorBytes), aligned(1), may_alias));
 
+#if defined(__x86_64__) || defined(__i386__)
 template <size_t bytes, class Value>
 inline void storeBypassing(uint8_t* destination, Value value) {
     if constexpr (bytes == 64) {
@@ -23,6 +26,15 @@ inline void storeBypassing(uint8_t* destination, Value value) {
         _mm_stream_si128(reinterpret_cast<__m128i*>(destination), reinterpret_cast<__m128i>(value));
     }
 }
+
+// Keeps the loads that no store needs.
+inline void use(Vector sum) { __asm__ volatile("" : : "x"(sum)); }
+#else
+template <size_t bytes, class Value>
+void storeBypassing(uint8_t* destination, Value value);  // nobody calls it
+
+inline void use(Vector sum) { __asm__ volatile("" : : "m"(sum)); }
+#endif
 
 template <bool bypass>
 inline void put(uint8_t* destination, Vector value) {
@@ -58,7 +70,7 @@ void stream(const uint8_t* source, size_t sourceSize, uint8_t* destination, size
         destination += out * size;
         __asm__ volatile("" : : : "memory");  // neither split into two loops nor turned into a copy
     }
-    __asm__ volatile("" : : "x"(sum));  // keeps the loads that no store needs
+    use(sum);
     uint8_t rest = 0;
     while (source < sourceEnd) {
         rest = static_cast<uint8_t>(rest | *source++);
@@ -78,7 +90,7 @@ bench::StreamLoop loopOf(bench::StreamKind kind) {
         case bench::StreamKind::unrolled:
             return stream<in * 4, out * 4, false>;
         default:
-            return stream<in, out, true>;
+            return stream<in, out, bench::streamsBypass>;
     }
 }
 

@@ -1,12 +1,9 @@
-// Which table serves this processor: a pure function of the compiler runtime's CPU record, half a nanosecond, no
-// state.
+// Which table serves this processor: a pure function of what the system knows of it, half a nanosecond, no state.
 #include "table/kernels.hpp"
+#include "table/processor.hpp"
 
 namespace kro {
 namespace {
-
-// `has` is a macro because the compiler wants a literal.
-#define has(feature) (__builtin_cpu_supports(feature) != 0)
 
 struct Set {
     const Kernels& table;
@@ -43,7 +40,5 @@ int usableKernels(const Kernels** tables, int room) {
     }
     return count;
 }
-
-#undef has
 
 }  // namespace kro

@@ -4,6 +4,7 @@
 
 #include "selftest/digests.hpp"
 #include "support/failure.hpp"
+#include "table/processor.hpp"
 
 namespace cli {
 
@@ -13,14 +14,12 @@ namespace {
 // last.
 std::string instructionSets() {
     std::string names;
-#define has(feature) (__builtin_cpu_supports(feature) != 0)
 #define KRO_SET(set, backEnd, header, usable, flags)              \
     if (usable) {                                                 \
         names += (names.empty() ? "" : ", ") + std::string(#set); \
     }
 #include "table/sets.def"
 #undef KRO_SET
-#undef has
     return names;
 }
 
