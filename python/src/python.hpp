@@ -7,7 +7,6 @@
 #define Py_LIMITED_API 0x030B0000
 #endif
 #include <Python.h>
-#include <cxxabi.h>
 #include <unistd.h>
 
 #include <exception>
@@ -60,7 +59,7 @@ public:
     ~Unlocked() {
         try {
             PyEval_RestoreThread(state_);
-        } catch (abi::__forced_unwind&) {
+        } catch (...) {
             for (;;) {
                 pause();
             }
