@@ -2,6 +2,7 @@
 // stacks.
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <functional>
@@ -136,7 +137,7 @@ void visitAll(const Visit& visit) {
 }
 
 TEST(Stack, NoCallNeedsMoreThan20Kibibytes) {
-    if (reducedRun) {
+    if (sanitizedRun) {
         GTEST_SKIP() << "sanitizers use the stack too";
     }
     size_t most = 0;
@@ -149,10 +150,13 @@ TEST(Stack, NoCallNeedsMoreThan20Kibibytes) {
 }
 
 TEST(Stack, ThreadsOf32KibibytesSuffice) {
-    if (reducedRun) {
+    if (sanitizedRun) {
         GTEST_SKIP() << "sanitizers use the stack too";
     }
     constexpr size_t bytes = 32 * 1024;
+    if (sysconf(_SC_THREAD_STACK_MIN) > static_cast<long>(bytes)) {
+        GTEST_SKIP() << "this system starts no thread on so small a stack";
+    }
     guard::Buffer memory(bytes);  // unreadable on both sides
     uint8_t* const stack = memory.place(bytes, guard::Placement::againstStart, guard::Fill::one);
     visitAll([&](const kro::Kernels&, const std::string&, const std::function<void()>& work) {
@@ -165,7 +169,7 @@ const std::function<void()>* signalWork = nullptr;
 void onSignal(int) { (*signalWork)(); }
 
 TEST(Stack, AnAlternateSignalStackOf32KibibytesSuffices) {
-    if (reducedRun) {
+    if (sanitizedRun) {
         GTEST_SKIP() << "sanitizers use the stack too";
     }
     constexpr size_t bytes = 32 * 1024;

@@ -47,6 +47,11 @@ struct NeonLanes {
     static KRO_INLINE Lanes absolute(Lanes a) { return of(vabsq_s16(s16(a))); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return of(vcgtq_s16(s16(a), s16(b))); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return vbslq_u8(m, yes, no); }
+    // Selections by a mask that the compiler knows would become look-ups in two registers, which take longer.
+    static KRO_INLINE Mask unknown(Mask mask) {
+        __asm__("" : "+w"(mask));
+        return mask;
+    }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return vorrq_u8(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return of(vminq_s16(vmaxq_s16(s16(a), vdupq_n_s16(0)), s16(top)));
@@ -94,7 +99,7 @@ struct NeonBytes : NeonLanes {
 
     static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, all(255)); }
     // Bits are selected, so even columns may come from bytes whose odd ones are anything.
-    static KRO_INLINE Vector combine(Vector even, Vector odd) { return vbslq_u8(all(0x00FF), even, odd); }
+    static KRO_INLINE Vector combine(Vector even, Vector odd) { return select(unknown(all(0x00FF)), even, odd); }
     static KRO_INLINE Vector evenOnly(Vector v) { return v; }
     // Two channels of signed lanes, saturated to the high bytes of lanes; those of the even columns move down.
     static KRO_INLINE void packPair(Lanes evenA, Lanes oddA, Lanes evenB, Lanes oddB, Vector& a, Vector& b) {
@@ -153,7 +158,7 @@ struct NeonWords : NeonLanes {
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return of(vrhaddq_u16(u16(a), u16(b))); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_u8(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) {
-        return select(of(vdupq_n_u32(0x0000FFFF)), even, odd);
+        return select(unknown(of(vdupq_n_u32(0x0000FFFF))), even, odd);
     }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
         const uint64x2_t found = vreinterpretq_u64_u8(bitAnd(a, all(bits)));
