@@ -144,7 +144,8 @@ public:
     }
 
 private:
-    // A single step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single cells.
+    // A single step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single
+    // cells.
     void countInstructions(const Case& each, const Table& table) const {
         if (options_.sizes.empty()) {
             countInstructions(each, table, {table.instructionSet == "scalar" ? 64 : 320, 12, false});

@@ -32,7 +32,8 @@ bool processorHas(const std::vector<std::string>& wanted) {
         capabilities = entry[0] == AT_HWCAP ? entry[1] : capabilities;
     }
     const bool neon = (capabilities & 1ul << 12) != 0;
-    return std::all_of(wanted.begin(), wanted.end(), [=](const std::string& name) { return name == "fpu=neon" && neon; });
+    return std::all_of(wanted.begin(), wanted.end(),
+                       [=](const std::string& name) { return name == "fpu=neon" && neon; });
 }
 #else
 bool processorHas(const std::vector<std::string>& wanted) {
