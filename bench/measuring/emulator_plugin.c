@@ -24,8 +24,8 @@ extern void qemu_plugin_register_vcpu_tb_trans_cb(PluginId id,
 extern size_t qemu_plugin_tb_n_insns(const struct qemu_plugin_tb* block);
 extern void qemu_plugin_register_vcpu_tb_exec_inline(struct qemu_plugin_tb* block, int operation, void* counter,
                                                      uint64_t amount);
-typedef void (*OnSystemCall)(PluginId id, unsigned int processor, int64_t number, uint64_t a1, uint64_t a2, uint64_t a3,
-                             uint64_t a4, uint64_t a5, uint64_t a6, uint64_t a7, uint64_t a8);
+typedef void (*OnSystemCall)(PluginId id, unsigned int processor, int64_t number, uint64_t a1, uint64_t a2,
+                             uint64_t a3, uint64_t a4, uint64_t a5, uint64_t a6, uint64_t a7, uint64_t a8);
 extern void qemu_plugin_register_vcpu_syscall_cb(PluginId id, OnSystemCall called);
 
 #define EXPORT __attribute__((visibility("default")))
@@ -38,8 +38,8 @@ static void onTranslation(PluginId id, struct qemu_plugin_tb* block) {
     qemu_plugin_register_vcpu_tb_exec_inline(block, addOne, &executed, qemu_plugin_tb_n_insns(block));
 }
 
-static void onSystemCall(PluginId id, unsigned int processor, int64_t number, uint64_t magic, uint64_t pipe, uint64_t a3,
-                         uint64_t a4, uint64_t a5, uint64_t a6, uint64_t a7, uint64_t a8) {
+static void onSystemCall(PluginId id, unsigned int processor, int64_t number, uint64_t magic, uint64_t pipe,
+                         uint64_t a3, uint64_t a4, uint64_t a5, uint64_t a6, uint64_t a7, uint64_t a8) {
     (void)id, (void)processor, (void)a3, (void)a4, (void)a5, (void)a6, (void)a7, (void)a8;
     if ((int32_t)number == countCall && (uint32_t)magic == countMagic) {
         dprintf((int)pipe, "%" PRIu64 "\n", executed);
