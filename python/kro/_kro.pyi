@@ -1,0 +1,29 @@
+from typing import Any, Optional, Tuple, TypeVar, Union, overload
+
+import numpy
+from _typeshed import ReadableBuffer
+
+version: str
+
+class CopyWarning(RuntimeWarning): ...
+
+# Not every checker knows that an array has the buffer protocol.
+_Frame = Union[ReadableBuffer, "numpy.ndarray[Any, Any]"]
+_Out = TypeVar("_Out")
+
+@overload  # type: ignore[misc]  # None is no memory to write into
+def convert(frame: _Frame, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
+            algorithm: str = "edge", output: Union[str, int] = "RGB8", out: None = None, threads: Optional[int] = None,
+            bits: Optional[int] = None) -> "numpy.ndarray[Any, Any]": ...
+@overload
+def convert(frame: _Frame, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
+            algorithm: str = "edge", output: Union[str, int] = "RGB8", out: _Out, threads: Optional[int] = None,
+            bits: Optional[int] = None) -> _Out: ...
+
+def formats() -> "list[Any]": ...
+def input_name(format: Union[str, int]) -> str: ...
+def output_name(format: Union[str, int]) -> str: ...
+def row(format: str, samples: int) -> Tuple[str, int]: ...
+def layout(path: str, bytes: int, format: str, size: str, skip: int, stride: int, big_endian: bool,
+           ignore_rest: bool) -> Tuple[str, int, int, int, int, bool]: ...
+def contained_name(path: str, format: str, maximum: int) -> str: ...
