@@ -19,12 +19,14 @@ function ask(kind, request) {
         const id = ++questions;
         asked.set(id, { resolve, reject });
         worker.postMessage({ id, kind, request });
+        document.documentElement.dataset.busy = 'yes';
     });
 }
 
 worker.onmessage = ({ data: { id, result, error } }) => {
     const { resolve, reject } = asked.get(id);
     asked.delete(id);
+    document.documentElement.dataset.busy = asked.size > 0 ? 'yes' : 'no';
     error === undefined ? resolve(result) : reject(new Error(error));
 };
 worker.onerror = (event) => complain(`The page's worker failed: ${event.message ?? 'it cannot be loaded'}`);
