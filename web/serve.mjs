@@ -6,8 +6,13 @@ import { createServer } from 'node:http';
 import { extname, join, resolve, sep } from 'node:path';
 import { pathToFileURL } from 'node:url';
 
-const types = { '.html': 'text/html; charset=utf-8', '.css': 'text/css; charset=utf-8', '.js': 'text/javascript; charset=utf-8',
-    '.json': 'application/json', '.wasm': 'application/wasm' };
+const types = {
+    '.html': 'text/html; charset=utf-8',
+    '.css': 'text/css; charset=utf-8',
+    '.js': 'text/javascript; charset=utf-8',
+    '.json': 'application/json',
+    '.wasm': 'application/wasm',
+};
 
 async function answer(folder, request, response) {
     const { pathname } = new URL(request.url, 'http://localhost');
@@ -17,8 +22,11 @@ async function answer(folder, request, response) {
         response.writeHead(404, { 'Content-Type': 'text/plain' }).end('not found\n');
         return;
     }
-    response.writeHead(200, { 'Content-Type': types[extname(path)] ?? 'application/octet-stream',
-        'Content-Length': found.size, 'Cache-Control': 'no-cache' });
+    response.writeHead(200, {
+        'Content-Type': types[extname(path)] ?? 'application/octet-stream',
+        'Content-Length': found.size,
+        'Cache-Control': 'no-cache',
+    });
     createReadStream(path).pipe(response);
 }
 

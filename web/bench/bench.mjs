@@ -5,11 +5,16 @@ import { pathToFileURL } from 'node:url';
 
 import * as plain from './plain.mjs';
 
-const [folder, width = 2592, height = 1944, rounds = 25] = process.argv.slice(2).map((x, i) => (i === 0 ? x : Number(x)));
+const [folder, width = 2592, height = 1944, rounds = 25] = process.argv
+    .slice(2)
+    .map((x, i) => (i === 0 ? x : Number(x)));
 const { load } = await import(pathToFileURL(join(resolve(folder), 'kro.js')));
 const modules = [await load({ vectors: true }), await load({ vectors: false })];
 
-const samples = Uint8Array.from({ length: width * height }, (_, i) => 128 + 90 * Math.sin(i / 37) + ((i * 2654435761) >>> 27));
+const samples = Uint8Array.from(
+    { length: width * height },
+    (_, i) => 128 + 90 * Math.sin(i / 37) + ((i * 2654435761) >>> 27),
+);
 const pixels = new Uint8Array(3 * samples.length);
 
 function candidates(algorithm) {
@@ -17,13 +22,19 @@ function candidates(algorithm) {
     const list = [['plain JavaScript', () => plain[algorithm](samples, width, height, pixels)]];
     for (const kro of modules) {
         const place = kro.reserve(options);
-        list.push([`${kro.instructionSet}, in the module's memory`, () => {
-            if (place[0] !== samples[0]) {
-                place.set(samples);
-            }
-            return kro.convert(place, { ...options, borrow: true }).data;
-        }]);
-        list.push([`${kro.instructionSet}, copied in and out`, () => kro.convert(samples, { ...options, into: pixels }).data]);
+        list.push([
+            `${kro.instructionSet}, in the module's memory`,
+            () => {
+                if (place[0] !== samples[0]) {
+                    place.set(samples);
+                }
+                return kro.convert(place, { ...options, borrow: true }).data;
+            },
+        ]);
+        list.push([
+            `${kro.instructionSet}, copied in and out`,
+            () => kro.convert(samples, { ...options, into: pixels }).data,
+        ]);
         list.push([`${kro.instructionSet}, into a new picture`, () => kro.convert(samples, options).data]);
     }
     return list;
@@ -44,6 +55,7 @@ for (const algorithm of ['bilinear', 'edge']) {
     }
     console.log(`${algorithm}, ${width}x${height} BayerRG8 to RGB8, best of ${rounds}`);
     for (const { name, best } of list) {
-        console.log(`  ${name.padEnd(36)} ${best.toFixed(2).padStart(8)} ms ${(list[0].best / best).toFixed(1).padStart(6)} x`);
+        const times = (list[0].best / best).toFixed(1);
+        console.log(`  ${name.padEnd(36)} ${best.toFixed(2).padStart(8)} ms ${times.padStart(6)} x`);
     }
 }

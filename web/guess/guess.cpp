@@ -1,5 +1,5 @@
 // What a raw file can be, by the command's own rules: its name first, then its bytes. A call answers in JSON.
-#include <kro/kro.hpp>
+#include <algorithm>
 
 #include "frames/inference.hpp"
 #include "guess/guess.hpp"
@@ -10,6 +10,8 @@
 namespace {
 
 using namespace cli;
+
+constexpr std::size_t mostShown = 6;
 
 std::string name;
 guess::Material material;
@@ -102,7 +104,9 @@ KRO_WEB(byBytes)
 const char* byBytes(double length) {
     material.length = static_cast<uint64_t>(length);
     answer.clear();
-    for (const guess::Answer& meant : guess::answersFor(material)) {
+    std::vector<guess::Answer> answers = guess::answersFor(material);
+    answers.resize(std::min(answers.size(), mostShown));
+    for (const guess::Answer& meant : answers) {
         answer += (answer.empty() ? "[" : ",") + json(meant, meant.phase());
         if (meant.exchangedPhase() != meant.phase()) {
             answer += "," + json(meant, meant.exchangedPhase());

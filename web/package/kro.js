@@ -18,8 +18,24 @@ const recordBytes = 4 * (recordWords.source + recordWords.picture + recordWords.
 
 const leastSide = 4;
 const mostSamples = 2 ** 30;
-const optionNames = new Set(['format', 'width', 'height', 'algorithm', 'output', 'stride', 'outputStride', 'bits',
-    'bigEndian', 'leftAligned', 'fullRange', 'alpha', 'firstRow', 'rowCount', 'into', 'borrow']);
+const optionNames = new Set([
+    'format',
+    'width',
+    'height',
+    'algorithm',
+    'output',
+    'stride',
+    'outputStride',
+    'bits',
+    'bigEndian',
+    'leftAligned',
+    'fullRange',
+    'alpha',
+    'firstRow',
+    'rowCount',
+    'into',
+    'borrow',
+]);
 
 // ---- what came and what was expected ----
 
@@ -73,7 +89,8 @@ function oneOf(name, value, choices, hint) {
 function bytesOf(name, value) {
     const isView = ArrayBuffer.isView(value);
     const buffer = isView ? value.buffer : value;
-    const isBuffer = buffer instanceof ArrayBuffer ||
+    const isBuffer =
+        buffer instanceof ArrayBuffer ||
         (typeof SharedArrayBuffer !== 'undefined' && buffer instanceof SharedArrayBuffer);
     if (!isBuffer) {
         throw wrongType(name, value, 'an ArrayBuffer, or a typed array or DataView of one');
@@ -88,8 +105,9 @@ function bytesOf(name, value) {
 // ---- the module ----
 
 // () => i8x16.popcnt(i8x16.splat(0)): what an engine without vectors does not accept.
-const vectorProbe = new Uint8Array([0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0,
-    65, 0, 253, 15, 253, 98, 11]);
+const vectorProbe = new Uint8Array([
+    0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0, 65, 0, 253, 15, 253, 98, 11,
+]);
 
 /** Whether this engine runs kro.wasm; it takes kro-scalar.wasm where not. */
 export function hasVectors() {
@@ -121,8 +139,8 @@ async function moduleFrom(source) {
  */
 export async function load({ wasm, vectors = hasVectors() } = {}) {
     flag('vectors', vectors);
-    const source = wasm ?? (vectors ? new URL('./kro.wasm', import.meta.url)
-        : new URL('./kro-scalar.wasm', import.meta.url));
+    const source =
+        wasm ?? (vectors ? new URL('./kro.wasm', import.meta.url) : new URL('./kro-scalar.wasm', import.meta.url));
     return new Kro(await WebAssembly.instantiate(await moduleFrom(source)));
 }
 
@@ -151,8 +169,11 @@ class Kro {
         const samples = bytesOf('bytes', bytes);
         const call = this.#checked(options);
         if (samples.length < call.frameBytes) {
-            throw new RangeError(`kro: bytes has ${samples.length}, expected at least ${call.frameBytes} for a frame of ` +
-                `${call.width}x${call.height} ${call.format.name}${call.stride === 0 ? '' : ` with a stride of ${call.stride}`}`);
+            const apart = call.stride === 0 ? '' : ` with a stride of ${call.stride}`;
+            throw new RangeError(
+                `kro: bytes has ${samples.length}, expected at least ${call.frameBytes} for a frame of ` +
+                    `${call.width}x${call.height} ${call.format.name}${apart}`,
+            );
         }
         const into = call.into === undefined ? undefined : this.#target(call);
         const frame = this.#place(samples, call);
@@ -169,7 +190,12 @@ class Kro {
 
     /** Bytes of a row of `width` samples or pixels (of one plane): the smallest stride. */
     rowBytes(format, width) {
-        const { code } = this.#known('format', format, [...this.#byName.keys()], 'the name of a format of frames or pictures');
+        const { code } = this.#known(
+            'format',
+            format,
+            [...this.#byName.keys()],
+            'the name of a format of frames or pictures',
+        );
         return this.#exports.kroRowBytes(code, integer('width', width, 1, mostSamples / leastSide)) >>> 0;
     }
 
@@ -184,12 +210,21 @@ class Kro {
     }
 
     #format(index) {
-        const [code, name, nameLength, bits, layout, ofWords, sites, planes] =
-            new Int32Array(this.#memory.buffer, this.#exports.formatAt(index), 8);
+        const [code, name, nameLength, bits, layout, ofWords, sites, planes] = new Int32Array(
+            this.#memory.buffer,
+            this.#exports.formatAt(index),
+            8,
+        );
         const format = Object.freeze({
-            name: this.#text(name).slice(0, nameLength), code: code >>> 0, bits,
-            isFrame: layout >= 0, layout, inWords: ofWords === 1, sites: this.#text(sites),
-            isPicture: planes > 0, planes,
+            name: this.#text(name).slice(0, nameLength),
+            code: code >>> 0,
+            bits,
+            isFrame: layout >= 0,
+            layout,
+            inWords: ofWords === 1,
+            sites: this.#text(sites),
+            isPicture: planes > 0,
+            planes,
         });
         this.#byName.set(format.name, format);
         return format;
@@ -207,13 +242,25 @@ class Kro {
         }
         for (const name of Object.keys(options)) {
             if (!optionNames.has(name)) {
-                throw new TypeError(`kro: there is no option ${shown(name)}, expected ${[...optionNames].join(', ')}`);
+                throw new TypeError(
+                    `kro: there is no option ${shown(name)}, expected ${[...optionNames].join(', ')}`,
+                );
             }
         }
         const { algorithm = 'edge', output = 'RGBa8', stride = 0, bits = 0, firstRow = 0 } = options;
         const call = { ...options, algorithm, output, stride, bits, firstRow };
-        call.format = this.#known('format', options.format, this.frameFormats, 'the name of a format of frames, such as BayerRG8');
-        call.output = this.#known('output', output, this.pictureFormats, 'the name of a format of pictures, such as RGBa8');
+        call.format = this.#known(
+            'format',
+            options.format,
+            this.frameFormats,
+            'the name of a format of frames, such as BayerRG8',
+        );
+        call.output = this.#known(
+            'output',
+            output,
+            this.pictureFormats,
+            'the name of a format of pictures, such as RGBa8',
+        );
         oneOf('algorithm', algorithm, algorithms, algorithms.join(', '));
         this.#checkSize(call);
         this.#checkSamples(call);
@@ -225,19 +272,27 @@ class Kro {
         integer('width', call.width, leastSide, mostSamples / leastSide);
         integer('height', call.height, leastSide, mostSamples / leastSide);
         if (call.width * call.height > mostSamples) {
-            throw new RangeError(`kro: width x height is ${call.width}x${call.height}, expected at most ${mostSamples} samples`);
+            throw new RangeError(
+                `kro: width x height is ${call.width}x${call.height}, expected at most ${mostSamples} samples`,
+            );
         }
         const row = this.rowBytes(call.format.name, call.width);
         const apart = Math.abs(integer('stride', call.stride, -mostSamples, mostSamples));
         if (apart !== 0 && apart < row) {
-            throw wrongValue('stride', call.stride, `0 or at least the ${row} bytes of a row of ${call.width} ${call.format.name}`);
+            throw wrongValue(
+                'stride',
+                call.stride,
+                `0 or at least the ${row} bytes of a row of ${call.width} ${call.format.name}`,
+            );
         }
         if (call.format.inWords && apart % 2 !== 0) {
             throw wrongValue('stride', call.stride, 'an even number, as samples are words');
         }
         // Without gaps groups of packed samples run on over the ends of rows.
-        call.frameBytes = apart === 0 ? this.#exports.kroRowBytes(call.format.code, call.width * call.height) >>> 0
-            : apart * (call.height - 1) + row;
+        call.frameBytes =
+            apart === 0
+                ? this.#exports.kroRowBytes(call.format.code, call.width * call.height) >>> 0
+                : apart * (call.height - 1) + row;
     }
 
     #checkSamples(call) {
@@ -245,7 +300,11 @@ class Kro {
         integer('bits', call.bits, 0, 16);
         const fits = call.bits === 0 || call.bits === format.bits || (format.inWords && call.bits >= 8);
         if (!fits) {
-            throw wrongValue('bits', call.bits, format.inWords ? '0, or 8 to 16' : `0 or the ${format.bits} of ${format.name}`);
+            throw wrongValue(
+                'bits',
+                call.bits,
+                format.inWords ? '0, or 8 to 16' : `0 or the ${format.bits} of ${format.name}`,
+            );
         }
         for (const name of ['bigEndian', 'leftAligned', 'fullRange', 'borrow']) {
             call[name] = flag(name, call[name] ?? false);
@@ -260,16 +319,25 @@ class Kro {
     #checkPicture(call) {
         const { output } = call;
         integer('firstRow', call.firstRow, 0, call.height - 1);
-        call.rowCount = integer('rowCount', call.rowCount ?? call.height - call.firstRow, 1, call.height - call.firstRow);
+        call.rowCount = integer(
+            'rowCount',
+            call.rowCount ?? call.height - call.firstRow,
+            1,
+            call.height - call.firstRow,
+        );
         if (call.alpha !== undefined) {
             integer('alpha', call.alpha, 0, 2 ** output.bits - 1);
         }
         call.rowBytes = this.rowBytes(output.name, call.width);
-        call.outputStride = integer('outputStride', call.outputStride ?? call.rowBytes, 0, mostSamples) || call.rowBytes;
+        call.outputStride =
+            integer('outputStride', call.outputStride ?? call.rowBytes, 0, mostSamples) || call.rowBytes;
         if (call.outputStride < call.rowBytes || call.outputStride % (output.bits / 8) !== 0) {
-            throw wrongValue('outputStride', call.outputStride,
+            throw wrongValue(
+                'outputStride',
+                call.outputStride,
                 `0 or at least the ${call.rowBytes} bytes of a row of ${call.width} ${output.name}` +
-                `${output.bits === 16 ? ', an even number' : ''}`);
+                    `${output.bits === 16 ? ', an even number' : ''}`,
+            );
         }
         if (call.borrow && (call.into !== undefined || call.outputStride !== call.rowBytes)) {
             throw wrongValue('borrow', true, 'false together with into or outputStride, which ask for a copy');
@@ -290,8 +358,11 @@ class Kro {
         try {
             this.#memory.grow(pages);
         } catch (error) {
-            throw new RangeError(`kro: no memory for a frame of ${call.width}x${call.height} ${call.format.name} and its ` +
-                `picture in ${call.output.name}, ${Math.ceil(bytes / 2 ** 20)} MiB together`, { cause: error });
+            throw new RangeError(
+                `kro: no memory for a frame of ${call.width}x${call.height} ${call.format.name} and its ` +
+                    `picture in ${call.output.name}, ${Math.ceil(bytes / 2 ** 20)} MiB together`,
+                { cause: error },
+            );
         }
     }
 
@@ -321,11 +392,24 @@ class Kro {
         const records = new Int32Array(this.#memory.buffer, this.#records, recordBytes / 4);
         records.set([first, stride, height, width, format.code]);
         records.set([...planes, 0, 0, 0, 0, output.code], recordWords.source);
-        records.set([4 * recordWords.options, algorithms.indexOf(call.algorithm), set, call.alpha ?? 0, call.bits,
-            call.firstRow, call.rowCount], recordWords.source + recordWords.picture);
+        records.set(
+            [
+                4 * recordWords.options,
+                algorithms.indexOf(call.algorithm),
+                set,
+                call.alpha ?? 0,
+                call.bits,
+                call.firstRow,
+                call.rowCount,
+            ],
+            recordWords.source + recordWords.picture,
+        );
         const at = this.#records;
-        const status = this.#exports.kroConvertView(at, at + 4 * recordWords.source,
-            at + 4 * (recordWords.source + recordWords.picture));
+        const status = this.#exports.kroConvertView(
+            at,
+            at + 4 * recordWords.source,
+            at + 4 * (recordWords.source + recordWords.picture),
+        );
         if (status !== 0) {
             throw new RangeError(`kro: ${statusTexts[status] ?? `status ${status}`}`);
         }
@@ -338,11 +422,15 @@ class Kro {
         const bytes = bytesOf('into', into);
         const needed = outputBytes(call);
         if (bytes.length < needed) {
-            throw new RangeError(`kro: into has ${bytes.length} bytes, expected at least ${needed} for ${call.rowCount} rows of ` +
-                `${call.width} ${output.name}${call.outputStride === call.rowBytes ? '' : ` ${call.outputStride} bytes apart`}`);
+            throw new RangeError(
+                `kro: into has ${bytes.length} bytes, expected at least ${needed} for ${call.rowCount} rows of ` +
+                    `${call.width} ${output.name}${call.outputStride === call.rowBytes ? '' : ` ${call.outputStride} bytes apart`}`,
+            );
         }
         if (bytes.byteOffset % (output.bits / 8) !== 0) {
-            throw new RangeError(`kro: into begins at byte ${bytes.byteOffset} of its buffer, expected an even one for words`);
+            throw new RangeError(
+                `kro: into begins at byte ${bytes.byteOffset} of its buffer, expected an even one for words`,
+            );
         }
         if (bytes.buffer === this.#memory.buffer) {
             throw new RangeError("kro: into lies in the module's own memory, expected a buffer of yours");
@@ -352,8 +440,12 @@ class Kro {
 
     #picture(call, into) {
         const { output, rowCount } = call;
-        const plane = (i) => new Uint8Array(this.#memory.buffer,
-            this.#pictureAt(call) + i * call.planeBytes + call.firstRow * call.rowBytes, rowCount * call.rowBytes);
+        const plane = (i) =>
+            new Uint8Array(
+                this.#memory.buffer,
+                this.#pictureAt(call) + i * call.planeBytes + call.firstRow * call.rowBytes,
+                rowCount * call.rowBytes,
+            );
         const planes = Array.from({ length: output.planes }, (_, i) => plane(i));
         if (call.borrow && rowCount === call.height) {
             return pictureOf(call, new Uint8Array(this.#memory.buffer, planes[0].byteOffset, call.pictureBytes));
@@ -392,6 +484,8 @@ function pictureOf({ output, width, rowCount, outputStride }, bytes) {
     const Samples = output.bits === 8 ? Uint8Array : Uint16Array;
     const data = new Samples(bytes.buffer, bytes.byteOffset, bytes.byteLength / Samples.BYTES_PER_ELEMENT);
     const planeLength = data.length / output.planes;
-    const planes = Array.from({ length: output.planes }, (_, i) => data.subarray(i * planeLength, (i + 1) * planeLength));
+    const planes = Array.from({ length: output.planes }, (_, i) =>
+        data.subarray(i * planeLength, (i + 1) * planeLength),
+    );
     return { data, planes, width, height: rowCount, stride: outputStride, format: output.name };
 }

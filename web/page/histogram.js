@@ -17,7 +17,14 @@ export function drawHistogram(canvas, counts, isGrey, logarithmic) {
     shown.forEach((histogram, i) => {
         context.strokeStyle = style.getPropertyValue(isGrey ? '--grey' : colourNames[i]);
         context.fillStyle = context.strokeStyle;
-        drawSteps(context, histogram, width, (count) => height - (level(count) / most) * (height - 4 * ratio), height, ratio);
+        drawSteps(
+            context,
+            histogram,
+            width,
+            (count) => height - (level(count) / most) * (height - 4 * ratio),
+            height,
+            ratio,
+        );
     });
 }
 

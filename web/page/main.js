@@ -4,8 +4,16 @@ import { colourAt } from './samples.js';
 import { Views } from './views.js';
 
 const element = (id) => document.getElementById(id);
-const fields = { format: element('format'), width: element('width'), height: element('height'), frame: element('frame'),
-    skip: element('skip'), stride: element('stride'), bits: element('bits'), bigEndian: element('big-endian') };
+const fields = {
+    format: element('format'),
+    width: element('width'),
+    height: element('height'),
+    frame: element('frame'),
+    skip: element('skip'),
+    stride: element('stride'),
+    bits: element('bits'),
+    bigEndian: element('big-endian'),
+};
 const look = { balance: element('balance'), red: element('red'), blue: element('blue'), gamma: element('gamma') };
 
 // ---- the worker ----
@@ -83,8 +91,10 @@ async function open(name, blob) {
         }
         element('looking').hidden = true;
         element('about').textContent = `${name}, ${count(opened.length, 'byte')}`;
-        complain(`Nothing in ${name} looks like rows of samples, and its name does not say size and format, as ` +
-            'scene_1280x960_BayerRG12Packed.raw does. If you know them, enter them.');
+        complain(
+            `Nothing in ${name} looks like rows of samples, and its name does not say size and format, as ` +
+                'scene_1280x960_BayerRG12Packed.raw does. If you know them, enter them.',
+        );
     } catch (error) {
         complain(error.message);
     }
@@ -149,9 +159,16 @@ function readingNow() {
         return null;
     }
     const number = (field) => Number(field.value);
-    return { format: fields.format.value, width: number(fields.width), height: number(fields.height),
-        skip: number(fields.skip), stride: number(fields.stride), bits: number(fields.bits),
-        bigEndian: fields.bigEndian.checked, frame: number(fields.frame) };
+    return {
+        format: fields.format.value,
+        width: number(fields.width),
+        height: number(fields.height),
+        skip: number(fields.skip),
+        stride: number(fields.stride),
+        bits: number(fields.bits),
+        bigEndian: fields.bigEndian.checked,
+        frame: number(fields.frame),
+    };
 }
 
 const convert = coalesced(async () => {
@@ -160,12 +177,11 @@ const convert = coalesced(async () => {
     if (reading === null) {
         return;
     }
-    frame = { ...await ask('convert', reading), format: about.formats.find(({ name }) => name === reading.format) };
+    frame = { ...(await ask('convert', reading)), format: about.formats.find(({ name }) => name === reading.format) };
     content();
     element('looking').hidden = false;
     element('views').style.setProperty('--aspect', frame.width / frame.height);
     element('frame-field').hidden = frame.frames === 1;
-    fields.frame.max = frame.frames;
     sayWhatItIs(reading);
     await lookAgain();
     sayTimes();
@@ -203,8 +219,12 @@ element('reading').addEventListener('submit', (event) => event.preventDefault())
 // ---- looking ----
 
 const lookAgain = coalesced(async () => {
-    const { bitmaps, gains } = await ask('look', { balance: look.balance.value, red: Number(look.red.value),
-        blue: Number(look.blue.value), gamma: Number(look.gamma.value) });
+    const { bitmaps, gains } = await ask('look', {
+        balance: look.balance.value,
+        red: Number(look.red.value),
+        blue: Number(look.blue.value),
+        gamma: Number(look.gamma.value),
+    });
     if (look.balance.value !== 'hand') {
         look.red.value = gains[0];
         look.blue.value = gains[2];
@@ -240,12 +260,15 @@ function drawCounts() {
     const isGrey = format.sites === '';
     drawHistogram(canvas, counts, isGrey, element('logarithmic').checked);
     element('range').textContent = `${counts.least} to ${counts.most}, shown from 0 to ${2 ** counts.bits - 1}`;
-    const means = isGrey ? `mean ${counts.means[1].toFixed(1)}`
-        : `means of red ${counts.means[0].toFixed(1)}, green ${counts.means[1].toFixed(1)}, blue ${counts.means[2].toFixed(1)}`;
+    const [red, green, blue] = counts.means.map((mean) => mean.toFixed(1));
+    const means = isGrey ? `mean ${green}` : `means of red ${red}, green ${green}, blue ${blue}`;
     canvas.setAttribute('aria-label', `Histogram of the samples, ${counts.least} to ${counts.most}, ${means}`);
 }
 element('logarithmic').addEventListener('input', drawCounts);
-for (const change of [[window, 'resize'], [matchMedia('(prefers-color-scheme: dark)'), 'change']]) {
+for (const change of [
+    [window, 'resize'],
+    [matchMedia('(prefers-color-scheme: dark)'), 'change'],
+]) {
     change[0].addEventListener(change[1], () => frame && drawCounts());
 }
 
@@ -269,11 +292,14 @@ function rowOf(algorithm, value) {
     swatch.className = 'swatch';
     swatch.style.background = `rgb(${value})`;
     head.append(swatch, algorithm);
-    row.append(head, ...value.map((part) => {
-        const cell = document.createElement('td');
-        cell.textContent = part;
-        return cell;
-    }));
+    row.append(
+        head,
+        ...value.map((part) => {
+            const cell = document.createElement('td');
+            cell.textContent = part;
+            return cell;
+        }),
+    );
     return row;
 }
 
@@ -324,7 +350,9 @@ async function offerDemos() {
         button.textContent = label;
         button.addEventListener('click', async () => {
             const frameFile = await fetch(`frames/${name}`);
-            frameFile.ok ? open(name, await frameFile.blob()) : complain(`frames/${name} is not there: ${frameFile.status}`);
+            frameFile.ok
+                ? open(name, await frameFile.blob())
+                : complain(`frames/${name} is not there: ${frameFile.status}`);
         });
         element('demos').append(button);
     }
@@ -334,7 +362,7 @@ function offerFormats() {
     const groups = new Map();
     for (const { name, sites } of about.formats) {
         const label = sites === '' ? 'Grey' : `Mosaics that begin with ${sites}`;
-        groups.set(label, [...groups.get(label) ?? [], name]);
+        groups.set(label, [...(groups.get(label) ?? []), name]);
     }
     for (const [label, names] of groups) {
         const group = document.createElement('optgroup');
@@ -347,7 +375,10 @@ function offerFormats() {
 async function begin() {
     about = await ask('about');
     offerFormats();
-    const named = about.instructionSet === 'scalar' ? 'without vectors, which this browser lacks' : `with ${about.instructionSet}`;
+    const named =
+        about.instructionSet === 'scalar'
+            ? 'without vectors, which this browser lacks'
+            : `with ${about.instructionSet}`;
     element('engine').textContent = `WebAssembly ${named}`;
     views = new Views(element('views'), element('view'), about.algorithms, {
         point: (pixel) => {
@@ -355,7 +386,8 @@ async function begin() {
             readPixel();
         },
         scaled: (scale) => {
-            element('scale').value = scale >= 1 ? `${Number(scale.toFixed(2))}:1` : `${(100 * scale).toFixed(0)} %`;
+            element('scale').value =
+                scale > 0.995 ? `${Number(scale.toFixed(2))}:1` : `${(100 * scale).toFixed(0)} %`;
         },
         png: download,
     });

@@ -20,7 +20,12 @@ export class Views {
         this.#listeners = listeners;
         this.#views = algorithms.map((algorithm) => {
             const figure = template.content.firstElementChild.cloneNode(true);
-            const view = { algorithm, figure, canvas: figure.querySelector('canvas'), time: figure.querySelector('.time') };
+            const view = {
+                algorithm,
+                figure,
+                canvas: figure.querySelector('canvas'),
+                time: figure.querySelector('.time'),
+            };
             figure.querySelector('.name').textContent = algorithm;
             const png = figure.querySelector('.png');
             png.setAttribute('aria-label', `Download the ${algorithm} picture as PNG`);
@@ -37,7 +42,10 @@ export class Views {
         for (const view of this.#views) {
             view.bitmap?.close();
             view.bitmap = bitmaps[view.algorithm];
-            view.canvas.setAttribute('aria-label', `${view.algorithm}, ${width} by ${height} pixels; arrows move the pixel, plus and minus magnify`);
+            view.canvas.setAttribute(
+                'aria-label',
+                `${view.algorithm}, ${width} by ${height} pixels; arrows move the pixel, plus and minus magnify`,
+            );
         }
         if (width !== this.#size.width || height !== this.#size.height) {
             this.#size = { width, height };
@@ -97,12 +105,18 @@ export class Views {
 
     #toCanvas({ x, y }) {
         const { width, height } = this.#canvasSize();
-        return { x: (x - this.#centre.x) * this.#scale + width / 2, y: (y - this.#centre.y) * this.#scale + height / 2 };
+        return {
+            x: (x - this.#centre.x) * this.#scale + width / 2,
+            y: (y - this.#centre.y) * this.#scale + height / 2,
+        };
     }
 
     #toPicture({ x, y }) {
         const { width, height } = this.#canvasSize();
-        return { x: (x - width / 2) / this.#scale + this.#centre.x, y: (y - height / 2) / this.#scale + this.#centre.y };
+        return {
+            x: (x - width / 2) / this.#scale + this.#centre.x,
+            y: (y - height / 2) / this.#scale + this.#centre.y,
+        };
     }
 
     // ---- how they change ----
@@ -157,10 +171,14 @@ export class Views {
     // ---- hands ----
 
     #listen(canvas) {
-        canvas.addEventListener('wheel', (event) => {
-            event.preventDefault();
-            this.#zoom(Math.exp(-event.deltaY * (event.deltaMode === 1 ? 0.05 : 0.002)), placeOf(event));
-        }, { passive: false });
+        canvas.addEventListener(
+            'wheel',
+            (event) => {
+                event.preventDefault();
+                this.#zoom(Math.exp(-event.deltaY * (event.deltaMode === 1 ? 0.05 : 0.002)), placeOf(event));
+            },
+            { passive: false },
+        );
         canvas.addEventListener('pointerdown', (event) => {
             canvas.setPointerCapture(event.pointerId);
             this.#pointers.set(event.pointerId, { ...placeOf(event), moved: 0 });
@@ -202,7 +220,13 @@ export class Views {
     #keyPressed(event) {
         const far = event.shiftKey ? 10 : 1;
         const moves = { ArrowLeft: [-far, 0], ArrowRight: [far, 0], ArrowUp: [0, -far], ArrowDown: [0, far] };
-        const keys = { '+': () => this.larger(), '=': () => this.larger(), '-': () => this.smaller(), 0: () => this.fit(), 1: () => this.zoomTo(1) };
+        const keys = {
+            '+': () => this.larger(),
+            '=': () => this.larger(),
+            '-': () => this.smaller(),
+            0: () => this.fit(),
+            1: () => this.zoomTo(1),
+        };
         if (event.ctrlKey || event.metaKey || event.altKey || !(event.key in moves || event.key in keys)) {
             return;
         }
@@ -213,7 +237,10 @@ export class Views {
     #step(x, y) {
         const { width, height } = this.#size;
         const from = this.#pixel ?? { x: Math.floor(this.#centre.x), y: Math.floor(this.#centre.y) };
-        const to = { x: Math.min(width - 1, Math.max(0, from.x + x)), y: Math.min(height - 1, Math.max(0, from.y + y)) };
+        const to = {
+            x: Math.min(width - 1, Math.max(0, from.x + x)),
+            y: Math.min(height - 1, Math.max(0, from.y + y)),
+        };
         this.#point(to);
         const at = this.#toCanvas({ x: to.x + 0.5, y: to.y + 0.5 });
         const size = this.#canvasSize();
@@ -250,10 +277,19 @@ export class Views {
         const scale = this.#scale * ratio;
         context.imageSmoothingEnabled = scale < 1;
         context.imageSmoothingQuality = 'medium';
-        context.drawImage(bitmap, Math.round(origin.x * ratio), Math.round(origin.y * ratio),
-            Math.round(this.#size.width * scale), Math.round(this.#size.height * scale));
+        context.drawImage(
+            bitmap,
+            Math.round(origin.x * ratio),
+            Math.round(origin.y * ratio),
+            Math.round(this.#size.width * scale),
+            Math.round(this.#size.height * scale),
+        );
         if (this.#pixel) {
-            drawMark(context, { x: origin.x * ratio + this.#pixel.x * scale, y: origin.y * ratio + this.#pixel.y * scale }, scale);
+            drawMark(
+                context,
+                { x: origin.x * ratio + this.#pixel.x * scale, y: origin.y * ratio + this.#pixel.y * scale },
+                scale,
+            );
         }
     }
 }
@@ -267,7 +303,10 @@ function placeOf(event) {
 function drawMark(context, { x, y }, scale) {
     const room = Math.max(scale, 8);
     const shift = (room - scale) / 2;
-    for (const [colour, line] of [['#000', 4], ['#fff', 2]]) {
+    for (const [colour, line] of [
+        ['#000', 4],
+        ['#fff', 2],
+    ]) {
         context.strokeStyle = colour;
         context.lineWidth = line;
         context.strokeRect(x - shift - 2, y - shift - 2, room + 4, room + 4);

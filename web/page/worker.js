@@ -33,7 +33,7 @@ const requests = {
             throw new Error(`${name} is a picture already (${kind}), expected the bytes of a raw frame`);
         }
         file = { name, bytes };
-        return { length: bytes.length, ...await readings() };
+        return { length: bytes.length, ...(await readings()) };
     },
 
     others() {
@@ -85,7 +85,14 @@ async function readings() {
 
 function optionsOf({ format, width, height, stride, bits, bigEndian }) {
     const inWords = named(format)?.inWords ?? false;
-    return { format, width, height, stride: stride || 0, bits: inWords ? bits || 0 : 0, bigEndian: inWords && Boolean(bigEndian) };
+    return {
+        format,
+        width,
+        height,
+        stride: stride || 0,
+        bits: inWords ? bits || 0 : 0,
+        bigEndian: inWords && Boolean(bigEndian),
+    };
 }
 
 // Where the frame begins in the file, and how many there are.
@@ -97,10 +104,14 @@ function layoutOf({ skip = 0, frame: number = 1 }, options, lenient = false) {
     const what = `${options.width}x${options.height} ${options.format}`;
     if (!lenient && frames === 0) {
         const before = skip === 0 ? '' : ` behind the first ${skip}`;
-        throw new Error(`${file.name} has ${Math.max(0, there)} bytes${before}, expected at least ${needed} for ${what}`);
+        throw new Error(
+            `${file.name} has ${Math.max(0, there)} bytes${before}, expected at least ${needed} for ${what}`,
+        );
     }
     if (!lenient && number > frames) {
-        throw new Error(`${file.name} holds ${frames} of ${what}, expected a frame from 1 to ${frames}, not ${number}`);
+        throw new Error(
+            `${file.name} holds ${frames} of ${what}, expected a frame from 1 to ${frames}, not ${number}`,
+        );
     }
     return { start: skip + (number - 1) * apart, frames, rest: Math.max(0, there - frames * apart) };
 }
@@ -108,8 +119,9 @@ function layoutOf({ skip = 0, frame: number = 1 }, options, lenient = false) {
 // The samples as numbers: the frame read as a grey one of the same layout.
 function rawSamples(place, options, format) {
     const bits = format.inWords ? 16 : format.bits;
-    const grey = kro.formats.find((other) => other.isFrame && other.sites === '' && other.layout === format.layout &&
-        other.bits === bits);
+    const grey = kro.formats.find(
+        (other) => other.isFrame && other.sites === '' && other.layout === format.layout && other.bits === bits,
+    );
     return kro.convert(place, { ...options, format: grey.name, bits: 0, output: 'Mono16' }).data;
 }
 

@@ -1,4 +1,4 @@
-// Arguments that are none: the exception names the argument, what came and what was expected, and the instance goes on.
+// Arguments that are none: the exception names the argument, what came and what was expected; the instance goes on.
 import { strict as assert } from 'node:assert';
 import { test } from 'node:test';
 
@@ -47,9 +47,11 @@ for (const kro of both) {
     const stillRight = () => assert.equal(kro.convert(bytes, good).data.length, 192);
 
     for (const [name, value, type, message] of wrong) {
-        test(`${kro.instructionSet}: ${name} ${typeof value === 'bigint' ? `${value}n` : JSON.stringify(value)}`, () => {
-            assert.throws(() => kro.convert(bytes, { ...good, [name]: value }),
-                (error) => error instanceof type && message.test(error.message));
+        test(`${kro.instructionSet}: ${name} ${typeof value} ${String(value)}`, () => {
+            assert.throws(
+                () => kro.convert(bytes, { ...good, [name]: value }),
+                (error) => error instanceof type && message.test(error.message),
+            );
             stillRight();
         });
     }
@@ -58,12 +60,17 @@ for (const kro of both) {
         for (const value of [undefined, null, 48, 'frame', [1, 2, 3], {}, Symbol('frame')]) {
             assert.throws(() => kro.convert(value, good), /bytes is .*, expected an ArrayBuffer, or a typed array/);
         }
-        assert.throws(() => kro.convert(bytes.subarray(1), good),
-            /bytes has 47, expected at least 48 for a frame of 8x6 BayerRG8/);
+        assert.throws(
+            () => kro.convert(bytes.subarray(1), good),
+            /bytes has 47, expected at least 48 for a frame of 8x6 BayerRG8/,
+        );
         const gone = new Uint8Array(48);
         structuredClone(gone.buffer, { transfer: [gone.buffer] });
         assert.throws(() => kro.convert(gone, good), /bytes has 0, expected at least 48/);
-        assert.throws(() => kro.convert(bytes), /options is undefined, expected an object with format, width and height/);
+        assert.throws(
+            () => kro.convert(bytes),
+            /options is undefined, expected an object with format, width and height/,
+        );
         stillRight();
     });
 
@@ -73,8 +80,14 @@ for (const kro of both) {
             [{ ...words, stride: 17 }, /stride is 17, expected an even number, as samples are words/],
             [{ ...words, bits: 7 }, /bits is 7, expected 0, or 8 to 16/],
             [{ ...words, output: 'RGB16', outputStride: 49 }, /outputStride is 49, expected .* an even number/],
-            [{ ...words, output: 'RGB16', into: new Uint8Array(400).subarray(1) }, /into begins at byte 1 of its buffer/],
-            [{ ...words, borrow: true, into: new Uint8Array(400) }, /borrow is true, expected false together with into/],
+            [
+                { ...words, output: 'RGB16', into: new Uint8Array(400).subarray(1) },
+                /into begins at byte 1 of its buffer/,
+            ],
+            [
+                { ...words, borrow: true, into: new Uint8Array(400) },
+                /borrow is true, expected false together with into/,
+            ],
             [{ ...words, into: kro.reserve(words) }, /into (has|lies in the module's own memory)/],
         ];
         for (const [options, message] of refused) {
@@ -85,21 +98,82 @@ for (const kro of both) {
 
     test(`${kro.instructionSet}: more than memory can be`, () => {
         const options = { format: 'Mono8', width: 32768, height: 32768, output: 'RGBa16' };
-        assert.throws(() => kro.reserve(options),
-            /no memory for a frame of 32768x32768 Mono8 and its picture in RGBa16, 92\d\d MiB together/);
+        assert.throws(
+            () => kro.reserve(options),
+            /no memory for a frame of 32768x32768 Mono8 and its picture in RGBa16, 92\d\d MiB together/,
+        );
         stillRight();
     });
 
     test(`${kro.instructionSet}: anything at all`, () => {
-        const values = [undefined, null, true, false, 0, -0, 1, 4, 5, 8, 10, 16, 17, 63, 2 ** 16, 2 ** 30, 2 ** 31, 2 ** 32 + 4,
-            2 ** 53, -1, -8, -64, 0.1, NaN, -Infinity, '', '8', 'edge', 'RGBa8', 'BayerRG12', 'BayerRG12p', 'Mono16', 12n, [],
-            [8], {}, () => 8, Symbol('x'), new Date(0), new Uint8Array(4000), new Uint16Array(3), new ArrayBuffer(9)];
-        const names = ['format', 'width', 'height', 'algorithm', 'output', 'stride', 'outputStride', 'bits', 'bigEndian',
-            'leftAligned', 'fullRange', 'alpha', 'firstRow', 'rowCount', 'into', 'borrow', '__proto__', 'widht'];
+        const values = [
+            undefined,
+            null,
+            true,
+            false,
+            0,
+            -0,
+            1,
+            4,
+            5,
+            8,
+            10,
+            16,
+            17,
+            63,
+            2 ** 16,
+            2 ** 30,
+            2 ** 31,
+            2 ** 32 + 4,
+            2 ** 53,
+            -1,
+            -8,
+            -64,
+            0.1,
+            NaN,
+            -Infinity,
+            '',
+            '8',
+            'edge',
+            'RGBa8',
+            'BayerRG12',
+            'BayerRG12p',
+            'Mono16',
+            12n,
+            [],
+            [8],
+            {},
+            () => 8,
+            Symbol('x'),
+            new Date(0),
+            new Uint8Array(4000),
+            new Uint16Array(3),
+            new ArrayBuffer(9),
+        ];
+        const names = [
+            'format',
+            'width',
+            'height',
+            'algorithm',
+            'output',
+            'stride',
+            'outputStride',
+            'bits',
+            'bigEndian',
+            'leftAligned',
+            'fullRange',
+            'alpha',
+            'firstRow',
+            'rowCount',
+            'into',
+            'borrow',
+            '__proto__',
+            'widht',
+        ];
         let state = 12345;
         const below = (count) => {
             state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
-            return Math.floor(state / 2 ** 32 * count);
+            return Math.floor((state / 2 ** 32) * count);
         };
         const frames = noise(4000);
         let made = 0;

@@ -1,5 +1,5 @@
-// The digests of kro selftest, which come from a per-pixel reference: of both tables of kernels, and of pictures of views
-// that the package's own modules make.
+// The digests of kro selftest, which come from a per-pixel reference: of both tables of kernels, and of pictures of
+// views that the package's own modules make.
 import { strict as assert } from 'node:assert';
 import { readFile, mkdtemp, open, rm } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
@@ -10,15 +10,21 @@ import { WASI } from 'node:wasi';
 import { folder, moduleNames } from './package.mjs';
 
 const digests = await WebAssembly.compile(await readFile(process.env.KRO_DIGESTS));
-const expected = (await readFile(new URL('../../tools/kro/selftest/digests.def', import.meta.url), 'utf8'))
-    .match(/^KRO_DIGEST/gm).length;
+const expected = (await readFile(new URL('../../tools/kro/selftest/digests.def', import.meta.url), 'utf8')).match(
+    /^KRO_DIGEST/gm,
+).length;
 
 async function run(argument, convertView) {
     const temporary = await mkdtemp(join(tmpdir(), 'kro-digests-'));
     const output = await open(join(temporary, 'out'), 'w+');
     try {
-        const wasi = new WASI({ version: 'preview1', args: ['digests', argument], stdout: output.fd, stderr: output.fd,
-            returnOnExit: true });
+        const wasi = new WASI({
+            version: 'preview1',
+            args: ['digests', argument],
+            stdout: output.fd,
+            stderr: output.fd,
+            returnOnExit: true,
+        });
         const instance = await WebAssembly.instantiate(digests, {
             wasi_snapshot_preview1: wasi.wasiImport,
             kro: { convertView: (...records) => convertView(instance.exports.memory, ...records) },
@@ -39,8 +45,8 @@ for (const table of Object.keys(moduleNames)) {
     });
 }
 
-// A module whose memory holds that of the digests' module as a whole, so that every address is the same in both but for
-// a distance.
+// A module whose memory holds that of the digests' module as a whole, so that every address is the same in both but
+// for a distance.
 class Mirror {
     constructor(instance) {
         this.exports = instance.exports;

@@ -10,7 +10,10 @@ const height = 240;
 const words = scene(width, height);
 const frame = { name: 'scene_320x240_BayerRG12.raw', bytes: bytesOf(words) };
 const nameless = { name: 'capture.bin', bytes: frame.bytes };
-const convert = (options) => new Uint8Array(kro.convert(frame.bytes, { format: 'BayerRG12', width, height, output: 'RGBa8', ...options }).data);
+const convert = (options) =>
+    new Uint8Array(
+        kro.convert(frame.bytes, { format: 'BayerRG12', width, height, output: 'RGBa8', ...options }).data,
+    );
 
 let browser;
 before(async () => {
@@ -23,11 +26,12 @@ const shoot = async (page, name) => {
         await page.tab.screenshot({ path: join(process.env.KRO_SCREENSHOTS, `${name}.png`), fullPage: true });
     }
 };
-const onPage = (name, body, options) => test(name, { timeout: 120000 }, async () => {
-    const page = await browser.open(options);
-    await body(page, page.tab);
-    await page.close();
-});
+const onPage = (name, body, options) =>
+    test(name, { timeout: 120000 }, async () => {
+        const page = await browser.open(options);
+        await body(page, page.tab);
+        await page.close();
+    });
 const valueOf = (tab, selector) => tab.inputValue(selector);
 
 onPage('a chosen file is read as its name says, and shown by each algorithm', async (page, tab) => {
@@ -68,7 +72,10 @@ onPage('a file without a telling name is read by its bytes; the next meaning is 
     assert.deepEqual((await page.png('edge')).pixels, convert({ algorithm: 'edge' }));
     await tab.click('#meanings summary');
     const answers = tab.locator('#answers button');
-    assert.match(await answers.first().textContent(), /^320x240 BayerRG12 \(.*\)little-endian words, values of 12 bits; /);
+    assert.match(
+        await answers.first().textContent(),
+        /^320x240 BayerRG12 \(.*\)little-endian words, values of 12 bits; /,
+    );
     await answers.nth(1).click();
     await page.shows('320x240 BayerBG12');
     assert.deepEqual((await page.png('edge')).pixels, convert({ format: 'BayerBG12' }));
@@ -95,14 +102,24 @@ onPage('each field changes the picture at once, or says what is wrong', async (p
     assert.match(await tab.textContent('#about'), /2 frames · 25,600 bytes left over/);
     await tab.fill('#frame', '2');
     await page.settled();
-    assert.deepEqual((await page.png('edge')).pixels, new Uint8Array(kro.convert(words.subarray(32000), { format: 'BayerRG12',
-        width, height: 100 }).data));
+    assert.deepEqual(
+        (await page.png('edge')).pixels,
+        new Uint8Array(kro.convert(words.subarray(32000), { format: 'BayerRG12', width, height: 100 }).data),
+    );
 
     await tab.fill('#frame', '3');
+    assert.equal(
+        await page.complaint(),
+        'scene_320x240_BayerRG12.raw holds 2 of 320x100 BayerRG12, expected a frame from 1 to 2, not 3',
+    );
+    await tab.fill('#frame', '0');
     assert.match(await page.complaint(), /^Frame: /);
     await tab.fill('#frame', '1');
     await tab.fill('#height', '2000');
-    assert.equal(await page.complaint(), 'scene_320x240_BayerRG12.raw has 153600 bytes, expected at least 1280000 for 320x2000 BayerRG12');
+    assert.equal(
+        await page.complaint(),
+        'scene_320x240_BayerRG12.raw has 153600 bytes, expected at least 1280000 for 320x2000 BayerRG12',
+    );
     await tab.fill('#height', '3');
     assert.match(await page.complaint(), /^Height: /);
     assert.match(await tab.getAttribute('#height', 'class'), /wrong/);
@@ -114,14 +131,21 @@ onPage('each field changes the picture at once, or says what is wrong', async (p
     await tab.click('#more summary');
     await tab.fill('#skip', '1280');
     await page.shows('320x120');
-    assert.deepEqual((await page.png('nearest')).pixels, new Uint8Array(kro.convert(words.subarray(640), { format: 'BayerRG12', width,
-        height: 120, algorithm: 'nearest' }).data));
+    assert.deepEqual(
+        (await page.png('nearest')).pixels,
+        new Uint8Array(
+            kro.convert(words.subarray(640), { format: 'BayerRG12', width, height: 120, algorithm: 'nearest' }).data,
+        ),
+    );
     await tab.fill('#skip', '0');
     await tab.fill('#stride', '1280');
     await page.settled();
     assert.deepEqual((await page.png('edge')).pixels, convert({ height: 120, stride: 1280 }));
     await tab.fill('#stride', '639');
-    assert.match(await page.complaint(), /stride is 639, expected 0 or at least the 640 bytes of a row of 320 BayerRG12/);
+    assert.match(
+        await page.complaint(),
+        /stride is 639, expected 0 or at least the 640 bytes of a row of 320 BayerRG12/,
+    );
     await tab.fill('#stride', '');
     await tab.fill('#bits', '10');
     await page.shows('320x120');
@@ -145,8 +169,10 @@ onPage('balance and gamma are for looking, and can be taken back', async (page, 
     words.forEach((word, i) => {
         sums[(Math.floor(i / width) & 1) + ((i % width) & 1)] += word;
     });
-    const expected = (gains, gamma) => straight.map((value, i) => (i % 4 === 3 ? 255
-        : Math.round(255 * Math.min(1, (value / 255) * gains[i % 4]) ** (1 / gamma))));
+    const expected = (gains, gamma) =>
+        straight.map((value, i) =>
+            i % 4 === 3 ? 255 : Math.round(255 * Math.min(1, (value / 255) * gains[i % 4]) ** (1 / gamma)),
+        );
 
     await tab.selectOption('#balance', 'gray');
     await page.settled();
@@ -166,7 +192,10 @@ onPage('balance and gamma are for looking, and can be taken back', async (page, 
     await tab.click('#as-converted');
     await page.settled();
     assert.deepEqual((await page.png('bilinear')).pixels, straight);
-    assert.deepEqual([await valueOf(tab, '#balance'), await valueOf(tab, '#gamma'), await valueOf(tab, '#red')], ['none', '1', '1']);
+    assert.deepEqual(
+        [await valueOf(tab, '#balance'), await valueOf(tab, '#gamma'), await valueOf(tab, '#red')],
+        ['none', '1', '1'],
+    );
 });
 
 // The picture's pixel in a corner of each block of 8x8 of a canvas, and that all of the block are the same.
@@ -261,7 +290,8 @@ onPage('the pixel under the pointer, and by keys', async (page, tab) => {
 onPage('raw samples of packed and grey frames', async (page, tab) => {
     const packed = kro.frameBytes({ format: 'Mono12p', width: 64, height: 48 });
     const bytes = new Uint8Array(packed);
-    for (let i = 0; i < 64 * 48; i++) { // 12 bits each, lowest first
+    for (let i = 0; i < 64 * 48; i++) {
+        // 12 bits each, lowest first
         const value = (i * 5) & 4095;
         bytes[(i >> 1) * 3 + (i & 1)] |= i & 1 ? (value & 15) << 4 : value & 255;
         bytes[(i >> 1) * 3 + 1 + (i & 1)] |= i & 1 ? value >> 4 : value >> 8;
@@ -280,7 +310,10 @@ onPage('the histogram', async (page, tab) => {
     await page.shows('320x240 BayerRG12');
     const [least, most] = [words.reduce((a, b) => Math.min(a, b)), words.reduce((a, b) => Math.max(a, b))];
     assert.equal(await tab.textContent('#range'), `${least} to ${most}, shown from 0 to 4095`);
-    assert.match(await tab.getAttribute('#histogram', 'aria-label'), new RegExp(`^Histogram of the samples, ${least} to ${most}, means of red`));
+    assert.match(
+        await tab.getAttribute('#histogram', 'aria-label'),
+        new RegExp(`^Histogram of the samples, ${least} to ${most}, means of red`),
+    );
     const drawn = () => tab.evaluate(() => document.querySelector('#histogram').toDataURL());
     const linear = await drawn();
     await tab.check('#logarithmic');
@@ -299,7 +332,10 @@ onPage('files that are no frames', async (page, tab) => {
         return canvas.toDataURL().split(',')[1];
     });
     await page.choose({ name: 'photo_320x240_BayerRG8.raw', bytes: Buffer.from(png, 'base64') });
-    assert.equal(await page.complaint(), 'photo_320x240_BayerRG8.raw is a picture already (40x30), expected the bytes of a raw frame');
+    assert.equal(
+        await page.complaint(),
+        'photo_320x240_BayerRG8.raw is a picture already (40x30), expected the bytes of a raw frame',
+    );
     assert.match(await tab.textContent('#about'), /^scene_320x240/, 'the last frame stays');
 
     let state = 1;
@@ -308,7 +344,10 @@ onPage('files that are no frames', async (page, tab) => {
         return state >>> 24;
     });
     await page.choose({ name: 'noise.bin', bytes: noise });
-    assert.match(await page.complaint(), /^Nothing in noise\.bin looks like rows of samples, and its name does not say size and format/);
+    assert.match(
+        await page.complaint(),
+        /^Nothing in noise\.bin looks like rows of samples, and its name does not say size and format/,
+    );
     await shoot(page, 'wrong-file');
     await tab.selectOption('#format', 'Mono8');
     await tab.fill('#width', '400');
@@ -359,62 +398,123 @@ onPage('by keyboard alone: everything is reached, in the order of reading', asyn
         }
         reached.push(name);
     }
-    const order = ['file', 'one to try', 'format', 'width', 'height', 'Header, padding, bits', 'What else it can be', 'balance', 'red',
-        'blue', 'gamma', 'as-converted', 'zoom-out', 'zoom-in', 'fit', 'one', 'eight', 'png', 'canvas', 'png', 'canvas', 'png', 'canvas',
-        'logarithmic'];
-    assert.deepEqual(reached.filter((name) => order.includes(name)), order);
+    const order = [
+        'file',
+        'one to try',
+        'format',
+        'width',
+        'height',
+        'Header, padding, bits',
+        'What else it can be',
+        'balance',
+        'red',
+        'blue',
+        'gamma',
+        'as-converted',
+        'zoom-out',
+        'zoom-in',
+        'fit',
+        'one',
+        'eight',
+        'png',
+        'canvas',
+        'png',
+        'canvas',
+        'png',
+        'canvas',
+        'logarithmic',
+    ];
+    assert.deepEqual(
+        reached.filter((name) => order.includes(name)),
+        order,
+    );
 });
 
 onPage('every control has a name', async (page, tab) => {
     await page.choose(frame);
     await page.shows('320x240 BayerRG12');
     await tab.click('#more summary');
-    const nameless = await tab.evaluate(() => [...document.querySelectorAll('button, input, select, canvas')].filter((control) => {
-        const label = control.getAttribute('aria-label') ?? [...control.labels ?? []].map((one) => one.textContent).join() ?? '';
-        return (label || control.textContent).trim() === '';
-    }).map((control) => control.outerHTML));
+    const nameless = await tab.evaluate(() =>
+        [...document.querySelectorAll('button, input, select, canvas')]
+            .filter((control) => {
+                const label =
+                    control.getAttribute('aria-label') ??
+                    [...(control.labels ?? [])].map((one) => one.textContent).join() ??
+                    '';
+                return (label || control.textContent).trim() === '';
+            })
+            .map((control) => control.outerHTML),
+    );
     assert.deepEqual(nameless, []);
 });
 
 for (const colorScheme of ['light', 'dark']) {
-    onPage(`${colorScheme}, on a desk`, async (page, tab) => {
-        await shoot(page, `desk-${colorScheme}-empty`);
-        await page.choose(frame);
-        await page.shows('320x240 BayerRG12');
-        const ground = await tab.evaluate(() => getComputedStyle(document.body).backgroundColor.match(/\d+/g).map(Number));
-        assert.equal(ground[0] > 128, colorScheme === 'light');
-        await tab.click('#eight');
-        await page.settled();
-        await shoot(page, `desk-${colorScheme}`);
-    }, { colorScheme });
-
-    for (const across of [320, 390]) {
-        onPage(`${colorScheme}, on a telephone ${across} wide, by touch`, async (page, tab) => {
+    onPage(
+        `${colorScheme}, on a desk`,
+        async (page, tab) => {
+            await shoot(page, `desk-${colorScheme}-empty`);
             await page.choose(frame);
             await page.shows('320x240 BayerRG12');
-            await tab.click('#more summary');
-            assert.ok(await tab.evaluate(() => document.documentElement.scrollWidth <= window.innerWidth), 'nothing is cut off');
-            const small = await tab.evaluate(() => [...document.querySelectorAll('button, .button, select')]
-                .filter((control) => control.offsetParent && control.getBoundingClientRect().height < 36).map((control) => control.outerHTML));
-            assert.deepEqual(small, [], 'large enough for a finger');
-            const canvas = tab.locator('.view canvas').nth(1);
-            await canvas.scrollIntoViewIfNeeded();
-            await canvas.tap({ position: { x: 50, y: 40 } });
-            await tab.waitForFunction(() => /^column \d+, row \d+: .* sample \d+$/.test(document.querySelector('#pixel').textContent));
-            const before = await tab.textContent('#scale');
-            await pinch(tab, await canvas.boundingBox());
+            const ground = await tab.evaluate(() =>
+                getComputedStyle(document.body).backgroundColor.match(/\d+/g).map(Number),
+            );
+            assert.equal(ground[0] > 128, colorScheme === 'light');
+            await tab.click('#eight');
             await page.settled();
-            const ratio = (text) => (text.endsWith('%') ? parseFloat(text) / 100 : parseFloat(text));
-            assert.ok(ratio(await tab.textContent('#scale')) > 1.8 * ratio(before), `${before} to ${await tab.textContent('#scale')}`);
-            await shoot(page, `telephone-${colorScheme}-${across}`);
-        }, { colorScheme, viewport: { width: across, height: 800 }, deviceScaleFactor: 2, isMobile: true, hasTouch: true });
+            await shoot(page, `desk-${colorScheme}`);
+        },
+        { colorScheme },
+    );
+
+    for (const across of [320, 390]) {
+        onPage(
+            `${colorScheme}, on a telephone ${across} wide, by touch`,
+            async (page, tab) => {
+                await page.choose(frame);
+                await page.shows('320x240 BayerRG12');
+                await tab.click('#more summary');
+                assert.ok(
+                    await tab.evaluate(() => document.documentElement.scrollWidth <= window.innerWidth),
+                    'nothing is cut off',
+                );
+                const small = await tab.evaluate(() =>
+                    [...document.querySelectorAll('button, .button, select')]
+                        .filter((control) => control.offsetParent && control.getBoundingClientRect().height < 36)
+                        .map((control) => control.outerHTML),
+                );
+                assert.deepEqual(small, [], 'large enough for a finger');
+                const canvas = tab.locator('.view canvas').nth(1);
+                await canvas.scrollIntoViewIfNeeded();
+                await canvas.tap({ position: { x: 50, y: 40 } });
+                await tab.waitForFunction(() =>
+                    /^column \d+, row \d+: .* sample \d+$/.test(document.querySelector('#pixel').textContent),
+                );
+                const before = await tab.textContent('#scale');
+                await pinch(tab, await canvas.boundingBox());
+                await page.settled();
+                const ratio = (text) => (text.endsWith('%') ? parseFloat(text) / 100 : parseFloat(text));
+                assert.ok(
+                    ratio(await tab.textContent('#scale')) > 1.8 * ratio(before),
+                    `${before} to ${await tab.textContent('#scale')}`,
+                );
+                await shoot(page, `telephone-${colorScheme}-${across}`);
+            },
+            {
+                colorScheme,
+                viewport: { width: across, height: 800 },
+                deviceScaleFactor: 2,
+                isMobile: true,
+                hasTouch: true,
+            },
+        );
     }
 }
 
 // Two fingers that part from 40 to 120 pixels.
 async function pinch(tab, box) {
     const session = await tab.context().newCDPSession(tab);
-    const at = (apart) => [-1, 1].map((side, id) => ({ id, x: box.x + box.width / 2 + (side * apart) / 2, y: box.y + box.height / 2 }));
+    const at = (apart) =>
+        [-1, 1].map((side, id) => ({ id, x: box.x + box.width / 2 + (side * apart) / 2, y: box.y + box.height / 2 }));
     await session.send('Input.dispatchTouchEvent', { type: 'touchStart', touchPoints: at(40) });
     for (let apart = 50; apart <= 120; apart += 10) {
         await session.send('Input.dispatchTouchEvent', { type: 'touchMove', touchPoints: at(apart) });

@@ -9,7 +9,9 @@ import { chromium } from 'playwright-core';
 import { serve } from '../serve.mjs';
 
 const page = process.env.KRO_PAGE ?? '../../build/wasm/web/page';
-const { load } = await import(pathToFileURL(join(resolve(process.env.KRO_PACKAGE ?? '../../build/wasm/web/package'), 'kro.js')));
+const { load } = await import(
+    pathToFileURL(join(resolve(process.env.KRO_PACKAGE ?? '../../build/wasm/web/package'), 'kro.js'))
+);
 export const kro = await load();
 
 /** A browser with the page, whose only frame to try is the given one. */
@@ -18,11 +20,16 @@ export async function start(frame) {
     await cp(page, folder, { recursive: true, filter: (path) => !path.endsWith('frames') });
     await mkdir(join(folder, 'frames'));
     await writeFile(join(folder, 'frames', frame.name), frame.bytes);
-    await writeFile(join(folder, 'frames', 'frames.json'), JSON.stringify([{ file: frame.name, label: 'one to try' }]));
+    await writeFile(
+        join(folder, 'frames', 'frames.json'),
+        JSON.stringify([{ file: frame.name, label: 'one to try' }]),
+    );
     const { server, address } = await serve(folder);
     // As root, which CI may be, Chromium has no sandbox of its own.
-    const browser = await chromium.launch({ executablePath: process.env.KRO_CHROMIUM ?? '/usr/bin/chromium',
-        args: ['--no-sandbox', '--disable-background-networking'] });
+    const browser = await chromium.launch({
+        executablePath: process.env.KRO_CHROMIUM ?? '/usr/bin/chromium',
+        args: ['--no-sandbox', '--disable-background-networking'],
+    });
     return {
         open: (options) => openPage(browser, address, options),
         async stop() {
@@ -60,14 +67,23 @@ class Opened {
     }
 
     async choose({ name, bytes }) {
-        await this.tab.setInputFiles('#file', { name, mimeType: 'application/octet-stream', buffer: Buffer.from(bytes) });
+        await this.tab.setInputFiles('#file', {
+            name,
+            mimeType: 'application/octet-stream',
+            buffer: Buffer.from(bytes),
+        });
     }
 
     /** Waits for what `#about` says once the frame is shown. */
     async shows(text) {
-        await this.tab.waitForFunction((part) => document.querySelector('#about').textContent.includes(part) &&
-            !document.querySelector('#views').classList.contains('stale') && document.querySelector('#message').hidden &&
-            [...document.querySelectorAll('.time')].every((time) => time.textContent !== ''), text);
+        await this.tab.waitForFunction(
+            (part) =>
+                document.querySelector('#about').textContent.includes(part) &&
+                !document.querySelector('#views').classList.contains('stale') &&
+                document.querySelector('#message').hidden &&
+                [...document.querySelectorAll('.time')].every((time) => time.textContent !== ''),
+            text,
+        );
         await this.settled();
     }
 
@@ -85,14 +101,17 @@ class Opened {
     }
 
     async complaint() {
+        await this.settled();
         await this.tab.waitForSelector('#message:not([hidden])');
         return this.tab.textContent('#message');
     }
 
     /** The pixels of the PNG file that a button gives, as RGBA, and its name. */
     async png(algorithm) {
-        const [download] = await Promise.all([this.tab.waitForEvent('download'),
-            this.tab.click(`role=button[name="Download the ${algorithm} picture as PNG"]`)]);
+        const [download] = await Promise.all([
+            this.tab.waitForEvent('download'),
+            this.tab.click(`role=button[name="Download the ${algorithm} picture as PNG"]`),
+        ]);
         const chunks = [];
         for await (const chunk of await download.createReadStream()) {
             chunks.push(chunk);
@@ -136,7 +155,10 @@ class Opened {
 /** A frame of words of 12 bits as BayerRG12, of a scene that is smooth but for a disc and a line. */
 export function scene(width, height) {
     const words = new Uint16Array(width * height);
-    const levels = [[0.9, 0.5, 0.5, 0.3], [0.3, 0.6, 0.6, 0.8]];
+    const levels = [
+        [0.9, 0.5, 0.5, 0.3],
+        [0.3, 0.6, 0.6, 0.8],
+    ];
     for (let y = 0; y < height; y++) {
         for (let x = 0; x < width; x++) {
             const inDisc = Math.hypot(x - width / 2, y - height / 2) < height / 4 || Math.abs(x - y) < 2;
