@@ -46,11 +46,11 @@ public:
             state ^= state << 13;
             state ^= state >> 17;
             state ^= state << 5;
-            const uint8_t noise = static_cast<uint8_t>(state >> 11);
-            const uint8_t kinds[] = {noise, static_cast<uint8_t>(noise & detail),
-                                     (noise & 1) != 0 ? uint8_t{0xFF} : detail,
-                                     i % 2 == 0 ? noise : static_cast<uint8_t>(noise & detail)};
-            bytes[i] = kinds[kind];
+            bytes[i] = static_cast<uint8_t>(state >> 11);
+        }
+        const size_t step = kind == 3 ? 2 : 1;
+        for (size_t i = step - 1; kind != 0 && i < count; i += step) {
+            bytes[i] = kind != 2 ? bytes[i] & detail : (bytes[i] & 1) != 0 ? uint8_t{0xFF} : detail;
         }
         return bytes;
     }

@@ -62,20 +62,22 @@ Input varied(Input input, std::mt19937& random) {
 
 }  // namespace
 
-// replay [--vary COUNT] FILE-OR-FOLDER ...
+// replay [--vary COUNT [--from NUMBER]] FILE-OR-FOLDER ...: the variants of another number are others.
 int main(int count, char** arguments) {
     const bool vary = count > 3 && std::string(arguments[1]) == "--vary";
+    const bool from = vary && count > 5 && std::string(arguments[3]) == "--from";
     const unsigned long variants = vary ? std::stoul(arguments[2]) : 0;
+    const int options = from ? 5 : vary ? 3 : 1;
     std::vector<Input> inputs;
-    for (const fs::path& file : filesOf(count - (vary ? 3 : 1), arguments + (vary ? 3 : 1))) {
+    for (const fs::path& file : filesOf(count - options, arguments + options)) {
         inputs.push_back(contentOf(file));
         run(inputs.back());
     }
     if (inputs.empty()) {
-        std::fprintf(stderr, "usage: %s [--vary COUNT] FILE-OR-FOLDER ...\n", arguments[0]);
+        std::fprintf(stderr, "usage: %s [--vary COUNT [--from NUMBER]] FILE-OR-FOLDER ...\n", arguments[0]);
         return 2;
     }
-    std::mt19937 random(1);
+    std::mt19937 random(from ? static_cast<uint32_t>(std::stoul(arguments[4])) : 1);
     for (unsigned long i = 0; i < variants; ++i) {
         run(varied(inputs[random() % inputs.size()], random));
     }

@@ -214,6 +214,17 @@ TEST_P(Formats, EveryOutputAndAlgorithm) {
     }
 }
 
+TEST_P(Formats, EveryShape) {
+    FrameCheck check({20, 130});
+    const std::vector<Method> methods(std::begin(reference::allMethods), std::end(reference::allMethods));
+    uint32_t seed = GetParam().code & 0xFF;
+    for (const Size size : everyShape(seed * 37)) {
+        ++seed;
+        const Content content = seed % 2 == 0 ? Content::noise : allContents[seed / 2 % 6];
+        ASSERT_TRUE(check.frame(GetParam(), size, content, seed, seed % 3 == 0, methods));
+    }
+}
+
 TEST(DeepFrames, LargeSizes) {
     FrameCheck check({37, 1279});
     for (const char* name : {"BayerRG12", "BayerGB10", "BayerGR16", "BayerBG12Packed", "BayerGR10Packed", "Mono14"}) {

@@ -282,7 +282,7 @@ std::vector<Case> cases() {
 }
 
 TEST(HppConvert, BytesAreThoseOfTheCInterface) {
-    kro::Threads threads(3);
+    kro::Threads threads(16);
     for (const Case& trial : cases()) {
         const Scene scene(trial.in, 403, 1202);
         SCOPED_TRACE(kro::nameOf(trial.in));

@@ -85,6 +85,30 @@ TEST_F(Reduction, U16Tou8EveryLengthAndShift) {
     }
 }
 
+// Every word in a whole block and, fifteen at a time, behind the last one.
+TEST_F(Reduction, U16Tou8EveryWordAndShift) {
+    constexpr size_t all = 65536;
+    std::vector<uint16_t> words(all + 15);
+    for (size_t i = 0; i < words.size(); ++i) {
+        words[i] = static_cast<uint16_t>(i * 40503u);
+    }
+    for (uint32_t shift = 0; shift <= 16; ++shift) {
+        const std::vector<uint8_t> wanted = reference::reduced(words, shift);
+        for (const kro::Kernels* table : usableTables()) {
+            std::vector<uint8_t> bytes(words.size());
+            call(table->u16Tou8, words.data(), 1, static_cast<int32_t>(words.size()), shift, bytes.data());
+            ASSERT_EQ(wanted, bytes) << table->name << " shift " << shift;
+            countComparison(*table, bytes.size());
+            for (size_t first = 0; first < all; first += 15) {
+                const std::vector<uint16_t> tail(&words[first], &words[first] + 15);
+                bytes.assign(15, 0);
+                call(table->u16Tou8, tail.data(), 1, 15, shift, bytes.data());
+                ASSERT_EQ(reference::reduced(tail, shift), bytes) << table->name << " shift " << shift;
+            }
+        }
+    }
+}
+
 TEST_F(Reduction, U16Tou8SaturatesInVectorPartAndTruncatesInTail) {
     std::vector<uint8_t> wanted(17, 255);
     wanted[16] = 0;
@@ -142,6 +166,27 @@ TEST_F(Reduction, UnpackedEveryLength) {
                     *table, expected, [&](uint8_t* to) { call(table->unpacked, from, 1, n, to); },
                     [&] { return std::to_string(n) + " samples"; });
             }
+        }
+    }
+}
+
+// All 2^24 groups of three bytes, or one in 61.
+TEST_F(Reduction, UnpackedEveryGroup) {
+    constexpr uint32_t perRun = 1 << 14;
+    const uint32_t step = stepOf(61, 6151);
+    std::vector<uint8_t> groups(3 * perRun);
+    for (uint32_t group = 0; group < 1u << 24;) {
+        for (size_t i = 0; i < perRun; ++i, group += step) {
+            groups[3 * i] = static_cast<uint8_t>(group >> 16);
+            groups[3 * i + 1] = static_cast<uint8_t>(group >> 8);
+            groups[3 * i + 2] = static_cast<uint8_t>(group);
+        }
+        const std::vector<uint8_t> wanted = reference::unpacked(groups, 2 * perRun);
+        for (const kro::Kernels* table : usableTables()) {
+            std::vector<uint8_t> bytes(2 * perRun);
+            call(table->unpacked, groups.data(), 2, static_cast<int32_t>(perRun), bytes.data());
+            ASSERT_EQ(wanted, bytes) << table->name << " groups before " << group;
+            countComparison(*table, bytes.size());
         }
     }
 }

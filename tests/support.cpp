@@ -137,6 +137,21 @@ std::vector<Size> everySize(int firstHeight, int lastHeight, int firstWidth, int
     return sizes;
 }
 
+uint32_t stepOf(uint32_t spread, uint32_t reducedSpread) {
+    static const bool exhaustive = std::getenv("KRO_TEST_EXHAUSTIVE") != nullptr;
+    return exhaustive ? 1 : reducedRun ? reducedSpread : spread;
+}
+
+std::vector<Size> everyShape(uint32_t turn) {
+    constexpr uint32_t widths = 127, heights = 17;
+    const uint32_t step = stepOf(211, 1201);  // prime: all widths and heights take their turns
+    std::vector<Size> shapes;
+    for (uint32_t i = turn % step; i < widths * heights; i += step) {
+        shapes.push_back({4 + static_cast<int>(i / widths), 4 + static_cast<int>(i % widths)});
+    }
+    return shapes;
+}
+
 std::vector<Size> smallSizes() { return everySize(4, reducedRun ? 7 : 9, 4, 70); }
 
 std::vector<Size> largeSizes() {

@@ -22,6 +22,10 @@ constexpr bool reducedRun = true;
 constexpr bool reducedRun = false;
 #endif
 
+// Of what is too much for each run, every `spread`-th case is tried; with KRO_TEST_EXHAUSTIVE=1 in the environment
+// all.
+uint32_t stepOf(uint32_t spread, uint32_t reducedSpread);
+
 struct Size {
     int height, width;
     size_t pixels() const { return static_cast<size_t>(height) * static_cast<size_t>(width); }
@@ -58,6 +62,8 @@ std::vector<uint16_t> samples(Content content, Size size, int top, uint32_t seed
 std::vector<uint8_t> sampleBytes(Content content, Size size, uint32_t seed);
 
 std::vector<Size> everySize(int firstHeight, int lastHeight, int firstWidth, int lastWidth);
+// Every width and height around all blocks of all instruction sets, or a spread of them that begins at `turn`.
+std::vector<Size> everyShape(uint32_t turn);
 std::vector<Size> smallSizes();  // shapes for direct calls of region routines: all block and parity cases
 std::vector<Size> largeSizes();
 

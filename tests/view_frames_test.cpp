@@ -37,6 +37,22 @@ TEST_P(ViewFormats, EveryOutputAlgorithmAndSpacing) {
     }
 }
 
+TEST_P(ViewFormats, EveryShape) {
+    ViewCheck check({20, 130});
+    uint32_t turn = GetParam().code & 0xFF;
+    for (const Size size : everyShape(turn * 37)) {
+        ++turn;
+        const KroViewOptions words = wordOptions(GetParam(), turn);
+        const Content content = turn % 2 == 0 ? Content::noise : allContents[turn / 2 % 6];
+        const auto numbers = numbersFor(GetParam(), words, content, size, turn, turn % 3 == 0);
+        check.hold(GetParam(), size, numbers, spacingOfTurn(turn), words, placementOfTurn(turn));
+        reference::Scene scene = check.scene(GetParam(), words);
+        for (const Conversion& conversion : everyConversion(scene, GetParam(), words, turn)) {
+            ASSERT_TRUE(check.convert(conversion.asked, conversion.expected));
+        }
+    }
+}
+
 // All positions of a row's end in groups, blocks and vectors.
 TEST_P(ViewFormats, EveryWidth) {
     ViewCheck check({5, 140});

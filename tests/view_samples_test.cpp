@@ -1,6 +1,4 @@
 // Samples: every word in every reading of it, every sample of every group, and what lies beyond a word's bits.
-#include <cstdlib>
-
 #include "view_kinds.hpp"
 
 namespace {
@@ -131,9 +129,9 @@ TEST_P(ViewGroups, RandomGroupsInRowsOfTheirOwn) {
 class ViewGroupsOfThreeBytes : public ViewGroups {};
 INSTANTIATE_TEST_SUITE_P(Of, ViewGroupsOfThreeBytes, testing::ValuesIn(packedFormats(true)), inputName);
 
-// With KRO_TEST_EVERY_GROUP=1 all 2^24 groups, otherwise one in 61.
+// All 2^24 groups, or one in 61.
 TEST_P(ViewGroupsOfThreeBytes, AllBits) {
-    const uint32_t step = std::getenv("KRO_TEST_EVERY_GROUP") != nullptr ? 1 : reducedRun ? 6151 : 61;
+    const uint32_t step = stepOf(61, 6151);
     std::vector<uint16_t> numbers(static_cast<size_t>(size.height * size.width));
     for (uint32_t group = 0; group < 1u << 24;) {
         for (size_t i = 0; i + 1 < numbers.size(); i += 2) {

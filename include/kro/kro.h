@@ -18,6 +18,12 @@
  *         free(picture.data);
  *     }
  *
+ * PROMISE
+ *   No bytes, sizes, formats, algorithms, strides, bands or misaligned pointers that pass the documented checks make
+ *   kro read or write outside the stated buffers, use more than the stated stack, invoke undefined behaviour, throw,
+ *   abort or leave a byte that the contract promises unwritten; an error leaves output and descriptor untouched, but
+ *   where a function's comment says so. Functions that check nothing promise it for the arguments they state.
+ *
  * RETURN CODES
  *   Functions that check their arguments return 0 (KRO_OK) or one negative KRO_ERR_... code and report nothing
  *   else: no log, no exception, no error state. Checks run in a fixed order, stated with each function: null

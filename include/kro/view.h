@@ -16,8 +16,8 @@
  * BYTES
  *   For input and output formats that kro.h has, the bytes are those of kroDemosaicing, but for alpha, which is
  *   written everywhere. Each other input format gives the bytes of a frame that holds the same samples in words. The
- *   conventions of kro.h (ROUNDING, BORDERS, DETERMINISM, THREADS, ALIASING) hold here too. Source and picture must
- *   not overlap.
+ *   conventions of kro.h (PROMISE, ROUNDING, BORDERS, DETERMINISM, THREADS, ALIASING) hold here too. Source and
+ *   picture must not overlap.
  *
  * SAMPLES
  *   A sample has `bits` significant bits: those of its format, or what KroViewOptions.bits says of a format of words.

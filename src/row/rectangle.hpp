@@ -9,7 +9,7 @@ namespace kro {
 namespace {
 
 // Two rows a step share their loads; 32-bit x86 has too few registers to profit.
-#if defined(__x86_64__)
+#if defined(__x86_64__) || defined(__aarch64__)
 constexpr bool rowsInPairs = true;
 #else
 constexpr bool rowsInPairs = false;

@@ -1,8 +1,10 @@
 /* Preloaded into the command: the KRO_FAIL_AT-th allocation that its main function asks for fails, and with
-   KRO_FAIL_ON all later ones too. Prints nothing; KRO_COUNT names a file that the number of allocations goes to. */
+   KRO_FAIL_ON all later ones too. Prints nothing; KRO_COUNT names a file that the number of allocations goes to. A
+   program that chooses the time itself calls kroFailAt. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <limits.h>
 #include <stdatomic.h>
 #include <stddef.h>
 #include <stdio.h>
@@ -15,7 +17,7 @@ extern void* __libc_memalign(size_t, size_t);
 
 static atomic_long seen;
 static long failAt;
-static int failOn;
+static long failures = 1;
 static atomic_int running;
 
 static int fails(void) {
@@ -23,7 +25,7 @@ static int fails(void) {
         return 0;
     }
     const long number = ++seen;
-    if (number == failAt || (failOn && failAt != 0 && number > failAt)) {
+    if (failAt != 0 && number >= failAt && number - failAt < failures) {
         errno = ENOMEM;
         return 1;
     }
@@ -41,6 +43,18 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
     return *memory == NULL ? ENOMEM : 0;
 }
 
+/* Counts anew: so many allocations fail from that number on, none where it is 0. Returns how many there were since
+   the last call. */
+long kroFailAt(long number, long count) {
+    const long before = seen;
+    running = 0;
+    failAt = number;
+    failures = count;
+    seen = 0;
+    running = 1;
+    return before;
+}
+
 static void report(void) {
     running = 0;
     const char* path = getenv("KRO_COUNT");
@@ -56,7 +70,7 @@ static int (*realMain)(int, char**, char**);
 static int countedMain(int count, char** arguments, char** environment) {
     const char* at = getenv("KRO_FAIL_AT");
     failAt = at != NULL ? atol(at) : 0;
-    failOn = getenv("KRO_FAIL_ON") != NULL;
+    failures = getenv("KRO_FAIL_ON") != NULL ? LONG_MAX : 1;
     running = 1;
     const int result = realMain(count, arguments, environment);
     report();

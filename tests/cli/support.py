@@ -11,6 +11,7 @@ import unittest
 for variable in ("LD_PRELOAD", "ASAN_OPTIONS"):
     os.environ.pop(variable, None)
 
+SANITIZED = "KRO_SANITIZED" in os.environ
 COMMAND = os.environ["KRO_COMMAND"]
 LIBRARY = os.environ["KRO_LIBRARY"]
 FRAMES = os.path.join(os.path.dirname(__file__), "..", "..", "..", "shared", "frames")
@@ -19,6 +20,11 @@ PHASES = {"RG": "RGGB", "GR": "GRBG", "GB": "GBRG", "BG": "BGGR"}
 OUTPUTS = {"BGR8": (0x02180015, 3), "RGB8": (0x02180014, 3), "BGRa8": (0x02200017, 4), "RGBa8": (0x02200016, 4),
            "RGB8Planar": (0x02180021, 3), "BGR8Planar": (0x02180025, 3), "Mono8": (0x01080001, 1)}
 ALGORITHMS = {"nearest": 0, "bilinear": 1, "edge": 2}
+
+
+def some(cases):
+    """All of them; of a sanitized command, whose every call takes several times as long, every fifth."""
+    return list(cases)[::5 if SANITIZED else 1]
 
 
 class Format:

@@ -4,13 +4,13 @@ import os
 import unittest
 
 from pictures import read_png, write_ppm
-from support import ALGORITHMS, FORMATS, FRAMES, OUTPUTS, Case, demosaic
+from support import ALGORITHMS, FORMATS, FRAMES, OUTPUTS, Case, demosaic, some
 
 
 class Convert(Case):
     def test_every_combination(self):
         width, height = 21, 13
-        for pixel_format in FORMATS.values():
+        for pixel_format in some(FORMATS.values()):
             frame = self.frame_file("frame.raw", width, height, pixel_format.name)
             for output in OUTPUTS:
                 for algorithm in ALGORITHMS:
@@ -22,7 +22,7 @@ class Convert(Case):
     def test_a_flat_picture_comes_back(self):
         colour = (200, 90, 30)
         self.write("flat.ppm", write_ppm(20, 14, list(colour) * 280))
-        for pixel_format in FORMATS.values():
+        for pixel_format in some(FORMATS.values()):
             self.kro("mosaic", "flat.ppm", "-f", pixel_format.name, "-o", "frame.raw")
             for algorithm in ALGORITHMS:
                 self.kro("convert", "frame.raw", "-f", pixel_format.name, "-s", "20x14", "-a", algorithm,

@@ -4,7 +4,7 @@ import os
 import unittest
 
 from pictures import read_png, read_pnm, read_tiff, words
-from support import ALL_FORMATS, FRAMES, Case, demosaic16, demosaic_samples, random_samples
+from support import ALL_FORMATS, FRAMES, Case, demosaic16, demosaic_samples, random_samples, some
 
 EDGES = {"RGGB": "demosaicingEdgeRGGBU16", "GRBG": "demosaicingEdgeGRBGU16", "GBRG": "demosaicingEdgeGBRGU16",
          "BGGR": "demosaicingEdgeBGGRU16"}
@@ -58,7 +58,7 @@ class Depth(Case):
         return name
 
     def test_bilinear_of_every_format(self):
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             samples = random_samples(WIDTH * HEIGHT, pixel_format.bits)
             name = self.frame(pixel_format.name, samples)
             wanted = samples if pixel_format.sites == "YYYY" else bilinear(samples, WIDTH, HEIGHT, pixel_format.sites)
@@ -69,7 +69,7 @@ class Depth(Case):
 
     def test_edge_of_every_format(self):
         # In the middle of the range nothing is held or wraps, so that the entries of kro.h say what is right.
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             if pixel_format.sites == "YYYY":
                 continue
             span = 1 << min(pixel_format.bits, 12)

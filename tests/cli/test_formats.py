@@ -1,7 +1,7 @@
 """Names of pixel formats, and frames that kro mosaic makes in each of them."""
 
 from pictures import write_pgm, write_png, write_ppm
-from support import ALL_FORMATS, Case, random_samples
+from support import ALL_FORMATS, Case, random_samples, some
 
 
 def short_names(pixel_format):
@@ -80,7 +80,7 @@ class Formats(Case):
             if bits:
                 self.write("picture.png", write_png(width, height, 3, samples, bits))
                 pictures.append("picture.png")
-            for pixel_format in ALL_FORMATS.values():
+            for pixel_format in some(ALL_FORMATS.values()):
                 expected = expected_frame(samples, width, height, pixel_format, maximum)
                 for picture in pictures:
                     self.kro("mosaic", picture, "-f", pixel_format.name, "-o", "frame.raw")
@@ -88,14 +88,14 @@ class Formats(Case):
 
     def test_every_name_means_the_same(self):
         self.write("picture.ppm", write_ppm(6, 4, random_samples(72, 8)))
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             expected = self.kro("mosaic", "picture.ppm", "-f", pixel_format.name, "-o", "-")
             names = short_names(pixel_format) + [f"0x{pixel_format.code:08x}",
                                                  pixel_format.name.replace("Bayer", "bayer_")]
             names += [pixel_format.name.upper()] if pixel_format.packing != "lsb" else [pixel_format.name.lower()]
             names += ["V4L2_PIX_FMT_" + name for name in names if name[0] in "SY"]
             names += [letters for letters, name in LETTERS.items() if name == pixel_format.name]
-            for name in names:
+            for name in some(names):
                 self.assertEqual(self.kro("mosaic", "picture.ppm", "-f", name, "-o", "-"), expected, name)
 
     def test_grey_pictures(self):

@@ -3,7 +3,7 @@
 import struct
 
 from pictures import read_pnm, words, write_npy, write_pgm, write_ppm
-from support import ALL_FORMATS, FORMATS, Case, demosaic_samples, random_samples
+from support import ALL_FORMATS, FORMATS, Case, demosaic_samples, random_samples, some
 
 WIDTH, HEIGHT = 21, 13
 
@@ -14,7 +14,7 @@ class Rows(Case):
                         data=data)
 
     def test_every_format_with_and_without_gaps(self):
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             samples = random_samples(WIDTH * HEIGHT, pixel_format.bits)
             expected = demosaic_samples(samples, WIDTH, HEIGHT, pixel_format, "edge", "RGB8")
             exact = len(pixel_format.pack(samples[:WIDTH]))
@@ -25,7 +25,7 @@ class Rows(Case):
                 self.assertEqual(picture, expected, (pixel_format.name, stride))
 
     def test_every_sample_arrives(self):
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             if pixel_format.sites != "YYYY":
                 continue
             samples = random_samples(WIDTH * HEIGHT, pixel_format.bits, seed=3)
@@ -86,7 +86,7 @@ class Rows(Case):
     def test_mosaic_writes_what_a_camera_sends(self):
         samples = random_samples(WIDTH * HEIGHT, 16)
         self.write("p.pgm", write_pgm(WIDTH, HEIGHT, samples, 65535))
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             most = (1 << pixel_format.bits) - 1
             sites = [(s * most + 32767) // 65535 for s in samples]
             frame = self.kro("mosaic", "p.pgm", "-f", pixel_format.name, "--stride", "64", "-o", "-")
@@ -96,7 +96,7 @@ class Rows(Case):
                 self.assertEqual(frame, pixel_format.pack(sites, big_endian=True), pixel_format.name)
 
     def test_info_and_show_read_the_same(self):
-        for pixel_format in ALL_FORMATS.values():
+        for pixel_format in some(ALL_FORMATS.values()):
             value = (1 << pixel_format.bits) - 5
             samples = [7] * (WIDTH * HEIGHT - 1) + [value]
             self.write("f", pixel_format.pack(samples, WIDTH, 64))
@@ -108,7 +108,7 @@ class Rows(Case):
 
     def test_names_of_files(self):
         self.write("p.ppm", write_ppm(8, 6, random_samples(144, 8)))
-        for name in ALL_FORMATS:
+        for name in some(ALL_FORMATS):
             self.kro("mosaic", "p.ppm", "-f", name, "-o", "frames/")
             said = self.call("convert", f"frames/p_8x6_{name}.raw", "-o", "x.ppm").stderr.decode()
             self.assertIn(f"8x6 {name},", said)

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "frames/container.hpp"
+#include "frames/frame_count.hpp"
 #include "frames/length_advice.hpp"
 #include "support/failure.hpp"
 #include "support/scan.hpp"
@@ -23,12 +24,6 @@ Descriptor openForReading(const std::string& path) {
         throw Failure(path + ": cannot be read: " + systemMessage(errno));
     }
     return Descriptor(descriptor);
-}
-
-std::string frames(uint64_t count) { return std::to_string(count) + (count == 1 ? " frame" : " frames"); }
-
-std::string need(const FrameLayout& layout) {
-    return "one " + layout.text() + " frame takes " + std::to_string(layout.bytes());
 }
 
 }  // namespace
@@ -132,45 +127,15 @@ Bytes InputFile::readAll() const {
     return all;
 }
 
-namespace {
-
-// Of a raw file whose length is known.
-uint64_t countFrames(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
-    const uint64_t length = *file.length();
-    const std::string holds = file.shownName() + ": ";
-    if (length == 0) {
-        throw Failure(holds + "the file is empty, but " + need(layout) + " bytes");
-    }
-    if (layout.skip >= length) {
-        throw Failure(holds + "--skip " + std::to_string(layout.skip) + " leaves nothing of its " +
-                      std::to_string(length) + " bytes");
-    }
-    const uint64_t payload = length - layout.skip;
-    const uint64_t count = payload / layout.bytes();
-    const uint64_t rest = payload % layout.bytes();
-    if (rest >= layout.leastBytes()) {
-        return count + 1;
-    }
-    if (count == 0) {
-        throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) +
-                      " (short file, or wrong size or format)");
-    }
-    if (rest != 0 && !range.chosen) {
-        throw Failure(holds + "has " + std::to_string(payload) + " bytes, but " + need(layout) + ": " +
-                      frames(count) + " and " + std::to_string(rest) + " bytes more (" +
-                      lengthAdvice(layout, payload) + ")");
-    }
-    return count;
-}
-
-}  // namespace
-
 FrameRange framesInFile(const InputFile& file, const FrameLayout& layout, const FrameRange& range) {
-    const uint64_t count = layout.container == Container::none ? countFrames(file, layout, range) : layout.frames;
+    const uint64_t count = layout.container == Container::none
+                               ? countFrames(file.shownName(), *file.length(), layout, range.chosen)
+                               : layout.frames;
     const bool toTheEnd = range.last == FrameRange{}.last;
     if (range.first > count || (!toTheEnd && range.last > count)) {
         throw Failure(file.shownName() + ": has no frame " +
-                      std::to_string(range.first > count ? range.first : range.last) + ", it holds " + frames(count));
+                      std::to_string(range.first > count ? range.first : range.last) + ", it holds " +
+                      framesText(count));
     }
     return {range.first, toTheEnd ? count : range.last, range.chosen};
 }
@@ -236,18 +201,18 @@ bool FrameStream::next(Bytes& frame) {
 void FrameStream::requireGoodEnd() const {
     const std::string name = file_.shownName() + ": ";
     if (ended_ && number_ == 0 && leftOver_ == 0) {
-        throw Failure(name + "is empty, but " + need(layout_) + " bytes");
+        throw Failure(name + "is empty, but " + needText(layout_) + " bytes");
     }
     if (leftOver_ != 0) {
         const std::string rows = number_ == 0 ? "" : strideAdvice(layout_, number_ * layout_.bytes() + leftOver_);
         throw Failure(name + "ended after " + std::to_string(leftOver_) + " bytes of frame " +
-                      std::to_string(number_ + 1) + ", but " + need(layout_) +
-                      (number_ == 0 ? "" : "; " + frames(number_) + " came whole before") +
+                      std::to_string(number_ + 1) + ", but " + needText(layout_) +
+                      (number_ == 0 ? "" : "; " + framesText(number_) + " came whole before") +
                       (rows.empty() ? "" : " (" + rows + ")"));
     }
     if (ended_ && (number_ < range_.first || range_.last != FrameRange{}.last)) {
         throw Failure(name + "has no frame " + std::to_string(std::max(range_.first, number_ + 1)) + ", it holds " +
-                      frames(number_));
+                      framesText(number_));
     }
 }
 
