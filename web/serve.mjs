@@ -15,7 +15,7 @@ const types = {
 };
 
 async function answer(folder, request, response) {
-    const { pathname } = new URL(request.url, 'http://localhost');
+    const { pathname } = new URL(`http://localhost${request.url}`);
     const path = join(folder, decodeURIComponent(pathname.endsWith('/') ? `${pathname}index.html` : pathname));
     const found = path.startsWith(folder + sep) ? await stat(path).catch(() => undefined) : undefined;
     if (!found?.isFile()) {
