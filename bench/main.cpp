@@ -272,6 +272,29 @@ void declare(CLI::App& app, Options& options) {
     app.add_flag("--instructions", options.instructions, "Count instructions per pixel instead of time");
 }
 
+// As `kro complete` does: what the last of the words behind -- may become.
+int complete(const CLI::App& app, const std::vector<std::string>& words) {
+    const std::string& last = words.back();
+    const std::string before = words.size() < 2 ? "" : words[words.size() - 2];
+    const auto offer = [&](const std::string& word, const std::string& meaning) {
+        if (word.compare(0, last.size(), last) == 0) {
+            std::cout << word << "\t" << meaning << "\n";
+        }
+    };
+    if (before == "--isa") {
+        for (const Table& table : ownTables()) {
+            offer(table.instructionSet, "");
+        }
+    } else if (before == "--json" || before == "--csv") {
+        std::cout << ":files\n";
+    } else {
+        for (const CLI::Option* option : app.get_options()) {
+            offer(option->get_name(), option->get_description());
+        }
+    }
+    return 0;
+}
+
 int runWith(const Options& options) {
     Benchmark benchmark(options);
     if (options.list) {
@@ -289,9 +312,13 @@ int runWith(const Options& options) {
 
 int main(int argc, char** argv) {
     try {
-        CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries"};
+        CLI::App app{"Speed of every kro kernel, beside the stream limit of the same bytes and other libraries",
+                     "kro-bench"};
         bench::Options options;
         bench::declare(app, options);
+        if (argc > 3 && argv[1] == std::string("complete")) {
+            return bench::complete(app, {argv + 3, argv + argc});
+        }
         try {
             app.parse(argc, argv);
         } catch (const CLI::ParseError& problem) {

@@ -1,7 +1,11 @@
 # Installation: find_package(kro) and pkg-config.
 include(CMakePackageConfigHelpers)
 set(KRO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kro)
-install(TARGETS kro EXPORT kroTargets
+set(KRO_LIBRARIES kro)
+if(TARGET kro_static)
+    list(APPEND KRO_LIBRARIES kro_static)
+endif()
+install(TARGETS ${KRO_LIBRARIES} EXPORT kroTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -40,7 +40,7 @@ export async function serve(folder, port = 0) {
     return { server, address: `http://127.0.0.1:${server.address().port}/` };
 }
 
-if (import.meta.url === pathToFileURL(process.argv[1]).href) {
+if (process.argv[1] && import.meta.url === pathToFileURL(process.argv[1]).href) {
     const [folder, port = 0] = process.argv.slice(2);
     try {
         const { address } = await serve(folder, Number(port));

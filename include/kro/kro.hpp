@@ -409,8 +409,7 @@ inline void convert(const Frame& frame, const Picture& picture, const Options& o
 //
 //              It is called on this thread, once; not at all where there is one band, which this thread makes.
 //   bands      of at least 64 rows and about 150000 pixels, about equally many in each; all but the first begin at
-//   even
-//              rows. So below 0.3 Mpixel there is one, at 1280 x 960 there are 8, at 4096 x 3000 46
+//              even rows. So below 0.3 Mpixel there is one, at 1280 x 960 there are 8, at 4096 x 3000 46
 //
 // `error` is cleared, or set to a kro::Error. An exception of the executor's leaves bands that it did not call
 // unmade.

@@ -7,6 +7,7 @@
 
 #include "commands/arguments.hpp"
 #include "commands/bench.hpp"
+#include "commands/complete.hpp"
 #include "commands/formats.hpp"
 #include "commands/selftest.hpp"
 #include "output/output_file.hpp"
@@ -108,8 +109,13 @@ int run(std::vector<std::string> words) {
     CLI::App app{"kro: raw camera frames to pictures", "kro"};
     Requests requests;
     describeCommands(app, requests);
-    requireKnownCommand(app, first);
-    const int result = parseAndRun(app, requests, words);
+    int result = exitOk;
+    if (first == "complete") {
+        result = complete(app, {words.begin() + 1, words.end()});
+    } else {
+        requireKnownCommand(app, first);
+        result = parseAndRun(app, requests, words);
+    }
     flushStandardOutput();
     return result;
 }

@@ -72,6 +72,8 @@ kro::Picture viewOf(Picture& picture, const OutputFormat& output) {
 
 }  // namespace
 
+const std::vector<std::string>& algorithms() { return algorithmNames; }
+
 KroAlgorithm parseAlgorithm(const std::string& name) {
     const auto found = std::find(algorithmNames.begin(), algorithmNames.end(), foldName(name));
     if (found == algorithmNames.end()) {

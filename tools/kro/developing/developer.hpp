@@ -4,6 +4,7 @@
 #include <kro/threads.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "developing/tone.hpp"
 #include "frames/samples.hpp"
@@ -24,6 +25,8 @@ struct DevelopOptions {
     Tone tone;
 };
 
+// By name, as the library numbers them.
+const std::vector<std::string>& algorithms();
 KroAlgorithm parseAlgorithm(const std::string& name);
 
 // A usage failure where the options leave nothing of the format's samples, or ask for more than they have.
