@@ -125,5 +125,5 @@ class Recordings(Case):
         said = done.stderr.decode()
         self.assertEqual(done.returncode, 1, said)
         self.assertIn("_320x240_BayerRG8.raw: cannot be written: File too large", said)
-        self.assertIn("10 frames, 0 lost", said)
+        self.assertRegex(said, r"10 frames, \d+ lost")  # the simulated camera does not wait for a machine under load
         self.assertEqual(self.names(), [])
