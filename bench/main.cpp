@@ -31,11 +31,12 @@ Examples:
 
 constexpr const char* allSizes =
     "64x64,640x480,1280x960,1279x960,1280x960+1,1920x1080,1921x1080,1920x1080+1,2448x2048,4096x3000";
+constexpr const char* usualSizes = "1280x960,1920x1080";
 
 struct Options {
     std::string filter = ".";
     std::string isa;
-    std::string sizes = "1280x960,1920x1080";
+    std::string sizes;
     std::string jsonFile, csvFile;
     std::vector<std::string> modules;
     int rounds = 31;
@@ -121,7 +122,8 @@ public:
         requireWritable(options_.jsonFile);
         requireWritable(options_.csvFile);
         pinToCore(options_.core);
-        const std::vector<Shape> shapes = options_.marks ? shapesForMarks() : shapesFrom(options_.sizes);
+        const std::vector<Shape> shapes =
+            options_.marks ? shapesForMarks() : shapesFrom(options_.sizes.empty() ? usualSizes : options_.sizes);
         const bool quiet = options_.jsonFile == "-" || options_.csvFile == "-";
         if (!quiet) {
             printHeading(std::cout, facts_);
@@ -142,9 +144,18 @@ public:
     }
 
 private:
-    // Every step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single cells.
+    // A single step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single
+    // cells.
     void countInstructions(const Case& each, const Table& table) const {
-        const Shape shape{table.instructionSet == "scalar" ? 64 : 320, 12, false};
+        if (options_.sizes.empty()) {
+            countInstructions(each, table, {table.instructionSet == "scalar" ? 64 : 320, 12, false});
+            return;
+        }
+        for (const Shape& shape : shapesFrom(options_.sizes)) {
+            countInstructions(each, table, shape);
+        }
+    }
+    void countInstructions(const Case& each, const Table& table, const Shape& shape) const {
         const Frame frame(shape, each.samples, each.outputBytesPerPixel);
         if (const Work work = each.bind(table, frame)) {
             const double perPixel = static_cast<double>(instructionsOf(work)) / static_cast<double>(frame.pixels());
@@ -256,7 +267,8 @@ void declare(CLI::App& app, Options& options) {
     app.footer(examples);
     app.add_option("--filter", options.filter, "Regular expression: cases to run (see --list)");
     app.add_option("--isa", options.isa, "Only this instruction set: scalar, ssse3, avx2, avx512bw, avx512vbmi");
-    app.add_option("--sizes", options.sizes, "Like 1280x960,1280x960+1 (+1: rows at odd addresses), or all");
+    app.add_option("--sizes", options.sizes, "Like 1280x960,1280x960+1 (+1: rows at odd addresses), or all")
+        ->type_name("SIZES [" + std::string(usualSizes) + "]");
     app.add_option("--rounds", options.rounds, "Interleaved rounds")->check(CLI::Range(1, 100000));
     app.add_option("--core", options.core, "The core to run on")->check(CLI::Range(0, 1023));
     app.add_option("--json", options.jsonFile, "Write results to this file, - for standard output");

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""cv2.cvtColor's demosaicing replaced by kro's, and what that changes: time for a frame, and likeness to the picture that
-the frame was made of (PSNR, higher is better).
+"""cv2.cvtColor's demosaicing replaced by kro's, and what that changes: time for a frame, and likeness to the picture
+that the frame was made of (PSNR, higher is better).
 
     opencv_to_kro.py [PICTURE]     without one, of a scene drawn here
 

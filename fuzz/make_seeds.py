@@ -88,7 +88,7 @@ def calls(target, count):
 
 def main():
     groups = {"pictures": [*pictures(), *jpegs(sys.argv[1])], "containers": [*containers()], "names": [*names()]}
-    groups.update((target, [*calls(target, 24)]) for target in ("handle", "view", "tables"))
+    groups.update((target, [*calls(target, 24)]) for target in ("handle", "view", "tables", "gstreamer"))
     for target, seeds in groups.items():
         folder = os.path.join(HERE, "seeds", target)
         os.makedirs(folder, exist_ok=True)

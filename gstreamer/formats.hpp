@@ -47,7 +47,7 @@ const RawFormat* pictureFormat(GstVideoFormat name);
 
 // Caps of pictures that frames of these caps can become, and the reverse: all but the format stays.
 GstCaps* pictureCapsOf(const GstCaps* frames);
-GstCaps* frameCapsOf(const GstCaps* pictures);
+GstCaps* frameCapsOf(const GstCaps* pictureCaps);
 
 // Of the pictures on offer those that suit the frame, the best one first: grey for grey ones, of its depth; colour
 // for mosaics. Takes the reference, as gst_caps_fixate does.

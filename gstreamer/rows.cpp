@@ -3,8 +3,7 @@
 namespace krogst {
 namespace {
 
-G_GNUC_PRINTF(2, 3)
-bool fail(Reason& reason, const char* format, ...) {
+[[gnu::format(printf, 2, 3)]] bool fail(Reason& reason, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     g_vsnprintf(reason.text, sizeof reason.text, format, arguments);

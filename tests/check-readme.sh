@@ -51,7 +51,7 @@ esac
 if grep -q '^KRO_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
     python=$(sed -n 's/^_*Python_EXECUTABLE:[A-Z]*=//p' "$build/CMakeCache.txt" | grep -m 1 .)
     package=$(find "$work/prefix" -name '_kro.abi3.so')
-    blocks python >"$work/example.py"
+    { blocks python; echo 'assert len(film) == 1 and deep.dtype == "uint16" and (canvas == 9).all() and not black.any()'; } >"$work/example.py"
     (cd "$work" && PYTHONPATH=$(dirname "$(dirname "$package")") "$python" -B example.py)
     whole python.ppm
     cmp "$work/scene.ppm" "$work/python.ppm"

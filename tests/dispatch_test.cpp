@@ -1,4 +1,6 @@
 // The tables of kernels: complete, distinct, and exactly those that this processor can run.
+#include <elf.h>
+
 #include <algorithm>
 #include <fstream>
 #include <set>
@@ -21,6 +23,19 @@ std::vector<Member> membersOf(const kro::Kernels& table) {
     return members;
 }
 
+#if defined(__arm__)
+// Emulators show their own machine's /proc/cpuinfo; what a program is started with tells of the processor.
+bool processorHas(const std::vector<std::string>& wanted) {
+    std::ifstream startedWith("/proc/self/auxv", std::ios::binary);
+    unsigned long entry[2], capabilities = 0;
+    while (startedWith.read(reinterpret_cast<char*>(entry), sizeof entry)) {
+        capabilities = entry[0] == AT_HWCAP ? entry[1] : capabilities;
+    }
+    const bool neon = (capabilities & 1ul << 12) != 0;
+    return std::all_of(wanted.begin(), wanted.end(),
+                       [=](const std::string& name) { return name == "fpu=neon" && neon; });
+}
+#else
 bool processorHas(const std::vector<std::string>& wanted) {
     std::ifstream info("/proc/cpuinfo");
     std::string line;
@@ -41,6 +56,7 @@ bool processorHas(const std::vector<std::string>& wanted) {
     }
     return true;
 }
+#endif
 
 // What a set's unit is compiled for: the names after -m, as /proc/cpuinfo spells them.
 std::vector<std::string> instructionsIn(const std::string& compilerFlags) {

@@ -1,5 +1,6 @@
 // Whole frames through the demosaicing entry: every input format, output format, algorithm and instruction set.
 #include <algorithm>
+#include <cstring>
 
 #include "KRODemosaicing.hpp"
 #include "support.hpp"
@@ -27,12 +28,9 @@ const InputFormat& bytesOf(Phase phase) {
     return formatNamed(names[static_cast<int>(phase)]);
 }
 
-std::vector<uint8_t> littleEndian(const std::vector<uint16_t>& words) {
-    std::vector<uint8_t> bytes;
-    for (uint16_t word : words) {
-        bytes.push_back(static_cast<uint8_t>(word));
-        bytes.push_back(static_cast<uint8_t>(word >> 8));
-    }
+std::vector<uint8_t> inMemory(const std::vector<uint16_t>& words) {
+    std::vector<uint8_t> bytes(words.size() * 2);
+    std::memcpy(bytes.data(), words.data(), bytes.size());
     return bytes;
 }
 
@@ -49,7 +47,7 @@ Raw rawFrame(const InputFormat& format, Size size, Content content, uint32_t see
     if (format.layout == Layout::words) {
         const int top = beyond ? 0xFFFF : (1 << format.bits) - 1;
         const std::vector<uint16_t> words = samples(content, size, top, seed);
-        raw.bytes = littleEndian(words);
+        raw.bytes = inMemory(words);
         raw.reduced = reference::reduced(words, static_cast<unsigned>(format.bits - 8));
     } else if (format.layout == Layout::packed) {
         const int groups = static_cast<int>((n + 1) / 2);
@@ -246,7 +244,7 @@ TEST(DeepFrames, PackedFrameEqualsItsUnpackedCounterpart) {
         packedBytes.push_back(static_cast<uint8_t>(words[i + 1] >> 4));
     }
     EXPECT_EQ(reference::reduced(words, 4), reference::unpacked(packedBytes, words.size()));
-    std::vector<uint8_t> wordBytes = littleEndian(words);
+    std::vector<uint8_t> wordBytes = inMemory(words);
     for (const kro::Kernels* table : usableTables()) {
         std::vector<uint8_t> pictures[2];
         const struct {

@@ -37,7 +37,7 @@ std::vector<uint16_t> words(const std::vector<uint8_t>& bytes) {
         GTEST_SKIP() << "no real frame " << name << " beside the project folder"; \
     }
 
-void checkAllMethods(Size size, uint32_t format, const std::vector<uint8_t>& raw, const Mosaic& reduced) {
+void checkAllMethods(Size size, uint32_t format, const void* raw, const Mosaic& reduced) {
     Destination destination(reduced.sample.size() * 4);
     for (Method method : reference::allMethods) {
         const reference::Picture picture = reference::demosaic(method, reduced);
@@ -51,7 +51,8 @@ void checkAllMethods(Size size, uint32_t format, const std::vector<uint8_t>& raw
                 destination.check(
                     *table, expected,
                     [&](uint8_t* to) {
-                        const KroImage in{size.height, size.width, format, const_cast<uint8_t*>(raw.data())};
+                        const KroImage in{size.height, size.width, format,
+                                          static_cast<uint8_t*>(const_cast<void*>(raw))};
                         KroImage out{0, 0, 0, to};
                         EXPECT_EQ(KRO_OK,
                                   kro::demosaicing(*table, handle, &in, static_cast<KroAlgorithm>(method), &out));
@@ -67,15 +68,16 @@ TEST(RealFrames, Outdoor8Bits) {
     LOAD_OR_SKIP(raw, outdoor);
     ASSERT_EQ(2592u * 1536u, raw.size());
     const Size size{rowsOf(1536), 2592};
-    checkAllMethods(size, KRO_BAYER_GR8, raw, {size.height, size.width, Phase::gr, raw.data()});
+    checkAllMethods(size, KRO_BAYER_GR8, raw.data(), {size.height, size.width, Phase::gr, raw.data()});
 }
 
 TEST(RealFrames, Chart10Bits) {
     LOAD_OR_SKIP(raw, chart);
     ASSERT_EQ(1920u * 1080u * 2u, raw.size());
     const Size size{rowsOf(1080), 1920};
-    const std::vector<uint8_t> reduced = reference::reduced(words(raw), 2);
-    checkAllMethods(size, KRO_BAYER_RG10, raw, {size.height, size.width, Phase::rg, reduced.data()});
+    const std::vector<uint16_t> samples = words(raw);
+    const std::vector<uint8_t> reduced = reference::reduced(samples, 2);
+    checkAllMethods(size, KRO_BAYER_RG10, samples.data(), {size.height, size.width, Phase::rg, reduced.data()});
 }
 
 void checkWords(Size size, const std::vector<uint8_t>& raw) {

@@ -1,6 +1,7 @@
 #include "regions.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 namespace regions {
 
@@ -46,10 +47,10 @@ Expected bytesOf(const Picture& picture, const Style& style, const Inside& insid
 Expected wordsOf(const std::vector<uint16_t>& words, const std::vector<bool>& written) {
     Expected expected;
     for (size_t i = 0; i < words.size(); ++i) {
-        for (int shift : {0, 8}) {
-            expected.value.push_back(static_cast<uint8_t>(words[i] >> shift));
-            expected.written.push_back(written[i]);
-        }
+        uint8_t bytes[2];
+        std::memcpy(bytes, &words[i], sizeof bytes);
+        expected.value.insert(expected.value.end(), bytes, bytes + 2);
+        expected.written.insert(expected.written.end(), 2, written[i]);
     }
     return expected;
 }

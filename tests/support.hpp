@@ -15,11 +15,16 @@
 #include "reference.hpp"
 #include "table/kernels.hpp"
 
-// Sanitized builds run the same tests on fewer sizes.
+// Where everything takes long, sanitized or emulated, the same tests run on fewer sizes.
 #ifdef KRO_TEST_REDUCED
 constexpr bool reducedRun = true;
 #else
 constexpr bool reducedRun = false;
+#endif
+#ifdef KRO_TEST_SANITIZED
+constexpr bool sanitizedRun = true;
+#else
+constexpr bool sanitizedRun = false;
 #endif
 
 // Of what is too much for each run, every `spread`-th case is tried; with KRO_TEST_EXHAUSTIVE=1 in the environment

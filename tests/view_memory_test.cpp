@@ -173,7 +173,7 @@ TEST_P(ViewPages, NothingBetweenRowsIsTouched) {
 
 #if defined(__x86_64__)
 TEST(ViewMemory, RowsFartherApartThanFourGigabytes) {
-    if (reducedRun) {
+    if (sanitizedRun) {
         GTEST_SKIP() << "sanitizers take part of the address space";
     }
     for (const bool flipped : {false, true}) {

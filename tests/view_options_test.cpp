@@ -156,7 +156,7 @@ TEST(ViewOptions, ShorterRecordsEndInZeros) {
 
 TEST(ViewOptions, ARecordOfNothingButItsSizeMeansNearest) {
     ViewCall call;
-    EXPECT_EQ(KRO_OK, runWith(call, {4, 0, 0, 0}));
+    EXPECT_EQ(KRO_OK, runWith(call, recordBytes({}, 4)));
     EXPECT_TRUE(call.pixels.holds(expectedOf(call, withAlgorithm(reference::Method::nearest)), {0, 6}));
 }
 

@@ -79,12 +79,15 @@ std::vector<std::string> planesOf(const ViewOutput& output, bool alphaPlane) {
     return planes;
 }
 
+// Words are the machine's, if not said to be big-endian.
+constexpr bool machineIsBigEndian = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
+
 size_t bitPlace(const InputFormat& format, size_t i, int bit, bool bigEndian) {
     switch (format.layout) {
         case Layout::bytes:
             return 8 * i + static_cast<size_t>(bit);
         case Layout::words:
-            return 16 * i + static_cast<size_t>(bigEndian ? (bit + 8) % 16 : bit);
+            return 16 * i + static_cast<size_t>(bigEndian || machineIsBigEndian ? (bit + 8) % 16 : bit);
         case Layout::packed:
             return bitOfPackedPair(format.bits, i, bit);
         case Layout::lsbFirst:

@@ -30,6 +30,12 @@ using Octets = std::vector<uint8_t>;
 
 // ---- layouts ----
 
+// Words are spelled out in bytes.
+#define SKIP_WHERE_WORDS_ARE_BIG_ENDIAN()                          \
+    if (__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__) {                  \
+        GTEST_SKIP() << "the bytes are those of other processors"; \
+    }
+
 TEST(ViewReference, PackedPairs) {
     EXPECT_EQ((Numbers{0xABD, 0xEFC}), numbers("BayerRG12Packed", {0xAB, 0xCD, 0xEF}, 2));
     EXPECT_EQ((Numbers{0x2AD, 0x3BC}), numbers("BayerRG10Packed", {0xAB, 0xCD, 0xEF}, 2));
@@ -52,6 +58,7 @@ TEST(ViewReference, Csi2Groups) {
 }
 
 TEST(ViewReference, BytesAndWords) {
+    SKIP_WHERE_WORDS_ARE_BIG_ENDIAN();
     EXPECT_EQ((Numbers{0x12, 0xFE}), numbers("BayerGR8", {0x12, 0xFE}, 2));
     EXPECT_EQ((Numbers{0x1234, 0xCDAB}), numbers("Mono12", {0x34, 0x12, 0xAB, 0xCD}, 2));
     EXPECT_EQ((Numbers{0x3412, 0xABCD}), numbers("Mono12", {0x34, 0x12, 0xAB, 0xCD}, 2, true));
@@ -266,6 +273,7 @@ TEST(ViewReference, EdgeOf16BitsStaysWithinItsBits) {
 }
 
 TEST(ViewReference, LettersOfEveryOutput) {
+    SKIP_WHERE_WORDS_ARE_BIG_ENDIAN();
     Picture one(1, 1);
     one.at(0, 0) = {0x0102, 0x0304, 0x0506};
     const reference::Finish finish{0x0708, 0};
@@ -287,6 +295,7 @@ TEST(ViewReference, LettersOfEveryOutput) {
 }
 
 TEST(ViewReference, LumaComesBeforeFullRangeAndAlphaStays) {
+    SKIP_WHERE_WORDS_ARE_BIG_ENDIAN();
     Picture one(1, 1);
     one.at(0, 0) = {0x3FF, 0, 0};
     const Octets grey = reference::planeBytes(one, "Y", 16, {0, 10});

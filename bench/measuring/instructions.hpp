@@ -1,5 +1,6 @@
-// Counts instructions exactly, by the processor's single-step flag: works for every instruction set the processor
-// has, needs no counter and no tool, and gives the same number in every run.
+// Counts instructions exactly, the same number in every run: on x86 by the processor's single-step flag, which works
+// for every instruction set that it has and needs no tool; elsewhere by a plugin of the emulator that plays the
+// processor.
 #pragma once
 
 #include <cstdint>

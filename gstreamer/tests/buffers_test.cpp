@@ -19,7 +19,8 @@ protected:
         reference::Scene scene = frame.scene();
         element_.setCaps(frame.input->caps(frame.height, frame.width), output("BGR").caps(frame.height, frame.width));
         ASSERT_EQ(GST_FLOW_OK, element_.push(buffer)) << element_.postedError();
-        expectPicture(element_.pull().get(), output("BGR"), frame.height, frame.width, scene, Method::edge);
+        EXPECT_EQ("",
+                  differenceOf(element_.pull().get(), output("BGR"), frame.height, frame.width, scene, Method::edge));
     }
     // Says why, makes nothing, and takes the next frame.
     void expectRefused(const TestFrame& frame, GstBuffer* buffer, const std::vector<std::string>& reasons) {

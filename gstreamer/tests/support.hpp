@@ -111,9 +111,10 @@ private:
     GstBufferPool* pool_ = nullptr;
 };
 
-// The picture in the buffer must be the reference's, byte for byte; with strides, everything else as it was.
-void expectPicture(GstBuffer* buffer, const Output& output, int height, int width, reference::Scene& scene,
-                   reference::Method method);
-void expectGapsUntouched(GstBuffer* buffer, const Output& output, int height, int width);
+// Where the picture in the buffer is not the reference's, and which bytes between its rows were written; empty where
+// all is right.
+std::string differenceOf(GstBuffer* buffer, const Output& output, int height, int width, reference::Scene& scene,
+                         reference::Method method);
+std::string writtenGapsOf(GstBuffer* buffer, const Output& output, int height, int width);
 
 }  // namespace gsttest

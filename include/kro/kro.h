@@ -37,7 +37,7 @@
  *
  *     input frame                               bytes             layout
  *     Mono8, Bayer..8                           n                 one byte a sample
- *     Mono10/12/14/16, Bayer..10/12/16          2 n               one little-endian word a sample, the value in
+ *     Mono10/12/14/16, Bayer..10/12/16          2 n               one word of the machine a sample, the value in
  *                                                                 its low 10, 12, 14 or 16 bits
  *     Mono10/12Packed, Bayer..10/12Packed       3 ((n + 1) / 2)   two samples in a group of three bytes: high
  *                                                                 bits of the first, low bits of both, high

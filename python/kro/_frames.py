@@ -75,15 +75,13 @@ def read_frames(path: Union[str, "os.PathLike[str]"], format: Optional[Union[str
     >>> kro.read_frames(path)[0].shape
     (8, 16)
     """
-    name = os.fspath(path)
+    name = os.fsdecode(path)
     kind = os.path.splitext(name)[1].lower()
     if kind in _DECODED:
         raise ValueError(f"{name}: a {kind[1:]} file came, expected raw frames or an NPY file, which can be mapped "
                          f"(`kro convert` reads it; so do imageio and others, and kro.convert takes their arrays)")
-    for argument, value in (("skip", skip), ("stride", stride)):
-        if value < 0:
-            raise ValueError(f"{argument}: {value!r} came, expected 0 or more")
-    wanted = "" if format is None else _kro.input_name(format) if isinstance(format, int) else format
+    skip, stride = _whole("skip", skip), _whole("stride", stride)
+    wanted = "" if format is None else format if isinstance(format, str) else _kro.input_name(format)
     if kind == ".npy":
         return _array_frames(name, wanted, shape, bool(skip or stride or big_endian))
     return _raw_frames(name, wanted, shape, skip, stride, big_endian, ignore_rest)
@@ -92,6 +90,16 @@ def read_frames(path: Union[str, "os.PathLike[str]"], format: Optional[Union[str
 def _shown(name: str) -> str:
     """A file's name for messages and for what it says of its frames, whatever its bytes."""
     return name.encode("utf-8", "replace").decode()
+
+
+def _whole(argument: str, value: Any) -> int:
+    try:
+        number = operator.index(value)
+    except TypeError:
+        raise TypeError(f"{argument}: {value!r} came, expected a whole number") from None
+    if not 0 <= number < 1 << 62:
+        raise ValueError(f"{argument}: {value!r} came, expected 0 or more, below 2^62")
+    return number
 
 
 def _sides(shape: Any) -> Tuple[int, int]:

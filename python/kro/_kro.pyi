@@ -7,14 +7,16 @@ version: str
 
 class CopyWarning(RuntimeWarning): ...
 
+# Not every checker knows that an array has the buffer protocol.
+_Frame = Union[ReadableBuffer, "numpy.ndarray[Any, Any]"]
 _Out = TypeVar("_Out")
 
-@overload
-def convert(frame: ReadableBuffer, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
+@overload  # type: ignore[misc]  # None is no memory to write into
+def convert(frame: _Frame, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
             algorithm: str = "edge", output: Union[str, int] = "RGB8", out: None = None, threads: Optional[int] = None,
             bits: Optional[int] = None) -> "numpy.ndarray[Any, Any]": ...
 @overload
-def convert(frame: ReadableBuffer, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
+def convert(frame: _Frame, format: Union[str, int], shape: Optional[Tuple[int, int]] = None, *,
             algorithm: str = "edge", output: Union[str, int] = "RGB8", out: _Out, threads: Optional[int] = None,
             bits: Optional[int] = None) -> _Out: ...
 

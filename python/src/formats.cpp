@@ -156,7 +156,7 @@ const char* nameOf(uint32_t code) { return kro::nameOf(static_cast<kro::PixelFor
 
 const char* packingName(const cli::InputFormat& format) {
     constexpr std::array<const char*, 5> names{"byte", "word", "packed", "lsb", "csi2"};
-    return names[static_cast<std::size_t>(format.packing)];
+    return names.at(static_cast<std::size_t>(format.packing));
 }
 
 std::string inPython(std::string text) {

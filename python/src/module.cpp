@@ -15,7 +15,7 @@ namespace {
 
 // Wrong words of a user's become ValueError, with Python's names for the command's options.
 template <typename Work>
-PyObject* answered(Work&& work) noexcept {
+PyObject* answered(Work&& work) {
     return guarded([&] {
         try {
             return work();

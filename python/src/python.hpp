@@ -7,6 +7,7 @@
 #define Py_LIMITED_API 0x030B0000
 #endif
 #include <Python.h>
+#include <unistd.h>
 
 #include <exception>
 #include <new>
@@ -50,11 +51,20 @@ template <typename... Values>
     throw Raised{};
 }
 
-// The interpreter's lock given back to other threads for as long as this lives.
+// The interpreter's lock given back to other threads for as long as this lives. A thread that wants it back while the
+// interpreter ends is ended by Python before 3.14, in the midst of C++; it waits for the end of the process instead.
 class Unlocked {
 public:
     Unlocked() noexcept : state_(PyEval_SaveThread()) {}
-    ~Unlocked() { PyEval_RestoreThread(state_); }
+    ~Unlocked() {
+        try {
+            PyEval_RestoreThread(state_);
+        } catch (...) {
+            for (;;) {
+                pause();
+            }
+        }
+    }
     Unlocked(const Unlocked&) = delete;
     Unlocked& operator=(const Unlocked&) = delete;
 

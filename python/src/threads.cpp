@@ -54,7 +54,8 @@ void Executor::operator()(int count, const kro::BandTask& task) const {
 }
 
 void keepThreadsOutOfForks() {
-    pthread_atfork([] { kept().mutex.lock(); }, [] { kept().mutex.unlock(); }, forget);
+    static const int done = pthread_atfork([] { kept().mutex.lock(); }, [] { kept().mutex.unlock(); }, forget);
+    static_cast<void>(done);
 }
 
 }  // namespace binding

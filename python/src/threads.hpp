@@ -15,7 +15,7 @@ private:
     unsigned most_;
 };
 
-// To be called once.
+// Once is enough; a package that is imported again asks again.
 void keepThreadsOutOfForks();
 
 }  // namespace binding

@@ -62,7 +62,7 @@ class Case:
 
     def bytes(self):
         size = native.frame_bytes(self.pixel_format, self.height * self.width)
-        change = self.random.choice((0, 0, 0, 0, 1, -1, 2, self.height, self.height * 2, -size))
+        change = self.random.choice((*[0] * 14, 1, -1, 2, self.height, self.height * 2, -size))
         data = self.memory(max(size + change, 0))
         return self.random.choice((data, memoryview(data), data.tobytes(), bytearray(data)))
 
@@ -72,7 +72,7 @@ class Case:
             kind = self.random.choice(("<u2", "<u2", ">u2"))
         size = numpy.dtype(kind).itemsize
         needed = native.frame_bytes(self.pixel_format, self.width) // size
-        more = self.random.choice((0, 0, 0, 1, 5, -1)) if not plain or size == 1 else 0
+        more = self.random.choice((0, 0, 0, 0, 1, 5, -1)) if not plain or size == 1 else 0
         step = self.random.choice((1, 1, 1, 1, 2, 3))
         columns = max(needed + more, 0) * step
         around = self.memory(self.height * columns * size).view(kind).reshape(self.height, columns)
@@ -91,8 +91,8 @@ class Case:
         if self.chance(0.3):
             self.arguments["threads"] = self.random.choice((None, 1, 2, 3, 100))
         if self.chance(0.3):
-            self.arguments["bits"] = self.random.choice((None, self.known.bits, *(
-                range(8, 17) if self.known.packing == "word" and self.chance(0.9) else range(7, 18))))
+            right = (None, *(range(8, 17) if self.known.packing == "word" else (self.known.bits,)))
+            self.arguments["bits"] = self.random.choice(right if self.chance(0.9) else range(7, 18))
         if self.chance(0.5):
             self.arguments["out"] = self.out()
 
@@ -113,7 +113,7 @@ class Case:
 
     def spoil(self):
         """One or two arguments become something else."""
-        for _ in range(self.random.choice((0, 0, 0, 1, 1, 2))):
+        for _ in range(self.random.choice((0, 0, 0, 0, 1, 2))):
             name = self.random.choice(ARGUMENTS)
             if name == "shape" and self.chance(0.6):
                 value = (self.random.choice((self.height, *NUMBERS)), self.random.choice((self.width, *NUMBERS)))

@@ -11,6 +11,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "..", "tests", 
 from support import ALGORITHMS, ALL_FORMATS  # noqa: E402  the formats as the command's tests know them
 
 LIBRARY = ctypes.CDLL(os.environ["KRO_LIBRARY"])
+LIBC = ctypes.CDLL(None)
 BIG_ENDIAN = 2
 
 # Name: code, shape of the array around (height, width), type.
@@ -91,7 +92,7 @@ class Guarded:
         self.memory = mmap.mmap(-1, self.size + 2 * page)
         start = ctypes.addressof(ctypes.c_char.from_buffer(self.memory))
         for at in (start, start + page + self.size):
-            assert ctypes.CDLL(None, use_errno=True).mprotect(ctypes.c_void_p(at), page, 0) == 0
+            assert LIBC.mprotect(ctypes.c_void_p(at), page, 0) == 0
 
     def array(self, size, at_end):
         """So many bytes that touch the page before or behind."""

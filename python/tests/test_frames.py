@@ -67,6 +67,10 @@ def test_names_say_what_they_say_to_the_command(tmp_path, name, size):
     ("a_16x8_BayerRG8.raw", 128, {"stride": 8}, "stride=8 is shorter than a row"),
     ("a_16x8_BayerRG8.raw", 128, {"big_endian": True}, "big_endian=True"),
     ("a_16x8_BayerRG8.raw", 128, {"skip": -1}, "skip: -1 came, expected 0 or more"),
+    ("a_16x8_BayerRG8.raw", 128, {"skip": 1 << 63}, "skip: 9223372036854775808 came"),
+    ("a_16x8_BayerRG8.raw", 128, {"skip": (1 << 62) - 1}, "leaves nothing"),
+    ("a_16x8_BayerRG8.raw", 128, {"stride": (1 << 62) - 1}, "larger than memory can be"),
+    ("a_16x8_BayerRG8.raw", 128, {"format": 7}, "format: 7 came"),
     ("a_16x8_BayerRG8.raw", 128, {"format": "BayerXY8"}, "unknown pixel format 'BayerXY8'"),
     ("a_16x8_BayerRG8.raw", 128, {"shape": (2, 64)}, "bad size '64x2'"),
     ("a_16x8_BayerRG8.png", 128, {}, "expected raw frames or an NPY file"),
@@ -83,6 +87,21 @@ def test_what_is_wrong_is_said(tmp_path, name, size, options, says):
 def test_no_such_file(tmp_path):
     with pytest.raises(FileNotFoundError):
         kro.read_frames(tmp_path / "a_16x8_BayerRG8.raw")
+
+
+@pytest.mark.parametrize("arguments", [{"skip": "1"}, {"stride": 1.5}, {"skip": None}, {"format": []}, {"format": b"rggb"}])
+def test_arguments_of_other_types(tmp_path, arguments):
+    with pytest.raises(TypeError, match=f"^{next(iter(arguments))}: "):
+        kro.read_frames(write(tmp_path, "a_16x8_BayerRG8.raw", bytes(128)), **arguments)
+
+
+def test_paths_of_other_types(tmp_path):
+    path = write(tmp_path, "a_16x8_BayerRG8.raw", bytes(128))
+    for same in (str(path), os.fsencode(path)):
+        assert kro.read_frames(same).shape == (8, 16)
+    odd = os.fsencode(path).replace(b"a_", b"\xff_")
+    os.rename(path, odd)
+    assert kro.read_frames(os.fsdecode(odd)).shape == (8, 16)
 
 
 @pytest.mark.parametrize("shape", [5, (1, 2, 3), ("a", "b"), (8.0, 16)])

@@ -1,6 +1,7 @@
 """Threads of the interpreter's and of the library's."""
 
 import os
+import subprocess
 import sys
 import threading
 from concurrent.futures import ThreadPoolExecutor
@@ -75,3 +76,31 @@ def test_a_forked_process_has_threads_of_its_own():
         except BaseException:
             os._exit(2)
     assert os.waitpid(child, 0)[1] == 0
+
+
+def succeeds(program):
+    """A process of its own that must end well and say nothing."""
+    result = subprocess.run([sys.executable, "-B", "-c", program], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                            timeout=120)
+    return (result.returncode, result.stdout) == (0, b"") or (result.returncode, result.stdout)
+
+
+def test_threads_that_still_convert_when_the_interpreter_ends():
+    program = ("import kro, threading, time\n"
+               "def convert():\n"
+               "    while True: kro.convert(bytes(640 * 480), 'BayerRG8', (480, 640), threads=2)\n"
+               "for _ in range(4): threading.Thread(target=convert, daemon=True).start()\n"
+               "time.sleep(0.05)\n")
+    for _ in range(5):
+        assert succeeds(program) is True
+
+
+def test_a_package_that_is_imported_again():
+    program = ("import sys, os, kro\n"
+               "for name in [name for name in sys.modules if name.startswith('kro')]: del sys.modules[name]\n"
+               "import kro\n"
+               "kro.convert(bytes(490000), 'BayerRG8', (700, 700), threads=2)\n"
+               "child = os.fork()\n"
+               "if child == 0: os._exit(0)\n"
+               "assert os.waitpid(child, 0)[1] == 0\n")
+    assert succeeds(program) is True

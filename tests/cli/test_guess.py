@@ -8,7 +8,7 @@ import struct
 import subprocess
 
 from pictures import read_png, write_ppm
-from support import COMMAND, FORMATS, FRAMES, Case, random_samples
+from support import COMMAND, FORMATS, FRAMES, Case, random_samples, some
 
 SIZE = (640, 480)
 EXCHANGED = {"RG": "BG", "BG": "RG", "GR": "GB", "GB": "GR"}
@@ -101,11 +101,11 @@ class Guess(Case):
         return [f"Bayer{p}{suffix}" for p in (phase, EXCHANGED[phase])] if phase else [f"Mono{suffix}"]
 
     def test_words_and_bytes(self):
-        for phase, bits in (("RG", 8), ("GR", 8), (None, 8), ("GB", 10), ("BG", 12), (None, 12), ("RG", 14), ("GR", 16)):
+        for phase, bits in some((("RG", 8), ("GR", 8), (None, 8), ("GB", 10), ("BG", 12), (None, 12), ("RG", 14), ("GR", 16))):
             self.check(self.frame(phase, bits), self.names(phase, bits))
 
     def test_big_endian_words(self):
-        for phase, bits in (("BG", 10), (None, 12), ("GR", 16)):
+        for phase, bits in some((("BG", 10), (None, 12), ("GR", 16))):
             self.check(self.frame(phase, bits, lambda samples: struct.pack(f">{len(samples)}H", *samples)),
                        self.names(phase, bits), big_endian="")
 
@@ -115,15 +115,15 @@ class Guess(Case):
         self.assertIn("high 12 bits", said)
 
     def test_packed(self):
-        for phase, bits in (("RG", 10), (None, 12), ("GB", 12)):
+        for phase, bits in some((("RG", 10), (None, 12), ("GB", 12))):
             layout = FORMATS[f"Mono{bits}Packed"]
             self.check(self.frame(phase, bits, layout.pack), self.names(phase, f"{bits}Packed"))
-        for phase, bits in (("BG", 10), ("GR", 12), (None, 14)):
+        for phase, bits in some((("BG", 10), ("GR", 12), (None, 14))):
             self.check(self.frame(phase, bits, lambda samples: bits_lowest_first(samples, bits)),
                        self.names(phase, f"{bits}p"))
 
     def test_csi2(self):
-        for phase, bits in (("RG", 10), ("GB", 12), (None, 10), ("BG", 14)):
+        for phase, bits in some((("RG", 10), ("GB", 12), (None, 10), ("BG", 14))):
             names = [f"S{SITES[p]}{bits}P" for p in (phase, EXCHANGED[phase])] if phase else [f"Y{bits}P"]
             self.check(self.frame(phase, bits, lambda samples: csi2(samples, bits)), names)
 
@@ -138,7 +138,7 @@ class Guess(Case):
 
     def test_headers(self):
         frame = self.frame("GR", 8)
-        for header in (16, 512, 4096):
+        for header in some((16, 512, 4096)):
             said = self.check(b"HEADER".ljust(header, b"\0") + frame, self.names("GR", 8), skip=str(header))
             self.assertIn(f"{header} bytes that are no such rows", said)
 

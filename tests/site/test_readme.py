@@ -22,6 +22,7 @@ RUNNERS = {
     "examples/camera/tests/check-copied.sh": r"cmake -S examples/camera ",
     "scripts/test": r"scripts/install-packages$|cmake --(preset|build)",
     "scripts/package": r"scripts/package|sudo apt install ",
+    "scripts/page": r"scripts/page ",
     ".ci/run": r"scripts/test ",
 }
 # Planar formats with a fourth plane, which the list has under the name of those with three.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <filesystem>
 #include <limits>
 #include <string_view>
 #include <vector>
@@ -181,7 +180,9 @@ int bitsOf(uint32_t maximum) {
     return bits;
 }
 
-NameHints hintsOf(const std::string& path) { return readName(std::filesystem::path(path).filename().string()); }
+std::string withoutFolders(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+NameHints hintsOf(const std::string& path) { return readName(withoutFolders(path)); }
 
 int depthInName(const std::string& path) {
     const NameHints hints = hintsOf(path);
@@ -250,7 +251,7 @@ FrameLayout inferLayout(const std::string& path, const FrameRequest& request, st
     FrameLayout layout;
     layout.skip = request.skip;
     layout.stride = static_cast<std::size_t>(request.stride);
-    const std::string fileName = std::filesystem::path(path).filename().string();
+    const std::string fileName = withoutFolders(path);
     const uint64_t payload = payloadOf(fileBytes, request.skip);
     NamedInput input = request.formatName.empty() ? NamedInput{} : requireInputFormat(request.formatName);
     const std::optional<FrameSize> size =
