@@ -1,5 +1,5 @@
 #!/bin/sh
-# README's examples in C and C++ compile and run as it says, against what a build installs, and make the same picture.
+# README's examples in C, C++ and Python compile and run as it says, against what a build installs, and make the same picture.
 # usage: check-readme.sh README BUILD LANGUAGES C-COMPILER C++-COMPILER FLAGS
 set -eu
 readme=$1 build=$2 languages=$3 cc=$4 cxx=$5 flags=$6
@@ -27,14 +27,17 @@ PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name kro.pc)")
 LD_LIBRARY_PATH=$(dirname "$PKG_CONFIG_PATH")
 export PATH PKG_CONFIG_PATH LD_LIBRARY_PATH
 
-# try SOURCE PICTURE: runs README's lines about the source and what is made from it.
+# whole PICTURE: it is all there. try SOURCE PICTURE: runs README's lines about the source and what is made from it.
+whole() {
+    [ "$(head -n 1 "$work/$1")" = "P6 1280 960 255" ] || { echo "$1 is no picture of 1280 x 960"; exit 1; }
+    [ "$(wc -c <"$work/$1")" -eq $((16 + 1280 * 960 * 3)) ] || { echo "$1 is not whole"; exit 1; }
+}
 try() {
     program=$(blocks sh | sed -n "s/.* $1 .*-o \\([^ ]*\\)\$/\\1/p")
     [ -n "$program" ] || { echo "README does not compile $1"; exit 1; }
     blocks sh | grep -e " $1 " -e "^\\./$program " >"$work/lines"
     (cd "$work" && sh -eux ./lines)
-    [ "$(head -n 1 "$work/$2")" = "P6 1280 960 255" ] || { echo "$2 is no picture of 1280 x 960"; exit 1; }
-    [ "$(wc -c <"$work/$2")" -eq $((16 + 1280 * 960 * 3)) ] || { echo "$2 is not whole"; exit 1; }
+    whole "$2"
 }
 try example.c scene.ppm
 case $languages in
@@ -43,6 +46,18 @@ case $languages in
         cmp "$work/scene.ppm" "$work/scene++.ppm"
         ;;
 esac
+
+# The Python package, where the build has it; a build that should have it and does not install it fails.
+if grep -q '^KRO_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt"; then
+    python=$(sed -n 's/^_*Python_EXECUTABLE:[A-Z]*=//p' "$build/CMakeCache.txt" | grep -m 1 .)
+    package=$(find "$work/prefix" -name '_kro.abi3.so')
+    { blocks python; echo 'assert len(film) == 1 and deep.dtype == "uint16" and (canvas == 9).all() and not black.any()'; } >"$work/example.py"
+    (cd "$work" && PYTHONPATH=$(dirname "$(dirname "$package")") "$python" -B example.py)
+    whole python.ppm
+    cmp "$work/scene.ppm" "$work/python.ppm"
+else
+    echo "the example in Python is not run: this build has no KRO_BUILD_PYTHON"
+fi
 if [ -x "$work/prefix/bin/kro" ]; then
     "$work/prefix/bin/kro" convert -q "$work/$frame" -a edge -O RGB8 --to ppm -o "$work/command.ppm"
     tail -c $((1280 * 960 * 3)) "$work/command.ppm" >"$work/command.pixels"
