@@ -256,4 +256,24 @@ TEST_F(BilinearU16, CheckedEntriesRefuseNullsBeforeSizesAndWriteNothing) {
     EXPECT_EQ(std::vector<uint16_t>(64 * 3, 7), to);
 }
 
+TEST_F(BilinearU16, CheckedEntriesTakeTheSmallestFrames) {
+    for (const Size size : {Size{4, 4}, Size{4, 9}, Size{9, 4}}) {
+        const reference::Mosaic m(size.height, size.width, reference::Phase::rg,
+                                  samples(Content::noise, size, 4095, 71).data());
+        const reference::Picture picture = reference::bilinearU16(m);
+        const std::vector<uint16_t> from = regions::wordsOf(m);
+        std::vector<uint16_t> bgr(size.pixels() * 3), planes[3];
+        for (std::vector<uint16_t>& plane : planes) {
+            plane.resize(size.pixels());
+        }
+        EXPECT_EQ(KRO_OK, kroDemosaicingBilinearU16(from.data(), size.height, size.width, bgr.data()));
+        EXPECT_EQ(KRO_OK, kroDemosaicingBilinearU16P(from.data(), size.height, size.width, planes[0].data(),
+                                                     planes[1].data(), planes[2].data()));
+        for (size_t i = 0; i < bgr.size(); ++i) {
+            ASSERT_EQ(picture.pixel[i / 3][2 - i % 3], bgr[i]) << describe(size) << " sample " << i;
+            ASSERT_EQ(bgr[i], planes[i % 3][i / 3]) << describe(size) << " plane " << i % 3;
+        }
+    }
+}
+
 }  // namespace

@@ -178,26 +178,37 @@ private:
     }
 };
 
+void checkByHand(Phase phase, Size size, guard::Buffer& source, Destination& destination) {
+    const Mosaic m(size.height, size.width, phase, samples(Content::noise, size, 65535, 17).data());
+    const uint16_t* const from = source.hold(regions::wordsOf(m), guard::Placement::againstEnd);
+    const Picture picture = reference::edgeU16(m, clampOf(phase));
+    std::vector<uint16_t> wanted;
+    for (const reference::Pixel& pixel : picture.pixel) {
+        for (size_t channel : {2u, 1u, 0u}) {
+            wanted.push_back(static_cast<uint16_t>(pixel[channel]));
+        }
+    }
+    const Expected expected = regions::wordsOf(picture, false, false);
+    for (const kro::Kernels* t : usableTables()) {
+        ASSERT_TRUE(destination.check(
+            *t, expected,
+            [&](uint8_t* to) { ByHand(*t, phase, size, from, reinterpret_cast<uint16_t*>(to), wanted).run(); },
+            [&] { return describe(size); }));
+        ASSERT_FALSE(testing::Test::HasFailure());
+    }
+}
+
 TEST_P(EdgeU16, RoutinesInTheDriversOrderGiveTheFrame) {
     for (Size size : everySize(GetParam() == Phase::rg || GetParam() == Phase::gr ? 6 : 7, 14, 4, 40)) {
-        const Mosaic m(size.height, size.width, GetParam(), samples(Content::noise, size, 65535, 17).data());
-        const uint16_t* const from = source.hold(regions::wordsOf(m), guard::Placement::againstEnd);
-        const Picture picture = reference::edgeU16(m, clampOf(GetParam()));
-        std::vector<uint16_t> wanted;
-        for (const reference::Pixel& pixel : picture.pixel) {
-            for (size_t channel : {2u, 1u, 0u}) {
-                wanted.push_back(static_cast<uint16_t>(pixel[channel]));
-            }
-        }
-        const Expected expected = regions::wordsOf(picture, false, false);
-        for (const kro::Kernels* t : usableTables()) {
-            ASSERT_TRUE(destination.check(
-                *t, expected,
-                [&](uint8_t* to) {
-                    ByHand(*t, GetParam(), size, from, reinterpret_cast<uint16_t*>(to), wanted).run();
-                },
-                [&] { return describe(size); }));
-            ASSERT_FALSE(HasFailure());
+        ASSERT_NO_FATAL_FAILURE(checkByHand(GetParam(), size, source, destination));
+    }
+}
+
+// Regions are worked on in strips of 256 columns.
+TEST_P(EdgeU16, RoutinesOnRowsOfSeveralStripsGiveTheFrame) {
+    for (int width : {255, 256, 257, 258, 259, 260, 511, 512, 513, 514, 515, 516, 1031}) {
+        for (int height : {8, 9}) {
+            ASSERT_NO_FATAL_FAILURE(checkByHand(GetParam(), {height, width}, source, destination));
         }
     }
 }

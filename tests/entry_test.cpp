@@ -1,10 +1,12 @@
 // The demosaicing entry: checks in their order, scratch requests, what stays untouched.
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
 #include "KRODemosaicing.hpp"
 #include "allocation.hpp"
 #include "support.hpp"
+#include "view_reference.hpp"
 
 namespace {
 
@@ -101,6 +103,29 @@ TEST(Entry, UnknownInputFormatsAreRefused) {
         call.handle.outputFormat = 1;  // wrong too, but found later
         EXPECT_EQ(KRO_ERR_FORMAT, call.run(anyTable())) << std::hex << format;
         EXPECT_EQ(nullptr, call.handle.scratch.data);
+        call.expectDescriptorUntouched();
+        call.expectNothingWritten();
+    }
+}
+
+TEST(Entry, FormatsOfViewsAloneAreRefused) {
+    for (const reference::InputFormat& format : reference::furtherInputFormats) {
+        Call call;
+        call.input.pixelFormat = format.code;
+        EXPECT_EQ(KRO_ERR_FORMAT, call.run(anyTable())) << format.name;
+        EXPECT_EQ(nullptr, call.handle.scratch.data);
+        call.expectDescriptorUntouched();
+        call.expectNothingWritten();
+    }
+    for (const reference::ViewOutput& output : reference::viewOutputs) {
+        const auto& known = reference::outputFormats;
+        if (std::any_of(known.begin(), known.end(), [&](const auto& format) { return format.code == output.code; })) {
+            continue;
+        }
+        Call call;
+        EXPECT_EQ(KRO_ERR_OUTPUT_FORMAT, kroDemosaicSetConfig(&call.handle, &output.code)) << output.name;
+        call.handle.outputFormat = output.code;
+        EXPECT_EQ(KRO_ERR_OUTPUT_FORMAT, call.run(anyTable())) << output.name;
         call.expectDescriptorUntouched();
         call.expectNothingWritten();
     }
