@@ -6,7 +6,6 @@ import importlib
 import inspect
 import os
 import pickle
-import textwrap
 
 import kro
 import native
@@ -73,21 +72,6 @@ def test_other_names_are_taken():
 
 def test_warnings_can_be_carried_to_other_processes():
     assert pickle.loads(pickle.dumps(kro.CopyWarning)) is kro.CopyWarning
-
-
-def test_readme_s_lines(tmp_path, monkeypatch):
-    with open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")) as file:
-        lines = file.read().split("\n## Python\n")[1].split("\n\n    import kro\n")[1].split("\n\n")[0]
-    data = native.random_frame("BayerRG12p", 960, 1280)
-    (tmp_path / "film_1280x960_BayerRG12p.raw").write_bytes(data * 2)
-    monkeypatch.chdir(tmp_path)
-    mosaic = numpy.random.default_rng(1).integers(0, 256, (76, 116), "u1")
-    names = {"kro": kro, "frame": data, "mosaic": mosaic, "canvas": numpy.zeros((60, 100, 3), "u1")}
-    exec(textwrap.dedent(lines), names)
-    assert numpy.array_equal(names["picture"], native.picture(data, "BayerRG12p", 960, 1280))
-    inner = numpy.ascontiguousarray(mosaic[8:-8, 8:-8])
-    assert numpy.array_equal(names["canvas"], native.picture(inner.tobytes(), "BayerGB8", 60, 100, "edge", "BGR8"))
-    assert len(names["film"]) == 2
 
 
 # As imgproc.hpp numbers them.

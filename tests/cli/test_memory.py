@@ -9,6 +9,7 @@ from pictures import write_npy, write_png, write_tiff
 from support import COMMAND, Case
 
 FAILING_MALLOC = os.environ["KRO_FAILING_MALLOC"]
+SPREAD = 1 if "KRO_TEST_EXHAUSTIVE" in os.environ else 3
 
 
 class Memory(Case):
@@ -52,11 +53,12 @@ class Memory(Case):
         return result.returncode
 
     def every_failure(self, *arguments, last=None, step=1):
-        """Each allocation in turn, once and for good; or each `step`-th of the last so many."""
+        """Each allocation in turn, once and for good; or each `step`-th of the last so many. Of them all every third where
+        the run is not an exhaustive one."""
         count, whole = self.allocations(arguments)
         self.assertTrue(any(whole.values()))
         first = 1 if last is None else count - last
-        numbers = [(n, for_good) for n in range(first, count + 1, step) for for_good in (False, True)]
+        numbers = [(n, for_good) for n in range(first, count + 1, step * SPREAD) for for_good in (False, True)]
         with ThreadPoolExecutor(os.cpu_count()) as pool:
             codes = list(pool.map(lambda number: self.one_failure(arguments, *number, whole), numbers))
         # Without this the test would pass where nothing was made to fail.
