@@ -78,7 +78,7 @@ GType algorithmType() {
     return type;
 }
 
-void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* property) {
     Settings& settings = self(object)->settings;
     GST_OBJECT_LOCK(object);
     if (id == algorithmProperty) {
@@ -86,7 +86,7 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
     } else if (id == threadsProperty) {
         settings.threads = g_value_get_uint(value);
     } else {
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, property);
     }
     GST_OBJECT_UNLOCK(object);
 }
@@ -98,14 +98,14 @@ Settings settingsOf(KroDemosaic* element) {
     return settings;
 }
 
-void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+void getProperty(GObject* object, guint id, GValue* value, GParamSpec* property) {
     const Settings settings = settingsOf(self(object));
     if (id == algorithmProperty) {
         g_value_set_enum(value, static_cast<gint>(settings.algorithm));
     } else if (id == threadsProperty) {
         g_value_set_uint(value, settings.threads);
     } else {
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, property);
     }
 }
 

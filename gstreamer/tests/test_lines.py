@@ -4,11 +4,11 @@ import os
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 
 SOURCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 sys.path.insert(0, os.path.join(SOURCE, "tests", "cli"))
+from folder import FolderCase  # noqa: E402
 from pictures import read_png  # noqa: E402
 
 COMMAND = os.environ["KRO_COMMAND"]
@@ -24,15 +24,7 @@ def lines_of_readme():
         return re.findall(r"^ {4}(gst-(?:launch|inspect)-1\.0 .*)$", file.read(), re.MULTILINE)
 
 
-class Lines(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
+class Lines(FolderCase):
     def kro(self, *arguments):
         subprocess.run([COMMAND, *arguments, "-q"], check=True, cwd=self.folder)
 

@@ -4,8 +4,8 @@ import ctypes
 import os
 import random
 import subprocess
-import tempfile
-import unittest
+
+from folder import FolderCase
 
 # What a sanitized library needs to load into this process is no business of the commands that are started.
 for variable in ("LD_PRELOAD", "ASAN_OPTIONS"):
@@ -144,25 +144,8 @@ def random_samples(count, bits, seed=1):
     return [generator.randrange(1 << bits) for _ in range(count)]
 
 
-class Case(unittest.TestCase):
-    """Each test works in an empty folder of its own."""
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def write(self, name, data):
-        with open(self.path(name), "wb") as file:
-            file.write(data)
-        return self.path(name)
-
-    def read(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
+class Case(FolderCase):
+    """The command in a folder of the test's own."""
 
     def names(self):
         return sorted(os.listdir(self.folder))

@@ -25,7 +25,7 @@ apt-get indextargets --format 'deb $(SITE) $(RELEASE) $(COMPONENT)' 'Created-By:
     sort -u >"$root/etc/apt/sources.list"
 apt-config dump | grep -E '^Acquire::(Check-|http)' >"$root/etc/apt/apt.conf.d/90as-around" || true
 cp /etc/resolv.conf "$root/etc/resolv.conf"
-mkdir "$root/packages" "$root/tmp/work"
+mkdir "$root/packages" "$root/tmp/tried"
 cp "$packages"/*.deb "$root/packages"
 quietly inside apt-get update
 cd "$root/packages"
@@ -36,11 +36,11 @@ set -- libkro0_*.deb kro-tools_*.deb
 quietly inside apt-get install -y --no-install-recommends "/packages/$1" "/packages/$2"
 inside kro selftest | tail -n 1
 inside kro-bench --list >/dev/null
-printf 'P6 64 48 255\n' >"$root/tmp/work/scene.ppm"
-seq 99999 | head -c $((64 * 48 * 3)) >>"$root/tmp/work/scene.ppm"
-inside sh -euc 'cd /tmp/work && kro mosaic -q scene.ppm -f BayerRG12p -o frame_64x48_BayerRG12p.raw &&
+printf 'P6 64 48 255\n' >"$root/tmp/tried/scene.ppm"
+seq 99999 | head -c $((64 * 48 * 3)) >>"$root/tmp/tried/scene.ppm"
+inside sh -euc 'cd /tmp/tried && kro mosaic -q scene.ppm -f BayerRG12p -o frame_64x48_BayerRG12p.raw &&
     kro convert -q frame_64x48_BayerRG12p.raw -o picture.png && kro convert -q frame_64x48_BayerRG12p.raw -o picture.jpg'
-[ "$(head -c 4 "$root/tmp/work/picture.png" | tail -c 3)" = PNG ] || { echo "kro convert made no PNG file"; exit 1; }
+[ "$(head -c 4 "$root/tmp/tried/picture.png" | tail -c 3)" = PNG ] || { echo "kro convert made no PNG file"; exit 1; }
 
 step "the Python package and the plugin for GStreamer"
 for package in python3-kro gstreamer1.0-kro; do
@@ -60,11 +60,11 @@ mkdir "$root/kro"
 inside /kro/tests/check-prefix.sh /usr /kro/tests/package "C CXX" cc c++ ""
 
 step "a foreign project around kro's sources"
-inside sh -euc 'cd /tmp/work && cmake -S /kro/tests/package -B around -DCLIENT_KRO=subdirectory -DCLIENT_KRO_SOURCE=/kro &&
+inside sh -euc 'cd /tmp/tried && cmake -S /kro/tests/package -B around -DCLIENT_KRO=subdirectory -DCLIENT_KRO_SOURCE=/kro &&
     cmake --build around && ./around/client-C && ./around/client-CXX' >"$work/log" 2>&1 || { tail -n 30 "$work/log"; exit 1; }
 
 step "nothing is left"
-rm -rf "$root/kro" "$root/tmp/work"
+rm -rf "$root/kro" "$root/tmp/tried"
 quietly inside apt-get purge -y 'libkro*' kro-tools python3-kro gstreamer1.0-kro
 inside find / -xdev -name '*kro*' -not -path '/proc/*' -not -path '/packages/*' | sort >"$work/after"
 diff "$work/before" "$work/after"

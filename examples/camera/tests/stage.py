@@ -9,7 +9,6 @@ import subprocess
 import sys
 import tempfile
 import time
-import unittest
 
 sys.path.insert(0, os.environ["KRO_CLI_TESTS"])
 import pictures  # noqa: E402
@@ -129,7 +128,7 @@ class Screen:
             file.write(pictures.write_png(self.width, self.height, 3, self.rgb()))
 
 
-class Case(unittest.TestCase):
+class Case(cli.FolderCase):
     """Each test works in an empty folder of its own; those that look share a screen."""
 
     @classmethod
@@ -139,23 +138,6 @@ class Case(unittest.TestCase):
     @classmethod
     def tearDownClass(cls):
         cls.screen.close()
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def write(self, name, data):
-        with open(self.path(name), "wb") as file:
-            file.write(data)
-        return self.path(name)
-
-    def read(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
 
     def names(self, pattern=""):
         return sorted(name for name in os.listdir(self.folder) if re.search(pattern, name))
