@@ -272,7 +272,12 @@ struct Picture {
 };
 
 // How missing colours are made; kro.h describes each.
-enum class Algorithm : KroAlgorithm { nearest = KRO_NEAREST, bilinear = KRO_BILINEAR, edge = KRO_EDGE };
+enum class Algorithm : KroAlgorithm {
+    nearest = KRO_NEAREST,
+    bilinear = KRO_BILINEAR,
+    edge = KRO_EDGE,
+    fine = KRO_FINE
+};
 
 // What else to know. The defaults suit most frames.
 struct Options {

@@ -52,6 +52,12 @@ extern "C" {
 #define KRO_ERR_OPTION (-121)
 #define KRO_ERR_ALIGNMENT (-122)
 
+/* ---- a further algorithm ----
+ * FINE  green and colours from differences weighted by their gradients, refined where a neighbourhood is smooth: some
+ *       3 dB above EDGE, at a fifth of its speed. kroDemosaicing does not know it
+ */
+#define KRO_FINE 3
+
 /* ---- further input formats ----
  * Mono and Bayer ..10p, ..12p, ..14p: the samples' bits one after the other, least significant first, so that a
  * sample begins in the bit that follows the one before (4 samples in 5 bytes, 2 in 3, 4 in 7). Bayer ..14: words.
@@ -145,7 +151,7 @@ typedef struct KroPictureView {
 typedef struct KroViewOptions {
     uint32_t size;          /* sizeof(KroViewOptions): of a shorter record the rest counts as 0, of a longer one all
                                bytes beyond what this library knows must be 0 */
-    KroAlgorithm algorithm; /* KRO_NEAREST, KRO_BILINEAR or KRO_EDGE; grey sources know none, but check it */
+    KroAlgorithm algorithm; /* KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_FINE; grey sources know none, but check it */
     uint32_t flags;         /* KRO_VIEW_... */
     int32_t alpha;          /* with KRO_VIEW_ALPHA: 0 to 255, of 16-bit pictures 0 to 65535 */
     int32_t bits;           /* significant bits of words, 8 to 16; 0, or the format's own number, elsewhere */
