@@ -21,36 +21,6 @@ KRO_INLINE auto edgePixels(const N& near) {
 
 // ---- bytes: lanes hold every other column, differences have a lane for each site ----
 
-// Signed lanes that saturate to bytes where they are stored.
-template <class V>
-struct Saturated {
-    typename V::Lanes value;
-};
-template <class V>
-KRO_INLINE typename V::Lanes evenLanes(Saturated<V> s) {
-    return V::clampByte(s.value);
-}
-template <class V>
-KRO_INLINE typename V::Lanes oddLanes(Saturated<V> s) {
-    return V::clampByte(s.value);
-}
-
-// Pixels whose own and other colour are signed lanes at all sites.
-template <class V, class Green>
-struct EdgePixels {
-    Sites<Saturated<V>, Saturated<V>> own;
-    Green green;
-    Sites<Saturated<V>, Saturated<V>> other;
-};
-template <class V, class Green>
-KRO_INLINE Channels<V> channelsOf(const EdgePixels<V, Green>& pixels) {
-    Channels<V> channels;
-    V::packPair(pixels.own.even.value, pixels.own.odd.value, pixels.other.even.value, pixels.other.odd.value,
-                channels.own, channels.other);
-    channels.green = samplesOf<V>(pixels.green);
-    return channels;
-}
-
 // Differences are within -255..255: sums of four are exact. Together with the green pass arithmetic bounds the
 // family: with two 512-bit pipes about twice what the stores take.
 template <bool colourOdd, class B>
@@ -71,7 +41,7 @@ struct ByteNeighbours {
     }
     KRO_INLINE auto pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
         const auto greens = sites<colourOdd>(Mean<L, 0>{green}, Own<L>{here});
-        return EdgePixels<L, decltype(greens)>{
+        return SaturatedPixels<L, decltype(greens)>{
             sites<colourOdd>(Saturated<L>{colourSample()}, Saturated<L>{L::add(greenSample(), ownAtGreen)}), greens,
             sites<colourOdd>(Saturated<L>{L::add(green, otherAtColour)},
                              Saturated<L>{L::add(greenSample(), otherAtGreen)})};

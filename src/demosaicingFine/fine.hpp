@@ -15,16 +15,14 @@ struct FineRows {
     const Number *above, *here, *below;
 };
 
-// Sums of slopes and of offsets of the sites that a colour is made from.
+// Sums of slopes and of offsets of the sites that a colour is made from, 2^shift / 2 of them.
 template <class L>
 struct Models {
     typename L::Lanes slope, offset;
     KRO_INLINE Models plus(Models other) const { return {L::add(slope, other.slope), L::add(offset, other.offset)}; }
-    // 2^shift / 2 sites.
     template <int shift>
-    KRO_INLINE typename L::Lanes colour(typename L::Lanes green, typename L::Lanes top) const {
-        const auto sum = L::add(L::mul(slope, green), L::add(offset, L::all(1 << (shift - 1))));
-        return L::clamp(L::template shiftRight<shift>(sum), top);
+    KRO_INLINE typename L::Lanes colour(typename L::Lanes green) const {
+        return L::template shiftRight<shift>(L::add(L::mul(slope, green), offset));
     }
 };
 
@@ -102,25 +100,30 @@ private:
         };
         // The other colour's sites above and below a green one, and on the diagonals of a colour's.
         const auto column = [&](int32_t k) KRO_INLINE_LAMBDA { return model(in.above, k).plus(model(in.below, k)); };
-        const auto top = L::all(topOfSamples);
         const auto vertical = column(0), diagonal = vertical.plus(column(colourOdd ? 1 : -1));
         const auto across = model(in.here, -e).plus(model(in.here, 1 - e));
         const typename L::Lanes colour = at(in.colours, 0), green = at(in.greens, 0);
         const typename L::Lanes greenMade = L::sub(colour, at(in.differences, 0));
-        return makePixels(channel<V, L, colourOdd>(colour, across.template colour<2>(green, top)),
-                          channel<V, L, colourOdd>(greenMade, green),
-                          channel<V, L, colourOdd>(diagonal.template colour<3>(greenMade, top),
-                                                   vertical.template colour<2>(green, top)));
+        return joined<V, L, colourOdd>(colour, green, greenMade, across.template colour<2>(green),
+                                       diagonal.template colour<3>(greenMade), vertical.template colour<2>(green),
+                                       topOfSamples);
     }
-    template <class V, class L, bool colourOdd>
-    static KRO_INLINE Ready<V> channel(typename L::Lanes atColour, typename L::Lanes atGreen) {
-        const typename L::Lanes even = colourOdd ? atGreen : atColour, odd = colourOdd ? atColour : atGreen;
-        if constexpr (V::columns == 2) {
-            return {V::pairOf(even, odd)};
-        } else if constexpr (sizeof(Sample) == 1) {
-            return {V::combine(even, V::template shiftLeft<8>(odd))};
+    // Pixels in column order. The colours that were made may lie outside of what samples can be.
+    template <class V, class L, bool colourOdd, class Lanes = typename L::Lanes>
+    static KRO_INLINE auto joined(Lanes colour, Lanes green, Lanes greenMade, Lanes ownAtGreen, Lanes otherAtColour,
+                                  Lanes otherAtGreen, int32_t top) {
+        if constexpr (sizeof(Sample) == 1) {
+            const auto greens = sites<colourOdd>(Mean<L, 0>{greenMade}, Mean<L, 0>{green});
+            return SaturatedPixels<L, decltype(greens)>{
+                sites<colourOdd>(Saturated<L>{colour}, Saturated<L>{ownAtGreen}), greens,
+                sites<colourOdd>(Saturated<L>{otherAtColour}, Saturated<L>{otherAtGreen})};
         } else {
-            return {L::joined(even, odd)};
+            const auto channel = [](Lanes atColour, Lanes atGreen) KRO_INLINE_LAMBDA {
+                return Ready<V>{colourOdd ? L::joined(atGreen, atColour) : L::joined(atColour, atGreen)};
+            };
+            const auto clamped = [&](Lanes lanes) KRO_INLINE_LAMBDA { return L::clamp(lanes, L::all(top)); };
+            return makePixels(channel(colour, clamped(ownAtGreen)), channel(greenMade, green),
+                              channel(clamped(otherAtColour), clamped(otherAtGreen)));
         }
     }
 };

@@ -19,7 +19,7 @@ enum class Plane {
     difference,       // the estimates across and down weighed, times 8
     weight,           // of the estimate across, 0 to 4; below 0 where the neighbourhood is not smooth
     colourMinusGreen,
-    models,   // slope and offset: a colour is (slope x green + offset) / 2
+    models,   // slope and offset: a colour is (slope x green + offset) / 2; 1 more, so that means are rounded
     passing,  // from one pass to the next
     count
 };
@@ -39,26 +39,55 @@ constexpr int32_t halfRowsBefore(Plane plane) {
     return sum;
 }
 
+// Where the rows of a plane lie, in lanes: those of a ring, again and again.
+struct PlacesOfRows {
+    int32_t lane[32];
+};
+constexpr PlacesOfRows placesOf(Plane plane, int32_t lanes) {
+    const PlaneRows shape = planeRows[static_cast<int>(plane)];
+    PlacesOfRows places{};
+    for (int32_t i = 0; i < 32; ++i) {
+        places.lane[i] = (halfRowsBefore(plane) + i % shape.rows * shape.parts) * lanes;
+    }
+    return places;
+}
+
 template <class Number>
 class Planes {
 public:
     static constexpr int32_t lanes = 192 / static_cast<int32_t>(sizeof(Number));  // of a half row
 
+    // From here on rows from y - 12 to y + 2 are asked for. The remainder that tells a row's place is taken once a
+    // step and looked up from there: with some fifty rows a step, divisions cost a fifth of all time.
+    KRO_INLINE void moveTo(int32_t y) {
+        before_[2] = wholeRingsBefore<2>(y);
+        before_[3] = wholeRingsBefore<3>(y);
+        before_[4] = wholeRingsBefore<4>(y);
+        before_[6] = wholeRingsBefore<6>(y);
+        before_[13] = wholeRingsBefore<13>(y);
+    }
     // The first half row of a row; the others follow, `lanes` on.
     template <Plane plane>
     KRO_INLINE Number* row(int32_t y) {
-        constexpr PlaneRows shape = planeRows[static_cast<int>(plane)];
-        static_assert(rowsAbove % shape.rows == 0, "The place of a row is a remainder");
-        const uint32_t place = static_cast<uint32_t>(y + rowsAbove) % shape.rows;
-        return lanes_ + margin + (halfRowsBefore(plane) + static_cast<int32_t>(place) * shape.parts) * lanes;
+        static constexpr PlacesOfRows places = placesOf(plane, lanes);
+        return lanes_ + margin + places.lane[y - before_[planeRows[static_cast<int>(plane)].rows]];
     }
 
-private:
-    static constexpr int32_t rowsAbove = 156;  // the first that is asked for is ten above the frame
-    static constexpr int32_t margin = 32;      // blocks may look beyond the first and the last half row
+    KRO_INLINE Number* passing() { return lanes_ + margin + halfRowsBefore(Plane::passing) * lanes; }
 
+private:
+    static constexpr int32_t margin = 32;  // blocks may look beyond the first and the last half row
+
+    int32_t before_[14] = {};  // by the rows of a ring: those before row y - 12 in whole rings
     // Zeros at first: what blocks find beside the columns of a strip is of no consequence, but defined.
     alignas(64) Number lanes_[halfRowsBefore(Plane::count) * lanes + 2 * margin] = {};
+
+    template <int32_t rows>
+    static constexpr int32_t wholeRingsBefore(int32_t y) {
+        constexpr uint32_t ringsAbove = 100;  // so that nothing is negative
+        const uint32_t first = static_cast<uint32_t>(y - 12) + ringsAbove * rows;
+        return static_cast<int32_t>(first / rows * rows - ringsAbove * rows);
+    }
 };
 
 }  // namespace

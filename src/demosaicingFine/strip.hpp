@@ -51,7 +51,9 @@ public:
           count_(columns.end - columns.begin),
           frame_{-columns.begin, job.width - columns.begin},
           top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
-        for (int32_t y = job.rows.begin - stepsBefore - 2; y < job.rows.begin - stepsBefore + 2; ++y) {
+        const int32_t first = job.rows.begin - stepsBefore;
+        planes_.moveTo(first);
+        for (int32_t y = first - 2; y < first + 2; ++y) {
             load(y);
         }
     }
@@ -59,6 +61,7 @@ public:
     // A step's passes before its pixels are made, and after. What a pass reads some lanes beside those that another
     // one has just stored would wait for the cache: other work stands between such two.
     KRO_INLINE void beginStep(int32_t y) {
+        planes_.moveTo(y);
         load(y + 2);
         (colourIsOdd(y - 2) ? estimatesAcross<true> : estimatesAcross<false>)(*this, y - 2);
         (colourIsOdd(y - 1) ? differences<true> : differences<false>)(*this, y);
@@ -74,6 +77,8 @@ public:
     }
 
 private:
+    Number* passing() { return planes_.passing() + reach / 2; }
+
     const FrameJob& job_;
     const int32_t first_, count_;
     const Columns frame_;
@@ -96,30 +101,37 @@ private:
     KRO_OUTLINE void load(int32_t y) {
         const int32_t frameRow = mirroredFar(y, job_.height), end = ((count_ + 1) & ~1) + reach;
         const Columns seen{frame_.begin < -reach ? -reach : frame_.begin, frame_.end < end ? frame_.end : end};
-        const Sample* in;
+        Number* const samples = row<Plane::samples>(y);
         if (readInPlace<Sample>(job_.source)) {
-            in = advanced(static_cast<const Sample*>(job_.source.samples), frameRow * job_.source.stride) + first_;
+            split(advanced(static_cast<const Sample*>(job_.source.samples), frameRow * job_.source.stride) + first_,
+                  seen, samples);
         } else {
             readRun<S>(job_, frameRow, {first_ + seen.begin, first_ + seen.end}, prepared_);
-            in = prepared_ - seen.begin;
+            split(prepared_ - seen.begin, seen, samples);
         }
-        Number* const halves[2] = {row<Plane::samples>(y), row<Plane::samples>(y) + next};
-        split(in, seen, halves);
-        const auto mirror = [&](int32_t x) {
-            halves[x & 1][x >> 1] = in[frame_.begin + mirroredFar(x - frame_.begin, job_.width)];
-        };
-        for (int32_t x = -reach; x < seen.begin; ++x) {
-            mirror(x);
-        }
-        for (int32_t x = seen.end; x < end; ++x) {
-            mirror(x);
+        if (seen.begin > -reach || seen.end < end) {
+            mirrorBeside(samples);
         }
     }
-    static KRO_INLINE void split(const Sample* in, Columns seen, Number* const (&halves)[2]) {
+    static KRO_INLINE Number& sampleAt(Number* samples, int32_t x) { return samples[(x & 1) * next + (x >> 1)]; }
+    // From the frame's sides on outwards, in turns: of a narrow frame what is mirrored at the one side is mirrored
+    // once more at the other.
+    KRO_OUTLINE void mirrorBeside(Number* samples) const {
+        const bool left = frame_.begin == 0, right = frame_.end == count_;
+        for (int32_t k = 1; k <= reach + 1; ++k) {
+            if (left && k <= reach) {
+                sampleAt(samples, -k) = sampleAt(samples, k);
+            }
+            if (right) {
+                sampleAt(samples, count_ - 1 + k) = sampleAt(samples, count_ - 1 - k);
+            }
+        }
+    }
+    static KRO_INLINE void split(const Sample* in, Columns seen, Number* samples) {
         const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
-            const auto samples = V::load(in + x);
-            L::storeLanes(halves[0] + (x >> 1), L::low(samples));
-            L::storeLanes(halves[1] + (x >> 1), L::high(samples));
+            const auto both = V::load(in + x);
+            L::storeLanes(samples + (x >> 1), L::low(both));
+            L::storeLanes(samples + next + (x >> 1), L::high(both));
         };
         int32_t x = seen.begin;
         for (; x + V::columns <= seen.end; x += V::columns) {
@@ -130,7 +142,7 @@ private:
             block(x - V::columns);
         }
         for (; x < seen.end; ++x) {
-            halves[x & 1][x >> 1] = in[x];
+            sampleAt(samples, x) = in[x];
         }
     }
 
@@ -185,8 +197,7 @@ private:
     static KRO_OUTLINE void differences(FineStrip& s, int32_t y) {
         constexpr int32_t colours = colourOdd ? next : 0, greens = next - colours;
         const RowsDown rows = s.rowsDown(y);
-        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across =
-                                                                         s.template row<Plane::passing>(0);
+        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across = s.passing();
         s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
             const Down down = downOf(rows, i + colours);
             L::storeLanes(sums + i, L::add(sumOf(rows.changes, i + 2 * colours), down.variation));
@@ -241,7 +252,7 @@ private:
     static KRO_OUTLINE void estimatesAcross(FineStrip& s, int32_t y) {
         constexpr int32_t e = eastern<colourOdd>;
         const Number* const samples = s.template row<Plane::samples>(y);
-        Number *const passing = s.template row<Plane::passing>(0), *const made = s.template row<Plane::estimates>(y);
+        Number *const passing = s.passing(), *const made = s.template row<Plane::estimates>(y);
         s.eachLane(4, [=](int32_t i) KRO_INLINE_LAMBDA {
             Number* const here = passing + i;
             const Number* const colour = samples + (colourOdd ? next : 0) + i;
@@ -295,7 +306,7 @@ private:
         for (int32_t k = 0; k < 5; ++k) {
             rows.samples[k] = row<Plane::samples>(y - 6 + 2 * k) + on;
         }
-        rows.passing = row<Plane::passing>(0);
+        rows.passing = passing();
         rows.sumsDown = row<Plane::sumsDown>(y);
         rows.estimates = row<Plane::estimates>(y);
         rows.weight = row<Plane::weight>(y - 2);
@@ -404,7 +415,8 @@ private:
         L::storeLanes(rows.colourMinusGreen[0] + i, differenceBelow);
         const Lanes slope = slopeOf(sums);
         L::storeLanes(rows.model + i, slope);
-        L::storeLanes(rows.model + next + i, L::sub(twice(sample), L::mul(slope, L::sub(sample, difference))));
+        const Lanes offset = L::sub(twice(sample), L::mul(slope, L::sub(sample, difference)));
+        L::storeLanes(rows.model + next + i, L::add(offset, L::all(1)));
     }
     // A slope below 2 must change less by a quarter, and by 8.
     static KRO_INLINE Lanes slopeOf(const Changes& sums) {
@@ -430,7 +442,7 @@ private:
     static KRO_RARE void whole(Columns lanes, const Number* differences, Number* model) {
         for (int32_t i = lanes.begin; i < lanes.end; ++i) {
             model[i] = 2;
-            model[next + i] = static_cast<Number>(2 * differences[i]);
+            model[next + i] = static_cast<Number>(2 * differences[i] + 1);
         }
     }
 };

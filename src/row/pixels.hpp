@@ -192,5 +192,37 @@ KRO_INLINE Channels<V> channelsOf(const Pixels<A, B, C>& pixels) {
     return {samplesOf<V>(pixels.own), samplesOf<V>(pixels.green), samplesOf<V>(pixels.other)};
 }
 
+// ---- bytes from signed lanes ----
+
+// Signed lanes that saturate to bytes where they are stored.
+template <class V>
+struct Saturated {
+    typename V::Lanes value;
+};
+template <class V>
+KRO_INLINE typename V::Lanes evenLanes(Saturated<V> s) {
+    return V::clampByte(s.value);
+}
+template <class V>
+KRO_INLINE typename V::Lanes oddLanes(Saturated<V> s) {
+    return V::clampByte(s.value);
+}
+
+// Pixels whose own and other colour are signed lanes at all sites.
+template <class V, class Green>
+struct SaturatedPixels {
+    Sites<Saturated<V>, Saturated<V>> own;
+    Green green;
+    Sites<Saturated<V>, Saturated<V>> other;
+};
+template <class V, class Green>
+KRO_INLINE Channels<V> channelsOf(const SaturatedPixels<V, Green>& pixels) {
+    Channels<V> channels;
+    V::packPair(pixels.own.even.value, pixels.own.odd.value, pixels.other.even.value, pixels.other.odd.value,
+                channels.own, channels.other);
+    channels.green = samplesOf<V>(pixels.green);
+    return channels;
+}
+
 }  // namespace
 }  // namespace kro

@@ -151,6 +151,7 @@ struct PairDwords : PairNumbers {
 
     static KRO_INLINE Lanes low(PairWords::Vector words) { return static_cast<uint16_t>(words.even); }
     static KRO_INLINE Lanes high(PairWords::Vector words) { return static_cast<uint16_t>(words.odd); }
+    static KRO_INLINE PairWords::Vector joined(Lanes even, Lanes odd) { return PairWords::pairOf(even, odd); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { *p = a; }
 };
