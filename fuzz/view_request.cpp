@@ -105,7 +105,7 @@ void ViewRequest::chooseOptions(Choices& choices) {
     constexpr int32_t oddNumbers[] = {-1, 7, 17, 65536, INT_MAX, INT_MIN};
     optionsGiven_ = !choices.oneIn(16);
     KroViewOptions& o = options_;
-    o = {sizeof o, choices.below(3), choices.byte() & knownFlags, choices.byte(), 0, 0, 0};
+    o = {sizeof o, choices.below(4), choices.byte() & knownFlags, choices.byte(), 0, 0, 0};
     o.bits = choices.oneIn(3) ? 8 + choices.below(9) : 0;
     if (choices.oneIn(2) && source_.height > 0 && source_.height < 256) {
         o.firstRow = choices.below(source_.height);
@@ -220,7 +220,7 @@ bool ViewRequest::optionsAreBad() const {
     if (optionsGiven_ && (o.size < 4 || !tailIsZero_)) {
         return true;
     }
-    if (o.algorithm < KRO_NEAREST || o.algorithm > KRO_EDGE || (o.flags & ~knownFlags) != 0) {
+    if (o.algorithm < KRO_NEAREST || o.algorithm > KRO_FINE || (o.flags & ~knownFlags) != 0) {
         return true;
     }
     if ((o.flags & KRO_VIEW_ALPHA) != 0 && (o.alpha < 0 || o.alpha > opaque)) {

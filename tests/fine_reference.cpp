@@ -109,7 +109,9 @@ int reflected(int i, int size) {
 void Plane::reflect() {
     for (int y = -margin; y < height_ + margin; ++y) {
         for (int x = -margin; x < width_ + margin; ++x) {
-            inside(y, x) = at(reflected(y, height_), reflected(x, width_));
+            if (y < 0 || y >= height_ || x < 0 || x >= width_) {
+                value(y, x) = at(reflected(y, height_), reflected(x, width_));
+            }
         }
     }
 }

@@ -21,7 +21,7 @@ public:
     void set(const Number& number) {
         for (int y = 0; y < height_; ++y) {
             for (int x = 0; x < width_; ++x) {
-                inside(y, x) = number(y, x);
+                value(y, x) = number(y, x);
             }
         }
         reflect();
@@ -30,7 +30,7 @@ public:
 private:
     static constexpr int margin = 2;
 
-    int& inside(int y, int x) { return value_[place(y + margin, x + margin, width_ + 2 * margin)]; }
+    int& value(int y, int x) { return value_[place(y + margin, x + margin, width_ + 2 * margin)]; }
     void reflect();
 
     int height_, width_;

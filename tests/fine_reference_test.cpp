@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 
+#include "fine_extremes.hpp"
 #include "support.hpp"
 
 namespace {
@@ -387,6 +388,51 @@ TEST(FineReference, RedAndBlueAreAlike) {
                 ASSERT_EQ((Pixel{p.pixel[i][blue], p.pixel[i][green], p.pixel[i][red]}), q.pixel[i]);
             }
         }
+    }
+}
+
+// ---- how large numbers get ----
+
+struct Range {
+    int lowest = 0, highest = 0;
+    void take(int value) {
+        lowest = std::min(lowest, value);
+        highest = std::max(highest, value);
+    }
+};
+
+// Of bytes all sums fit 16 bits with a sign, and hardly.
+TEST(FineReference, SumsOf8BitsFit16) {
+    std::map<std::string, Range> ranges;
+    const auto takeSite = [&](const FinePlanes& p, int y, int x) {
+        for (const FineSum& sum : fineSums(p, y, x)) {
+            ranges[sum.name].take(sum.value);
+        }
+    };
+    for (const Content content : allContents) {
+        for (uint32_t seed = 1; seed <= 4; ++seed) {
+            const Mosaic m = filled({24, 40}, Phase::rg, content, 255, seed);
+            const FinePlanes p(m, fineScale8);
+            for (int y = 0; y < 24; ++y) {
+                for (int x = y % 2; x < 40; x += 2) {
+                    takeSite(p, y, x);
+                }
+            }
+        }
+    }
+    const int steps = reducedRun ? 30 : 300;
+    for (const FineExtreme& extreme : fineExtremes()) {
+        fineExtreme(extreme, steps, [&](const FinePlanes& p) { takeSite(p, extremeSite, extremeSite); });
+    }
+    for (const auto& [name, range] : ranges) {
+        RecordProperty(name, std::to_string(range.lowest) + " to " + std::to_string(range.highest));
+        EXPECT_GE(range.lowest, -32768) << name;
+        EXPECT_LE(range.highest, 32767) << name;
+    }
+    if (!reducedRun) {
+        EXPECT_GT(ranges["8 d + 4 sv + w (sh - sv) + 8"].highest, 32000);
+        EXPECT_LT(ranges["8 d + 4 sv + w (sh - sv) + 8"].lowest, -30000);
+        EXPECT_LT(ranges["w (eh - ev)"].lowest, -20000);
     }
 }
 

@@ -3,6 +3,8 @@
 #include <iterator>
 
 #include "KRODemosaicing.hpp"
+#include "KROView.hpp"
+#include "fine_reference.hpp"
 #include "regions.hpp"
 
 namespace {
@@ -78,6 +80,45 @@ TEST(RealFrames, Chart10Bits) {
     const std::vector<uint16_t> samples = words(raw);
     const std::vector<uint8_t> reduced = reference::reduced(samples, 2);
     checkAllMethods(size, KRO_BAYER_RG10, samples.data(), {size.height, size.width, Phase::rg, reduced.data()});
+}
+
+// Rows of a frame to views of 8 and 16 bits, by the fine algorithm.
+void checkFine(Size size, uint32_t format, int bits, const void* raw, const Mosaic& eight, const Mosaic& all) {
+    Destination destination(eight.sample.size() * 6);
+    const struct {
+        uint32_t output;
+        Expected expected;
+    } pictures[] = {{KRO_BGR8, regions::bytesOf(reference::fine(eight, reference::fineScale8), {regions::Kind::bgr})},
+                    {KRO_RGB16, regions::wordsOf(reference::fine(all, reference::fineScale16(bits)), false, true)}};
+    const KroViewOptions options = {sizeof options, KRO_FINE, 0, 0, 0, 0, 0};
+    for (const auto& picture : pictures) {
+        for (const kro::Kernels* table : usableTables()) {
+            destination.check(
+                *table, picture.expected,
+                [&](uint8_t* to) {
+                    const KroSourceView in = {raw, 0, size.height, size.width, format};
+                    const KroPictureView out = {{to}, {0}, picture.output};
+                    EXPECT_EQ(KRO_OK, kro::convertView(*table, &in, &out, &options));
+                },
+                [&] { return "output " + std::to_string(picture.output); });
+        }
+    }
+}
+
+TEST(RealFrames, FineOf8And10Bits) {
+    LOAD_OR_SKIP(eight, outdoor);
+    LOAD_OR_SKIP(ten, chart);
+    const Size size{reducedRun ? 20 : 200, 2592};
+    const uint8_t* const half = eight.data() + reference::place(700, 0, size.width);
+    const Mosaic bytes(size.height, size.width, Phase::gr, half);
+    checkFine(size, KRO_BAYER_GR8, 8, half, bytes, bytes);
+    const Size other{size.height, 1920};
+    const std::vector<uint16_t> all = words(ten);
+    const std::vector<uint16_t> part(all.begin(),
+                                     all.begin() + static_cast<ptrdiff_t>(reference::place(other.height, 0, 1920)));
+    checkFine(other, KRO_BAYER_RG10, 10, part.data(),
+              {other.height, other.width, Phase::rg, reference::reduced(part, 2).data()},
+              {other.height, other.width, Phase::rg, part.data()});
 }
 
 void checkWords(Size size, const std::vector<uint8_t>& raw) {

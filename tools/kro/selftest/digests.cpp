@@ -44,9 +44,10 @@ struct Family {
     KroAlgorithm algorithm;
 };
 
-std::vector<Family> allFamilies() {
+template <typename Algorithms>
+std::vector<Family> allFamilies(const Algorithms& algorithms) {
     std::vector<Family> families{{Phase::mono, KRO_EDGE}};
-    for (const KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE}) {
+    for (const KroAlgorithm algorithm : algorithms) {
         for (const Phase phase : {Phase::rg, Phase::gr, Phase::gb, Phase::bg}) {
             families.push_back({phase, algorithm});
         }
@@ -55,7 +56,7 @@ std::vector<Family> allFamilies() {
 }
 
 std::string nameOf(const Family& family) {
-    constexpr std::array<const char*, 3> algorithms{"nearest ", "bilinear ", "edge "};
+    constexpr std::array<const char*, 4> algorithms{"nearest ", "bilinear ", "edge ", "fine "};
     const bool grey = family.phase == Phase::mono;
     return (grey ? "" : algorithms[static_cast<std::size_t>(family.algorithm)]) +
            std::string(firstSites(family.phase));
@@ -132,6 +133,7 @@ class FramePictures {
 public:
     static constexpr const char* name = "frame";
     static constexpr const auto& layouts = frameLayouts;
+    static constexpr std::array<KroAlgorithm, 3> algorithms{KRO_NEAREST, KRO_BILINEAR, KRO_EDGE};
 
     explicit FramePictures(const Conversions& conversions) : conversions_(conversions) {
         KroContext* handle = nullptr;
@@ -171,6 +173,7 @@ class ViewPictures {
 public:
     static constexpr const char* name = "view";
     static constexpr const auto& layouts = viewLayouts;
+    static constexpr std::array<KroAlgorithm, 4> algorithms{KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_FINE};
 
     explicit ViewPictures(const Conversions& conversions) : conversions_(conversions) {}
     static Shape shapeFor(Shape shape, const InputFormat& format) {
@@ -235,7 +238,7 @@ template <typename Pictures>
 void addPictures(std::vector<NamedDigest>& all, const Conversions& conversions) {
     Pictures pictures(conversions);
     for (const Layout& layout : Pictures::layouts) {
-        for (const Family& family : allFamilies()) {
+        for (const Family& family : allFamilies(Pictures::algorithms)) {
             addFamily(all, pictures, layout, family);
         }
     }
