@@ -17,7 +17,7 @@ FLOORS = [
     ["records"],
     ["vector"],
     ["row"],
-    ["demosaicingNearest", "demosaicingBilinear", "demosaicingEdge"],
+    ["demosaicingNearest", "demosaicingBilinear", "demosaicingEdge", "demosaicingFine"],
     ["table"],
     ["isa"],
     ["KRODemosaicingFuncs"],

@@ -154,7 +154,8 @@ private:
         const Lanes other = L::add(before, after);
         return L::sub(own, L::add(other, other));
     }
-    // Of words so many bits less that a variation and a gradient of 12 bits are as large as those of bytes.
+    // Variations and gradients are compared with each other; of words both are smaller by four bits, so that sums of
+    // 12 bits are those of bytes.
     static KRO_INLINE Lanes variation(Lanes before, Lanes after) {
         return L::template shiftRight < sizeof(Sample) == 1 ? 1 : 5 > (L::absolute(L::sub(before, after)));
     }
