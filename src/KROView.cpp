@@ -102,7 +102,7 @@ bool complete(KroViewOptions& options, const InputFormat& input, const OutputFor
     if (options.rowCount == 0) {
         options.rowCount = height - options.firstRow;
     }
-    return options.algorithm >= KRO_NEAREST && options.algorithm <= KRO_EDGE && (options.flags & ~knownFlags) == 0 &&
+    return options.algorithm >= KRO_NEAREST && options.algorithm <= KRO_FINE && (options.flags & ~knownFlags) == 0 &&
            options.alpha >= 0 && options.alpha <= opaque && options.bits >= 8 && options.bits <= 16 &&
            (ofWords(input) || (options.bits == input.bits && (options.flags & wordFlags) == 0));
 }

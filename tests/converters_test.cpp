@@ -1,5 +1,6 @@
 // The converters of each mosaic phase and of grey, called directly.
 #include "KRODemosaicingFuncs/converters.hpp"
+#include "kro/view.h"
 #include "support.hpp"
 
 namespace {
@@ -63,13 +64,13 @@ TEST(Converters, UnknownOutputFormatComesBeforeUnknownAlgorithm) {
     std::vector<uint8_t> to(64 * 4, 9);
     std::vector<uint8_t> working(8);
     for (const auto& converter : converters) {
-        for (KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, 3}) {
+        for (KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_FINE}) {
             for (int32_t code : {0x02180016, 0, -1, 0x01080009}) {
                 EXPECT_EQ(KRO_ERR_OUTPUT_FORMAT,
                           converter.exported(mosaic.data(), to.data(), 8, 8, code, algorithm, working.data()));
             }
         }
-        EXPECT_EQ(KRO_OK, converter.exported(mosaic.data(), to.data(), 8, 8, 0x02180015, 3, working.data()));
+        EXPECT_EQ(KRO_OK, converter.exported(mosaic.data(), to.data(), 8, 8, 0x02180015, KRO_FINE, working.data()));
     }
     EXPECT_EQ(KRO_ERR_OUTPUT_FORMAT, ::mono8Convert(mosaic.data(), to.data(), 8, 8, 0x02180016));
     EXPECT_EQ(std::vector<uint8_t>(64 * 4, 9), to);

@@ -5,12 +5,13 @@
 
 #include "KRODemosaicing.hpp"
 #include "allocation.hpp"
+#include "kro/view.h"
 #include "support.hpp"
 #include "view_reference.hpp"
 
 namespace {
 
-constexpr int32_t unknownAlgorithms[] = {3, 7, -1, INT32_MAX, INT32_MIN};
+constexpr int32_t unknownAlgorithms[] = {KRO_FINE, 4, 7, -1, INT32_MAX, INT32_MIN};
 
 // A handle and two images that any call would accept; tests spoil one thing at a time.
 struct Call {
@@ -204,7 +205,7 @@ TEST(Entry, ScratchNeedBeyond31BitsIsRefusedBeforeAnythingIsTouched) {
 TEST(Entry, OutputFormatIsCheckedBeforeTheAlgorithmAndAfterTheScratch) {
     for (uint32_t input :
          {KRO_BAYER_RG8, KRO_BAYER_GR10, KRO_BAYER_GB12_PACKED, KRO_BAYER_BG16, KRO_MONO8, KRO_MONO12}) {
-        for (KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, 3, -1}) {
+        for (KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_FINE, -1}) {
             Call call;
             call.input.pixelFormat = input;
             call.handle.outputFormat = 0x02180016u;

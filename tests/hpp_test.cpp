@@ -262,7 +262,7 @@ std::vector<Case> cases() {
         return cases.back();
     };
     add(PixelFormat::BayerRG8, PixelFormat::RGB8, 0, 0, 0);
-    for (const Algorithm algorithm : {Algorithm::nearest, Algorithm::bilinear, Algorithm::edge}) {
+    for (const Algorithm algorithm : {Algorithm::nearest, Algorithm::bilinear, Algorithm::edge, Algorithm::fine}) {
         Case& added = add(PixelFormat::SGBRG10P, PixelFormat::BGRa8, KRO_VIEW_ALPHA, 7, 0);
         added.options.algorithm = algorithm;
         added.options.alpha = 7;
@@ -439,7 +439,7 @@ std::vector<Wrong> wrongs() {
             {kro::Error::option, [](kro::Frame&, kro::Picture&, kro::Options& options) { options.rowCount = 481; }},
             {kro::Error::option, [](kro::Frame&, kro::Picture&, kro::Options& options) { options.rowCount = -1; }},
             {kro::Error::option,
-             [](kro::Frame&, kro::Picture&, kro::Options& options) { options.algorithm = Algorithm{3}; }},
+             [](kro::Frame&, kro::Picture&, kro::Options& options) { options.algorithm = Algorithm{4}; }},
             {kro::Error::stride, [](kro::Frame& frame, kro::Picture&, kro::Options&) { frame.stride = 2398; }},
             {kro::Error::stride,
              [](kro::Frame&, kro::Picture& picture, kro::Options&) { picture.plane[0].stride = -3599; }},

@@ -58,7 +58,7 @@ TEST(MisalignedStack, GivesTheSamePictures) {
                                  {KRO_SRGGB10P, KRO_BGR16},    {KRO_MONO12, KRO_MONO8}};
     for (const kro::Kernels* table : usableTables()) {
         for (const auto& pair : pairs) {
-            for (const KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE}) {
+            for (const KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_FINE}) {
                 const std::vector<uint16_t> expected = converted(*table, pair[0], pair[1], algorithm, 0);
                 for (const uint32_t shift : {4u, 8u, 12u}) {
                     EXPECT_EQ(expected, converted(*table, pair[0], pair[1], algorithm, shift))

@@ -12,10 +12,10 @@ namespace reference {
 
 enum Colour { red = 0, green = 1, blue = 2 };
 enum class Phase { rg, gr, gb, bg };
-enum class Method { nearest = 0, bilinear = 1, edge = 2 };
+enum class Method { nearest = 0, bilinear = 1, edge = 2, fine = 3 };
 
 constexpr Phase allPhases[] = {Phase::rg, Phase::gr, Phase::gb, Phase::bg};
-constexpr Method allMethods[] = {Method::nearest, Method::bilinear, Method::edge};
+constexpr Method allMethods[] = {Method::nearest, Method::bilinear, Method::edge};  // of frames
 
 Colour colourAt(Phase phase, int y, int x);
 

@@ -81,7 +81,7 @@ void visitViews(const Visit& visit) {
         for (const ViewOutput& output : reference::viewOutputs) {
             picture.lay(output, size, Spacing::exact, guard::Placement::againstEnd, guard::Fill::one, true);
             for (const kro::Kernels* table : usableTables()) {
-                for (const Method method : reference::allMethods) {
+                for (const Method method : reference::viewMethods) {
                     const KroViewOptions options = withAlgorithm(method);
                     visit(*table, std::string(name) + " to " + output.name, [&] {
                         EXPECT_EQ(KRO_OK, kro::convertView(*table, &source.view(), &picture.view(), &options));

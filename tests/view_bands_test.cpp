@@ -120,7 +120,7 @@ TEST(ViewThreads, BandsOfOnePictureAtTheSameTime) {
     reference::Scene scene(format, source.rows(), wordsOf(format, noOptions));
     ViewPicture picture(1 << 18);
     for (const kro::Kernels* table : usableTables()) {
-        for (const Method method : reference::allMethods) {
+        for (const Method method : reference::viewMethods) {
             picture.lay(output, size, Spacing::padded, guard::Placement::againstEnd, guard::Fill::one, false);
             std::vector<std::thread> threads;
             for (int thread = 0; thread < threadCount; ++thread) {

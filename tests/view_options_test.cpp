@@ -13,7 +13,7 @@ using reference::Layout;
 
 TEST(ViewOptions, AlgorithmsAndFlags) {
     for (const char* input : {"BayerRG8", "Mono8", "Mono12p"}) {  // grey knows no algorithm, but checks it
-        for (const int32_t algorithm : {3, -1, INT_MAX, INT_MIN}) {
+        for (const int32_t algorithm : {4, -1, INT_MAX, INT_MIN}) {
             ViewCall call(input);
             call.options.algorithm = algorithm;
             call.expect(KRO_ERR_OPTION, "algorithm");

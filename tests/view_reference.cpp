@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "fine_reference.hpp"
+
 namespace reference {
 namespace {
 
@@ -32,14 +34,16 @@ Picture greyPicture(const std::vector<uint16_t>& samples, int height, int width)
 }
 
 // 16 bits: the plain border rules, sums that do not wrap, and one limit for every phase.
-Picture deepPicture(Method method, const Mosaic& mosaic, int top) {
+Picture deepPicture(Method method, const Mosaic& mosaic, int bits) {
     switch (method) {
         case Method::nearest:
             return nearest(mosaic);
         case Method::bilinear:
             return bilinearByRule(mosaic);
+        case Method::fine:
+            return fine(mosaic, fineScale16(bits));
         default:
-            return edgeU16(mosaic, top);
+            return edgeU16(mosaic, (1 << bits) - 1);
     }
 }
 
@@ -168,9 +172,10 @@ Picture Scene::made(Method method, int depth) const {
         return greyPicture(depth == 8 ? std::vector<uint16_t>(eight_.begin(), eight_.end()) : all_, height_, width_);
     }
     if (depth == 8) {
-        return demosaic(method, {height_, width_, format_.phase, eight_.data()});
+        const Mosaic mosaic(height_, width_, format_.phase, eight_.data());
+        return method == Method::fine ? fine(mosaic, fineScale8) : demosaic(method, mosaic);
     }
-    return deepPicture(method, {height_, width_, format_.phase, all_.data()}, (1 << bits_) - 1);
+    return deepPicture(method, {height_, width_, format_.phase, all_.data()}, bits_);
 }
 
 const Picture& Scene::picture(Method method, int depth) {

@@ -56,6 +56,8 @@ std::vector<uint16_t> allBits(const InputFormat& format, const std::vector<uint1
 
 // ---- pictures ----
 
+constexpr Method viewMethods[] = {Method::nearest, Method::bilinear, Method::edge, Method::fine};
+
 // One frame and what it looks like; pictures are worked out when first asked for.
 class Scene {
 public:

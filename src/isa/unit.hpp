@@ -4,6 +4,7 @@
 
 #include "demosaicingBilinear/entries.hpp"
 #include "demosaicingEdge/entries.hpp"
+#include "demosaicingFine/fine.hpp"
 #include "demosaicingNearest/entries.hpp"
 #include "row/expansion.hpp"
 #include "table/kernels.hpp"
@@ -26,8 +27,10 @@ constexpr Kernels kernelsOf(const char* name) {
 #define KRO_KERNEL(routine, arity, ...) __VA_ARGS__,
 #include "table/kernels.def"
 #undef KRO_KERNEL
-        {KRO_KINDS(Nearest, S, uint8_t), KRO_KINDS(Bilinear, S), KRO_KINDS(Edge, S, uint8_t)},
-        {KRO_KINDS(Nearest, S, uint16_t), KRO_KINDS(BilinearExact, S), KRO_KINDS(Edge, S, uint16_t)},
+        {KRO_KINDS(Nearest, S, uint8_t), KRO_KINDS(Bilinear, S), KRO_KINDS(Edge, S, uint8_t),
+         KRO_KINDS(Fine, S, uint8_t)},
+        {KRO_KINDS(Nearest, S, uint16_t), KRO_KINDS(BilinearExact, S), KRO_KINDS(Edge, S, uint16_t),
+         KRO_KINDS(Fine, S, uint16_t)},
         KRO_KINDS(Grey, S, uint8_t),
         KRO_KINDS(Grey, S, uint16_t),
     };

@@ -7,7 +7,7 @@ namespace kro {
 
 enum class Output : int32_t { bgr, bgra, abgr, planar, mono };
 constexpr int outputKinds = 5;
-constexpr int algorithms = 3;
+constexpr int algorithms = 4;
 
 // Row 0 decides: does it start with green, does it hold blue? Both change from row to row.
 struct Phase {

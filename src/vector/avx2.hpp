@@ -36,6 +36,9 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm256_abs_epi16(a); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi16(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return _mm256_blendv_epi8(no, yes, m); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm256_or_si256(a, b); }
@@ -196,6 +199,7 @@ struct Avx2Words : Avx2Lanes {
 };
 
 struct Avx2Dwords {
+    using Number = int32_t;
     using Lanes = __m256i;
     using Mask = __m256i;
 
@@ -205,6 +209,19 @@ struct Avx2Dwords {
     }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Avx2Lanes::load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Avx2Lanes::store(p, a); }
+    static KRO_INLINE Lanes low(__m256i words) { return _mm256_and_si256(words, all(0xFFFF)); }
+    static KRO_INLINE Lanes high(__m256i words) { return _mm256_srli_epi32(words, 16); }
+    static KRO_INLINE __m256i joined(Lanes even, Lanes odd) {
+        return _mm256_or_si256(even, _mm256_slli_epi32(odd, 16));
+    }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi32(a, b); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi32(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return _mm256_slli_epi32(a, n);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
@@ -228,6 +245,7 @@ struct Avx2 {
     using Bytes = Avx2Bytes;
     using Words = Avx2Words;
     using Wide = Doubled<Avx2Dwords, Avx2Words>;
+    using Dwords = Avx2Dwords;
 };
 
 }  // namespace

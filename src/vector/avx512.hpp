@@ -46,6 +46,9 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi16(a); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi16(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return _mm512_mask_add_epi16(a, m, a, all(1)); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return _mm512_mask_sub_epi16(a, m, a, all(1)); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm512_cmpgt_epi16_mask(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return _mm512_mask_mov_epi16(no, m, yes); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm512_or_si512(a, b); }
@@ -277,6 +280,7 @@ struct Avx512Words : Avx512Lanes {
 };
 
 struct Avx512Dwords {
+    using Number = int32_t;
     using Lanes = __m512i;
     using Mask = __mmask16;
 
@@ -286,6 +290,19 @@ struct Avx512Dwords {
     }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return _mm512_loadu_si512(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { _mm512_storeu_si512(p, a); }
+    static KRO_INLINE Lanes low(__m512i words) { return _mm512_and_si512(words, all(0xFFFF)); }
+    static KRO_INLINE Lanes high(__m512i words) { return _mm512_srli_epi32(words, 16); }
+    static KRO_INLINE __m512i joined(Lanes even, Lanes odd) {
+        return _mm512_or_si512(even, _mm512_slli_epi32(odd, 16));
+    }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi32(a, b); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi32(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return _mm512_mask_add_epi32(a, m, a, all(1)); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return _mm512_mask_sub_epi32(a, m, a, all(1)); }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return _mm512_slli_epi32(a, n);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
@@ -310,6 +327,7 @@ struct Avx512 {
     using Bytes = Avx512Bytes<bytePermutes>;
     using Words = Avx512Words;
     using Wide = Doubled<Avx512Dwords, Avx512Words>;
+    using Dwords = Avx512Dwords;
 };
 
 }  // namespace

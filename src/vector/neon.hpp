@@ -56,6 +56,9 @@ struct NeonLanes {
     static KRO_INLINE Lanes absolute(Difference d) { return of(vabdq_s16(s16(d.a), s16(d.b))); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return of(vmulq_u16(u16(a), u16(b))); }
     static KRO_INLINE Lanes absolute(Lanes a) { return of(vabsq_s16(s16(a))); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return of(vminq_s16(s16(a), s16(b))); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return of(vsubq_u16(u16(a), u16(m))); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return of(vaddq_u16(u16(a), u16(m))); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return of(vcgtq_s16(s16(a), s16(b))); }
     // Bit by bit, in one instruction that spares the mask: where clang knows it, it would make three instructions or
     // look-ups in two registers.
@@ -206,6 +209,7 @@ struct NeonWords : NeonLanes {
 };
 
 struct NeonDwords {
+    using Number = int32_t;
     using Lanes = int32x4_t;
     using Mask = uint32x4_t;
 
@@ -214,6 +218,21 @@ struct NeonDwords {
     static KRO_INLINE Lanes secondHalf(uint8x16_t words) { return wide(vget_high_u16(NeonLanes::u16(words))); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return vld1q_s32(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { vst1q_s32(p, a); }
+    static KRO_INLINE Lanes low(uint8x16_t words) { return vandq_s32(vreinterpretq_s32_u8(words), all(0xFFFF)); }
+    static KRO_INLINE Lanes high(uint8x16_t words) {
+        return vreinterpretq_s32_u32(vshrq_n_u32(vreinterpretq_u32_u8(words), 16));
+    }
+    static KRO_INLINE uint8x16_t joined(Lanes even, Lanes odd) {
+        return vreinterpretq_u8_s32(vsliq_n_s32(even, odd, 16));
+    }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return vmulq_s32(a, b); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return vminq_s32(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, vreinterpretq_s32_u32(m)); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, vreinterpretq_s32_u32(m)); }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return vshlq_n_s32(a, n);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return vdupq_n_s32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return vaddq_s32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return vsubq_s32(a, b); }
@@ -237,6 +256,7 @@ struct Neon {
     using Bytes = NeonBytes;
     using Words = NeonWords;
     using Wide = Doubled<NeonDwords, NeonWords>;
+    using Dwords = NeonDwords;
 };
 
 }  // namespace

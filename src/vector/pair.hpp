@@ -16,14 +16,40 @@ KRO_INLINE Int chosen(bool condition, Int yes, Int no) {
     return static_cast<Int>(no ^ ((no ^ yes) & -static_cast<Int>(condition)));
 }
 
-struct PairBytes {
+// One lane: a number that belongs to the even or to the odd column of a pair.
+struct PairNumbers {
+    using Lanes = int32_t;
+    using Mask = bool;
+
+    static KRO_INLINE Lanes all(int32_t value) { return value; }
+    static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
+    static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return a * b; }
+    static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return a < b ? a : b; }
+    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return a > b; }
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return chosen(m, yes, no); }
+    // One more, one less, where the mask says so.
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return a + static_cast<int32_t>(m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return a - static_cast<int32_t>(m); }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) { return a < 0 ? 0 : a > top ? top : a; }
+    template <int n>
+    static KRO_INLINE Lanes shiftRight(Lanes a) {
+        return a >> n;  // arithmetic: floors
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return a * (1 << n);
+    }
+};
+
+struct PairBytes : PairNumbers {
     static constexpr int columns = 2;
     using Sample = uint8_t;
+    using Number = int16_t;
     struct Vector {
         uint8_t even, odd;
     };
-    using Lanes = int32_t;  // one lane: the even or the odd column of the pair
-    using Mask = bool;
 
     static KRO_INLINE Vector load(const uint8_t* p) { return {p[0], p[1]}; }
     static KRO_INLINE Vector pairOf(int32_t even, int32_t odd) {
@@ -35,16 +61,7 @@ struct PairBytes {
     static KRO_INLINE Vector evenOnly(Vector v) { return v; }
     static KRO_INLINE int32_t evenColumn(Lanes a) { return a; }
     static KRO_INLINE int32_t oddColumn(Lanes a) { return a; }
-    static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
-    static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
-    static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
-    static KRO_INLINE Mask greater(Lanes a, Lanes b) { return a > b; }
-    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return chosen(m, yes, no); }
-    static KRO_INLINE Lanes clampByte(Lanes a) { return a < 0 ? 0 : a > 255 ? 255 : a; }
-    template <int n>
-    static KRO_INLINE Lanes shiftRight(Lanes a) {
-        return a >> n;  // arithmetic: floors
-    }
+    static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, 255); }
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { *p = static_cast<int16_t>(a); }
 };
@@ -128,6 +145,16 @@ struct PairLanes {
 };
 using PairWords = PairLanes<int16_t>;
 
+// Of a pair of words, a lane for each, as bytes have.
+struct PairDwords : PairNumbers {
+    using Number = int32_t;
+
+    static KRO_INLINE Lanes low(PairWords::Vector words) { return static_cast<uint16_t>(words.even); }
+    static KRO_INLINE Lanes high(PairWords::Vector words) { return static_cast<uint16_t>(words.odd); }
+    static KRO_INLINE Lanes loadLanes(const int32_t* p) { return *p; }
+    static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { *p = a; }
+};
+
 struct PairWide : PairLanes<int32_t> {
     static KRO_INLINE PairWords::Vector packed(Lanes a) { return PairWords::pairOf(a.even, a.odd); }
 };
@@ -182,11 +209,13 @@ struct Doubled {
     static KRO_INLINE typename Narrow::Vector packed(Lanes a) { return Half::packed(a.first, a.second); }
 };
 
-// What an instruction set brings: its three kinds of lanes.
+// What an instruction set brings: its three kinds of lanes, and half of the third, which of words holds the even or
+// the odd columns of a block.
 struct PairOfColumns {
     using Bytes = PairBytes;
     using Words = PairWords;
     using Wide = PairWide;
+    using Dwords = PairDwords;
 };
 
 }  // namespace

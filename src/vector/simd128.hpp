@@ -33,6 +33,9 @@ struct Simd128Lanes {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i16x8_sub(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i16x8_mul(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return wasm_i16x8_abs(a); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i16x8_min(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return wasm_i16x8_gt(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return wasm_v128_bitselect(yes, no, m); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return wasm_v128_or(a, b); }
@@ -208,6 +211,7 @@ private:
 };
 
 struct Simd128Dwords {
+    using Number = int32_t;
     using Lanes = v128_t;
     using Mask = v128_t;
 
@@ -215,6 +219,17 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes secondHalf(v128_t words) { return wasm_u32x4_extend_high_u16x8(words); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return wasm_v128_load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { wasm_v128_store(p, a); }
+    static KRO_INLINE Lanes low(v128_t words) { return wasm_v128_and(words, wasm_i32x4_const_splat(0xFFFF)); }
+    static KRO_INLINE Lanes high(v128_t words) { return wasm_u32x4_shr(words, 16); }
+    static KRO_INLINE v128_t joined(Lanes even, Lanes odd) { return wasm_v128_or(even, wasm_i32x4_shl(odd, 16)); }
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i32x4_mul(a, b); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i32x4_min(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return wasm_i32x4_shl(a, n);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return wasm_i32x4_splat(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return wasm_i32x4_add(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i32x4_sub(a, b); }
@@ -238,6 +253,7 @@ struct Simd128 {
     using Bytes = Simd128Bytes;
     using Words = Simd128Words;
     using Wide = Doubled<Simd128Dwords, Simd128Words>;
+    using Dwords = Simd128Dwords;
 };
 
 }  // namespace

@@ -34,6 +34,9 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi16(a); }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm_min_epi16(a, b); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi16(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
         return _mm_or_si128(_mm_and_si128(m, yes), _mm_andnot_si128(m, no));
@@ -196,6 +199,7 @@ struct Ssse3Words : Ssse3Lanes {
 };
 
 struct Ssse3Dwords {
+    using Number = int32_t;
     using Lanes = __m128i;
     using Mask = __m128i;
 
@@ -203,6 +207,21 @@ struct Ssse3Dwords {
     static KRO_INLINE Lanes secondHalf(__m128i words) { return _mm_unpackhi_epi16(words, _mm_setzero_si128()); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Ssse3Lanes::load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Ssse3Lanes::store(p, a); }
+    static KRO_INLINE Lanes low(__m128i words) { return _mm_and_si128(words, all(0xFFFF)); }
+    static KRO_INLINE Lanes high(__m128i words) { return _mm_srli_epi32(words, 16); }
+    static KRO_INLINE __m128i joined(Lanes even, Lanes odd) { return _mm_or_si128(even, _mm_slli_epi32(odd, 16)); }
+    // There is none of 32 bits: products of even lanes and of odd ones, of which the lower halves are taken.
+    static KRO_INLINE Lanes mul(Lanes a, Lanes b) {
+        const __m128i even = _mm_mul_epu32(a, b), odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+        return combine(even, _mm_slli_epi64(odd, 32));
+    }
+    static KRO_INLINE Lanes least(Lanes a, Lanes b) { return select(greater(a, b), b, a); }
+    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
+    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    template <int n>
+    static KRO_INLINE Lanes shiftLeft(Lanes a) {
+        return _mm_slli_epi32(a, n);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi32(a, b); }
@@ -229,6 +248,7 @@ struct Ssse3 {
     using Bytes = Ssse3Bytes;
     using Words = Ssse3Words;
     using Wide = Doubled<Ssse3Dwords, Ssse3Words>;
+    using Dwords = Ssse3Dwords;
 };
 
 }  // namespace

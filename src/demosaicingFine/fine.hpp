@@ -1,0 +1,133 @@
+// Fine frames: green from differences of colours, weighed across and down by how little they vary, and red and blue
+// as a local function of green.
+#pragma once
+
+#include "demosaicingFine/strip.hpp"
+#include "row/store.hpp"
+
+namespace kro {
+namespace {
+
+// Rows around the one that is made: slopes and offsets, and what its own sites hold.
+template <class Number>
+struct FineRows {
+    const Number *colours, *greens, *differences;
+    const Number *slopesAbove, *slopes, *slopesBelow;
+    const Number *offsetsAbove, *offsets, *offsetsBelow;
+};
+
+// Sums of slopes and of offsets of the sites that a colour is made from.
+template <class L>
+struct Models {
+    typename L::Lanes slope, offset;
+    KRO_INLINE Models plus(Models other) const { return {L::add(slope, other.slope), L::add(offset, other.offset)}; }
+    // 2^shift / 2 sites.
+    template <int shift>
+    KRO_INLINE typename L::Lanes colour(typename L::Lanes green, typename L::Lanes top) const {
+        const auto sum = L::add(L::mul(slope, green), L::add(offset, L::all(1 << (shift - 1))));
+        return L::clamp(L::template shiftRight<shift>(sum), top);
+    }
+};
+
+template <class S, class Sample, Output kind>
+class Fine {
+    using FineStripOf = FineStrip<S, Sample>;
+    using Number = typename FineStripOf::Number;
+    static constexpr bool ordered = isInterleaved(kind);
+
+public:
+    static void frame(const FrameJob& job) {
+        for (int32_t x = 0; x < job.width;) {
+            const int32_t end = x + columnsOf(job.width - x);
+            walk(job, {x, end});
+            x = end;
+        }
+    }
+
+private:
+    // As many columns as fit, but no strip narrower than the widest block beside another.
+    static int32_t columnsOf(int32_t left) {
+        constexpr int32_t most = FineStripOf::mostColumns, least = 64 / sizeof(Sample);
+        return left <= most ? left : left < most + least ? most - least : most;
+    }
+
+    static KRO_OUTLINE void walk(const FrameJob& job, Columns columns) {
+        FineStripOf strip(job, columns);
+        const RowSpan rows = job.rows;
+        for (int32_t y = rows.begin - FineStripOf::stepsBefore; y < rows.end + FineStripOf::rowsBehind; ++y) {
+            strip.beginStep(y);
+            if (y - FineStripOf::rowsBehind >= rows.begin) {
+                row(job, strip, y - FineStripOf::rowsBehind);
+            }
+            strip.endStep(y);
+        }
+    }
+    static KRO_INLINE void row(const FrameJob& job, FineStripOf& strip, int32_t y) {
+        const Phase phase = phaseOfRow(job.phase, y);
+        const bool ownFirst = ordered && ownComesFirst(job.target, phase);
+        const auto make = phase.greenFirst ? (ownFirst ? pixels<true, ordered> : pixels<true, false>)
+                                           : (ownFirst ? pixels<false, ordered> : pixels<false, false>);
+        make(job, strip, y);
+    }
+    static KRO_INLINE FineRows<Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {
+        return {strip.template row<Plane::samples>(y, half),
+                strip.template row<Plane::samples>(y, 1 - half),
+                strip.template row<Plane::colourMinusGreen>(y),
+                strip.template row<Plane::slope>(y - 1),
+                strip.template row<Plane::slope>(y),
+                strip.template row<Plane::slope>(y + 1),
+                strip.template row<Plane::offset>(y - 1),
+                strip.template row<Plane::offset>(y),
+                strip.template row<Plane::offset>(y + 1)};
+    }
+
+    template <bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void pixels(const FrameJob& job, FineStripOf& strip, int32_t y) {
+        const Strip place = strip.strip();
+        const auto out = rowTarget<kind, Sample>(job.target, phaseOfRow(job.phase, y), y, place.first);
+        const FineRows<Number> in = rowsAround(strip, y, colourOdd ? 1 : 0);
+        const int32_t top = sizeof(Sample) == 1 ? 255 : job.top;
+        eachWholeBlock<BackEnd<S, Sample>>(place.made, [=](auto block) KRO_INLINE_LAMBDA {
+            put<kind, ownFirst>(out, block, finePixels<colourOdd, decltype(block)>(in, block.x >> 1, top));
+        });
+        finishRow<kind, BackEnd<S, Sample>>(out, place.made);
+    }
+
+    template <bool colourOdd, class B>
+    static KRO_INLINE auto finePixels(const FineRows<Number>& in, int32_t i, int32_t topOfSamples) {
+        using V = typename B::Vector;
+        using L = SiteLanes<std::conditional_t<V::columns == 2, PairOfColumns, S>, Sample>;
+        constexpr int32_t e = eastern<colourOdd>;
+        const auto at = [i](const Number* lanes, int32_t k) KRO_INLINE_LAMBDA { return L::loadLanes(lanes + i + k); };
+        const auto model = [&](const Number* slopes, const Number* offsets, int32_t k) KRO_INLINE_LAMBDA {
+            return Models<L>{at(slopes, k), at(offsets, k)};
+        };
+        // The other colour's sites above and below a green one, and on the diagonals of a colour's.
+        const auto column = [&](int32_t k) KRO_INLINE_LAMBDA {
+            return model(in.slopesAbove, in.offsetsAbove, k).plus(model(in.slopesBelow, in.offsetsBelow, k));
+        };
+        const auto top = L::all(topOfSamples);
+        const auto vertical = column(0), diagonal = vertical.plus(column(colourOdd ? 1 : -1));
+        const auto across = model(in.slopes, in.offsets, -e).plus(model(in.slopes, in.offsets, 1 - e));
+        const typename L::Lanes colour = at(in.colours, 0), green = at(in.greens, 0);
+        const typename L::Lanes greenMade = L::sub(colour, at(in.differences, 0));
+        return makePixels(channel<V, L, colourOdd>(colour, across.template colour<2>(green, top)),
+                          channel<V, L, colourOdd>(greenMade, green),
+                          channel<V, L, colourOdd>(diagonal.template colour<3>(greenMade, top),
+                                                   vertical.template colour<2>(green, top)));
+    }
+    template <class V, class L, bool colourOdd>
+    static KRO_INLINE Ready<V> channel(typename L::Lanes atColour, typename L::Lanes atGreen) {
+        const typename L::Lanes even = colourOdd ? atGreen : atColour, odd = colourOdd ? atColour : atGreen;
+        if constexpr (V::columns == 2) {
+            return {V::pairOf(even, odd)};
+        } else if constexpr (sizeof(Sample) == 1) {
+            return {V::combine(even, V::template shiftLeft<8>(odd))};
+        } else {
+            return {L::joined(even, odd)};
+        }
+    }
+};
+
+}  // namespace
+}  // namespace kro
