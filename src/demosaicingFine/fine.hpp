@@ -8,12 +8,11 @@
 namespace kro {
 namespace {
 
-// Rows around the one that is made: slopes and offsets, and what its own sites hold.
+// What a row is made from: what its own sites hold, and the models around them, slopes and, `next` on, offsets.
 template <class Number>
 struct FineRows {
     const Number *colours, *greens, *differences;
-    const Number *slopesAbove, *slopes, *slopesBelow;
-    const Number *offsetsAbove, *offsets, *offsetsBelow;
+    const Number *above, *here, *below;
 };
 
 // Sums of slopes and of offsets of the sites that a colour is made from.
@@ -34,6 +33,7 @@ class Fine {
     using FineStripOf = FineStrip<S, Sample>;
     using Number = typename FineStripOf::Number;
     static constexpr bool ordered = isInterleaved(kind);
+    static constexpr int32_t next = FineStripOf::next;
 
 public:
     static void frame(const FrameJob& job) {
@@ -70,15 +70,13 @@ private:
         make(job, strip, y);
     }
     static KRO_INLINE FineRows<Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {
-        return {strip.template row<Plane::samples>(y, half),
-                strip.template row<Plane::samples>(y, 1 - half),
+        const Number* const samples = strip.template row<Plane::samples>(y);
+        return {samples + half * next,
+                samples + (1 - half) * next,
                 strip.template row<Plane::colourMinusGreen>(y),
-                strip.template row<Plane::slope>(y - 1),
-                strip.template row<Plane::slope>(y),
-                strip.template row<Plane::slope>(y + 1),
-                strip.template row<Plane::offset>(y - 1),
-                strip.template row<Plane::offset>(y),
-                strip.template row<Plane::offset>(y + 1)};
+                strip.template row<Plane::models>(y - 1),
+                strip.template row<Plane::models>(y),
+                strip.template row<Plane::models>(y + 1)};
     }
 
     template <bool colourOdd, bool ownFirst>
@@ -99,16 +97,14 @@ private:
         using L = SiteLanes<std::conditional_t<V::columns == 2, PairOfColumns, S>, Sample>;
         constexpr int32_t e = eastern<colourOdd>;
         const auto at = [i](const Number* lanes, int32_t k) KRO_INLINE_LAMBDA { return L::loadLanes(lanes + i + k); };
-        const auto model = [&](const Number* slopes, const Number* offsets, int32_t k) KRO_INLINE_LAMBDA {
-            return Models<L>{at(slopes, k), at(offsets, k)};
+        const auto model = [&](const Number* models, int32_t k) KRO_INLINE_LAMBDA {
+            return Models<L>{at(models, k), at(models, next + k)};
         };
         // The other colour's sites above and below a green one, and on the diagonals of a colour's.
-        const auto column = [&](int32_t k) KRO_INLINE_LAMBDA {
-            return model(in.slopesAbove, in.offsetsAbove, k).plus(model(in.slopesBelow, in.offsetsBelow, k));
-        };
+        const auto column = [&](int32_t k) KRO_INLINE_LAMBDA { return model(in.above, k).plus(model(in.below, k)); };
         const auto top = L::all(topOfSamples);
         const auto vertical = column(0), diagonal = vertical.plus(column(colourOdd ? 1 : -1));
-        const auto across = model(in.slopes, in.offsets, -e).plus(model(in.slopes, in.offsets, 1 - e));
+        const auto across = model(in.here, -e).plus(model(in.here, 1 - e));
         const typename L::Lanes colour = at(in.colours, 0), green = at(in.greens, 0);
         const typename L::Lanes greenMade = L::sub(colour, at(in.differences, 0));
         return makePixels(channel<V, L, colourOdd>(colour, across.template colour<2>(green, top)),

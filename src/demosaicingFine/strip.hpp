@@ -14,8 +14,10 @@ namespace {
 
 // Index reflected about the first and last of n, as often as it takes.
 KRO_INLINE constexpr int32_t mirroredFar(int32_t index, int32_t n) {
-    const int32_t period = 2 * (n - 1), place = (index % period + period) % period;
-    return place < n ? place : period - place;
+    while (index < 0 || index >= n) {
+        index = mirrored(index, n);
+    }
+    return index;
 }
 
 // Lanes that hold the even or the odd columns of a block.
@@ -36,11 +38,12 @@ class FineStrip {
 public:
     using Number = typename L::Number;
 
+    static constexpr int32_t next = Planes<Number>::lanes;  // from a half row to the next
     static constexpr int32_t reach = 12;  // columns beside a strip that its pixels depend on, rounded up
-    static constexpr int32_t mostColumns = 2 * Planes<Number>::lanes - 2 * reach;
+    static constexpr int32_t mostColumns = 2 * next - 2 * reach;
 
-    // Steps are counted by the row whose differences down they make. The first one, and how far behind it pixels are.
-    static constexpr int32_t stepsBefore = 8, rowsBehind = 9;
+    // Steps are counted by the row whose differences down they make: the first one, and how far behind it pixels are.
+    static constexpr int32_t stepsBefore = 8, rowsBehind = 10;
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
@@ -53,45 +56,21 @@ public:
         }
     }
 
-    // Passes that read what a pass before them has just stored, some lanes on, wait for the cache. So their order is
-    // such that other work stands between them: two halves of a step, and pixels in between.
+    // A step's passes before its pixels are made, and after. What a pass reads some lanes beside those that another
+    // one has just stored would wait for the cache: other work stands between such two.
     KRO_INLINE void beginStep(int32_t y) {
         load(y + 2);
-        const bool odd = colourIsOdd(y - 1);
-        const bool ready = y - 1 >= job_.rows.begin - 7;
-        if (ready) {
-            (odd ? &FineStrip::differencesAcross<true> : &FineStrip::differencesAcross<false>)(*this, y - 1);
-        }
-        differencesDown(*this, y, 0);
-        differencesDown(*this, y, 1);
-        if (ready) {
-            (odd ? &FineStrip::estimatesAcross<true> : &FineStrip::estimatesAcross<false>)(*this, y - 1);
-        }
-        if (y - 3 >= job_.rows.begin - 5) {
-            sumsDown(*this, y - 3, colourIsOdd(y - 3));
-        }
+        (colourIsOdd(y - 2) ? estimatesAcross<true> : estimatesAcross<false>)(*this, y - 2);
+        (colourIsOdd(y - 1) ? differences<true> : differences<false>)(*this, y);
     }
-    KRO_INLINE void endStep(int32_t y) {
-        if (y - 1 >= job_.rows.begin - 7) {
-            (colourIsOdd(y - 1) ? &FineStrip::sumsAcross<true> : &FineStrip::sumsAcross<false>)(*this, y - 1);
-        }
-        if (y - 3 >= job_.rows.begin - 5) {
-            weigh(*this, y - 3, colourIsOdd(y - 3));
-        }
-        if (y - 5 >= job_.rows.begin - 3) {
-            greens(*this, y - 5, colourIsOdd(y - 5));
-        }
-        if (y - 7 >= job_.rows.begin - 1) {
-            slopes(*this, y - 7, colourIsOdd(y - 7));
-        }
-    }
+    KRO_INLINE void endStep(int32_t y) { models(*this, y - 4, colourIsOdd(y - 4) ? 1 : 0); }
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(job_.phase, y).greenFirst; }
     Strip strip() const { return {first_, {0, count_}, frame_}; }
-    // Half a row of a plane; lane 0 belongs to the strip's first two columns.
+    // The first half row of a plane's row; lane 0 belongs to the strip's first two columns.
     template <Plane plane>
-    KRO_INLINE Number* row(int32_t y, int32_t half = 0) {
-        return planes_.template row<plane>(y, half) + reach / 2;
+    KRO_INLINE Number* row(int32_t y) {
+        return planes_.template row<plane>(y) + reach / 2;
     }
 
 private:
@@ -99,7 +78,7 @@ private:
     const int32_t first_, count_;
     const Columns frame_;
     const Lanes top_;
-    alignas(64) Sample prepared_[sizeof(Sample) == 1 ? 256 : 128];
+    alignas(64) Sample prepared_[2 * next + 64];
     Planes<Number> planes_;
 
     // Blocks of lanes that cover the strip's and `beside` more at both ends.
@@ -124,7 +103,7 @@ private:
             readRun<S>(job_, frameRow, {first_ + seen.begin, first_ + seen.end}, prepared_);
             in = prepared_ - seen.begin;
         }
-        Number* const halves[2] = {row<Plane::samples>(y, 0), row<Plane::samples>(y, 1)};
+        Number* const halves[2] = {row<Plane::samples>(y), row<Plane::samples>(y) + next};
         split(in, seen, halves);
         const auto mirror = [&](int32_t x) {
             halves[x & 1][x >> 1] = in[frame_.begin + mirroredFar(x - frame_.begin, job_.width)];
@@ -179,106 +158,198 @@ private:
     static KRO_INLINE Lanes beside(const Number* lanes) { return L::add(at(lanes - 1), at(lanes + 1)); }
     static KRO_INLINE Lanes twice(Lanes a) { return L::add(a, a); }
 
-    // Down to row y, of one half; with it the variation and the gradient of the row above are complete.
-    static KRO_OUTLINE void differencesDown(FineStrip& s, int32_t y, int32_t half) {
-        const auto sample = [&](int32_t row) { return s.template row<Plane::samples>(row, half); };
-        const Number *const north2 = sample(y - 2), *const north = sample(y - 1), *const here = sample(y),
-                            *const south = sample(y + 1), *const south2 = sample(y + 2);
-        const Number* const before = s.template row<Plane::differencesDown>(y - 2, half);
-        Number* const made = s.template row<Plane::differencesDown>(y, half);
-        Number* const variations = s.template row<Plane::variationDown>(y - 1, half);
-        Number* const gradients = s.template row<Plane::gradientDown>(y - 1, half);
-        s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes above = at(north2 + i), same = at(here + i);
-            const Lanes down = difference(above, at(north + i), same, at(south + i), at(south2 + i));
-            L::storeLanes(variations + i, variation(at(before + i), down));
-            L::storeLanes(gradients + i, gradient(above, same));
-            L::storeLanes(made + i, down);
-        });
-    }
-    template <bool colourOdd>
-    static KRO_OUTLINE void differencesAcross(FineStrip& s, int32_t y) {
-        constexpr int32_t e = eastern<colourOdd>;
-        const Number* const colour = s.template row<Plane::samples>(y, colourOdd ? 1 : 0);
-        const Number* const green = s.template row<Plane::samples>(y, colourOdd ? 0 : 1);
-        Number* const atColour = s.template row<Plane::passing>(0, 0);
-        Number* const atGreen = s.template row<Plane::passing>(0, 1);
-        s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes west = at(green + i - 1 + e), east = at(green + i + e);
-            const Lanes westColour = at(colour + i - e), eastColour = at(colour + i + 1 - e);
-            const Lanes c = difference(at(colour + i - 1), west, at(colour + i), east, at(colour + i + 1));
-            const Lanes g = difference(at(green + i - 1), westColour, at(green + i), eastColour, at(green + i + 1));
-            L::storeLanes(atColour + i, c);
-            L::storeLanes(atGreen + i, g);
-        });
+    // Rows around the one that differences down are made of: samples from two above to two below, differences of two
+    // above and of its own, and changes of four rows, of which the first gives way to the newest.
+    struct RowsDown {
+        const Number* samples[5];
+        const Number* before;
+        Number* difference;
+        Number* changes[4];
+    };
+    RowsDown rowsDown(int32_t y) {
+        RowsDown rows{};
+        for (int32_t k = 0; k < 5; ++k) {
+            rows.samples[k] = row<Plane::samples>(y - 2 + k);
+        }
+        rows.before = row<Plane::differencesDown>(y - 2);
+        rows.difference = row<Plane::differencesDown>(y);
+        for (int32_t k = 0; k < 4; ++k) {
+            rows.changes[k] = row<Plane::changesDown>(y - 5 + k);
+        }
+        return rows;
     }
 
-    // ---- variations, gradients, and estimates at red and blue sites ----
+    // Differences down to row y; with them variation and gradient of the row above are complete, and their sums of
+    // the row two further up. Differences across, of the row above.
+    template <bool colourOdd>
+    static KRO_OUTLINE void differences(FineStrip& s, int32_t y) {
+        constexpr int32_t colours = colourOdd ? next : 0, greens = next - colours;
+        const RowsDown rows = s.rowsDown(y);
+        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across =
+                                                                         s.template row<Plane::passing>(0);
+        s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
+            const Down down = downOf(rows, i + colours);
+            L::storeLanes(sums + i, L::add(sumOf(rows.changes, i + 2 * colours), down.variation));
+            L::storeLanes(sums + next + i, L::add(sumOf(rows.changes, i + 2 * colours + next), down.gradient));
+            store(rows, i + colours, i + 2 * colours, down);
+            store(rows, i + greens, i + 2 * greens, downOf(rows, i + greens));
+            acrossRow<colourOdd>(rows.samples[1] + colours + i, rows.samples[1] + greens + i, across + i);
+        });
+    }
+    struct Down {
+        Lanes difference, variation, gradient;
+    };
+    static KRO_INLINE Down downOf(const RowsDown& in, int32_t i) {
+        const auto sample = [&](int k) KRO_INLINE_LAMBDA { return at(in.samples[k] + i); };
+        const Lanes north2 = sample(0), here = sample(2);
+        const Lanes made = difference(north2, sample(1), here, sample(3), sample(4));
+        return {made, variation(at(in.before + i), made), gradient(north2, here)};
+    }
+    static KRO_INLINE void store(const RowsDown& out, int32_t i, int32_t change, const Down& made) {
+        L::storeLanes(out.difference + i, made.difference);
+        L::storeLanes(out.changes[0] + change, made.variation);
+        L::storeLanes(out.changes[0] + change + next, made.gradient);
+    }
+    static KRO_INLINE Lanes sumOf(Number* const (&rows)[4], int32_t i) {
+        return L::add(L::add(at(rows[0] + i), at(rows[1] + i)), L::add(at(rows[2] + i), at(rows[3] + i)));
+    }
+    template <bool colourOdd>
+    static KRO_INLINE void acrossRow(const Number* colour, const Number* green, Number* made) {
+        constexpr int32_t e = eastern<colourOdd>;
+        const Lanes west = at(green - 1 + e), east = at(green + e);
+        const Lanes westColour = at(colour - e), eastColour = at(colour + 1 - e);
+        const Lanes c = difference(at(colour - 1), west, at(colour), east, at(colour + 1));
+        const Lanes g = difference(at(green - 1), westColour, at(green), eastColour, at(green + 1));
+        L::storeLanes(made + colourDifference, c);
+        L::storeLanes(made + greenDifference, g);
+    }
+
+    // Half rows on their way to the next pass: differences across, of colour and green sites; variations of a colour
+    // site, and with that of the green site east of it; gradients likewise.
+    enum Passing : int32_t {
+        colourDifference = 0,
+        greenDifference = next,
+        ownVariation = 2 * next,
+        bothVariations = 3 * next,
+        ownGradient = 4 * next,
+        bothGradients = 5 * next
+    };
+
+    // ---- estimates at red and blue sites; variations and gradients across ----
 
     template <bool colourOdd>
     static KRO_OUTLINE void estimatesAcross(FineStrip& s, int32_t y) {
         constexpr int32_t e = eastern<colourOdd>;
-        const Number* const colour = s.template row<Plane::samples>(y, colourOdd ? 1 : 0);
-        const Number* const green = s.template row<Plane::samples>(y, colourOdd ? 0 : 1);
-        const Number* const atColour = s.template row<Plane::passing>(0, 0);
-        const Number* const atGreen = s.template row<Plane::passing>(0, 1);
-        Number* const made[4] = {s.template row<Plane::passing>(0, 2), s.template row<Plane::passing>(0, 3),
-                                 s.template row<Plane::passing>(0, 4), s.template row<Plane::passing>(0, 5)};
-        Number *const estimate = s.template row<Plane::estimateAcross>(y), *const rough =
-                                                                               s.template row<Plane::roughAcross>(y);
+        const Number* const samples = s.template row<Plane::samples>(y);
+        Number *const passing = s.template row<Plane::passing>(0), *const made = s.template row<Plane::estimates>(y);
         s.eachLane(4, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes west = at(atGreen + i - 1 + e), here = at(atColour + i), east = at(atGreen + i + e);
-            const Lanes sample = at(colour + i);
-            L::storeLanes(made[0] + i, variation(west, east));
-            L::storeLanes(made[1] + i, variation(at(atColour + i - e), at(atColour + i + 1 - e)));
-            L::storeLanes(made[2] + i, gradient(at(green + i - 1 + e), at(green + i + e)));
-            L::storeLanes(made[3] + i, gradient(at(colour + i - e), at(colour + i + 1 - e)));
-            L::storeLanes(estimate + i, L::sub(twice(here), L::add(west, east)));
-            L::storeLanes(rough + i, roughEstimate(here, sample, beside(colour + i)));
+            Number* const here = passing + i;
+            const Number* const colour = samples + (colourOdd ? next : 0) + i;
+            const Number* const green = samples + (colourOdd ? 0 : next) + i;
+            const Lanes west = at(here + greenDifference - 1 + e), east = at(here + greenDifference + e);
+            const Lanes own = at(here + colourDifference), nextOwn = at(here + colourDifference + 1);
+            const Lanes sample = at(colour), eastSample = at(colour + 1), westSample = at(colour - 1);
+            const Lanes ownVaries = variation(west, east), ownChanges = gradient(at(green - 1 + e), at(green + e));
+            L::storeLanes(here + ownVariation, ownVaries);
+            L::storeLanes(here + bothVariations, L::add(ownVaries, variation(own, nextOwn)));
+            L::storeLanes(here + ownGradient, ownChanges);
+            L::storeLanes(here + bothGradients, L::add(ownChanges, gradient(sample, eastSample)));
+            L::storeLanes(made + i, plainEstimate(west, own, east));
+            L::storeLanes(made + next + i, roughEstimate(own, sample, L::add(westSample, eastSample)));
         });
+    }
+    static KRO_INLINE Lanes plainEstimate(Lanes before, Lanes here, Lanes after) {
+        return L::sub(twice(here), L::add(before, after));
     }
     static KRO_INLINE Lanes roughEstimate(Lanes difference, Lanes sample, Lanes farSamples) {
-        return twice(L::sub(L::add(twice(difference), twice(sample)), farSamples));
-    }
-    // Over five columns around each red or blue site of a row.
-    template <bool colourOdd>
-    static KRO_OUTLINE void sumsAcross(FineStrip& s, int32_t y) {
-        constexpr int32_t e = eastern<colourOdd>;
-        const auto sum = [](const Number* atColour, const Number* atGreen) KRO_INLINE_LAMBDA {
-            return L::add(L::add(beside(atColour), at(atColour)), L::add(at(atGreen - 1 + e), at(atGreen + e)));
-        };
-        const Number* const made[4] = {s.template row<Plane::passing>(0, 2), s.template row<Plane::passing>(0, 3),
-                                       s.template row<Plane::passing>(0, 4), s.template row<Plane::passing>(0, 5)};
-        Number *const variations = s.template row<Plane::variationAcross>(y),
-                      *const gradients = s.template row<Plane::gradientAcross>(y);
-        s.eachLane(3, [=](int32_t i) KRO_INLINE_LAMBDA {
-            L::storeLanes(variations + i, sum(made[0] + i, made[1] + i));
-            L::storeLanes(gradients + i, sum(made[2] + i, made[3] + i));
-        });
-    }
-    // Over five rows around row y, of the columns in which it has red or blue.
-    static KRO_OUTLINE void sumsDown(FineStrip& s, int32_t y, bool colourOdd) {
-        const int32_t half = colourOdd ? 1 : 0;
-        const Number *variation[5], *gradient[5];
-        for (int32_t k = 0; k < 5; ++k) {
-            variation[k] = s.template row<Plane::variationDown>(y - 2 + k, half);
-            gradient[k] = s.template row<Plane::gradientDown>(y - 2 + k, half);
-        }
-        const auto sum = [](const Number* const(&rows)[5], int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes upper = L::add(at(rows[0] + i), at(rows[1] + i)),
-                        lower = L::add(at(rows[3] + i), at(rows[4] + i));
-            return L::add(L::add(upper, lower), at(rows[2] + i));
-        };
-        Number* const variations = s.template row<Plane::passing>(0, 0);
-        Number* const gradients = s.template row<Plane::passing>(0, 1);
-        s.eachLane(4, [=](int32_t i) KRO_INLINE_LAMBDA {
-            L::storeLanes(variations + i, sum(variation, i));
-            L::storeLanes(gradients + i, sum(gradient, i));
-        });
+        return twice(L::sub(twice(L::add(difference, sample)), farSamples));
     }
 
     // ---- the difference of colour and green ----
 
+    // Rows around the one whose differences are weighed, of its red or blue columns; what is made of these in the
+    // same loop lies two and four rows above it. Where the newest of three rows is stored, it takes the place of the
+    // first.
+    struct ModelRows {
+        const Number* passing;
+        Number* sumsAcross[2];  // from two above
+        const Number *sumsDown, *estimates;
+        const Number* down[3];
+        const Number* samples[5];     // every second row, from six above to two below
+        Number* difference[2];        // from four above
+        Number* weight;               // of two above
+        Number* colourMinusGreen[2];  // from six above
+        Number* model;                // of four above
+    };
+    ModelRows modelRows(int32_t y, int32_t half) {
+        const int32_t on = half * next;
+        ModelRows rows{};
+        for (int32_t k = 0; k < 2; ++k) {
+            rows.sumsAcross[k] = row<Plane::sumsAcross>(y - 2 + 2 * k);
+            rows.difference[k] = row<Plane::difference>(y - 4 + 2 * k);
+            rows.colourMinusGreen[k] = row<Plane::colourMinusGreen>(y - 6 + 2 * k);
+        }
+        for (int32_t k = 0; k < 3; ++k) {
+            rows.down[k] = row<Plane::differencesDown>(y - 1 + k) + on;
+        }
+        for (int32_t k = 0; k < 5; ++k) {
+            rows.samples[k] = row<Plane::samples>(y - 6 + 2 * k) + on;
+        }
+        rows.passing = row<Plane::passing>(0);
+        rows.sumsDown = row<Plane::sumsDown>(y);
+        rows.estimates = row<Plane::estimates>(y);
+        rows.weight = row<Plane::weight>(y - 2);
+        rows.model = row<Plane::models>(y - 4);
+        return rows;
+    }
+
+    // Differences of row y, greens of the row two above and models of the row four above: each needs of the row that
+    // was made just before it the same columns only.
+    static KRO_OUTLINE void models(FineStrip& s, int32_t y, int32_t half) {
+        const ModelRows rows = s.modelRows(y, half);
+        const Lanes top = s.top_;
+        s.eachLane(3, [=](int32_t i) KRO_INLINE_LAMBDA {
+            const Lanes weightAbove = at(rows.weight + i);
+            const Lanes difference = weighed(rows, i);
+            const Lanes colourMinusGreen = smoothed(rows, i, weightAbove, difference, top);
+            model(rows, i, colourMinusGreen);
+        });
+        s.wholeAtSides(y - 4, half, rows.colourMinusGreen[1], rows.model);
+    }
+
+    // Over five columns, and rows y - 2, y and y + 2: those whose red or blue stands in the same columns.
+    static KRO_INLINE Lanes sumAcross(const Number* own, const Number* both, Number* above, const Number* here) {
+        const Lanes below = L::add(L::add(at(both - 1), at(both)), at(own + 1));
+        const Lanes sum = L::add(L::add(at(above), at(here)), below);
+        L::storeLanes(above, below);
+        return sum;
+    }
+    static KRO_INLINE Lanes threeColumns(const Number* sums) { return L::add(beside(sums), at(sums)); }
+
+    static KRO_INLINE Lanes weighed(const ModelRows& rows, int32_t i) {
+        Number *const above = rows.sumsAcross[0] + i, *const here = rows.sumsAcross[1] + i;
+        const Number* const fresh = rows.passing + i;
+        const Lanes across = sumAcross(fresh + ownVariation, fresh + bothVariations, above, here);
+        const Lanes changes = sumAcross(fresh + ownGradient, fresh + bothGradients, above + next, here + next);
+        const Lanes down = threeColumns(rows.sumsDown + i);
+        const Lanes least = L::least(across, down);
+        const Lanes activity = L::least(changes, threeColumns(rows.sumsDown + next + i));
+        const auto notRough = L::greater(L::add(activity, L::template shiftRight<1>(activity)), least);
+        const Lanes estimateAcross = L::select(notRough, at(rows.estimates + i), at(rows.estimates + next + i));
+        const Lanes estimateDown = L::select(notRough, plainDown(rows, i), roughDown(rows, i));
+        const Lanes weight = weightAcross(across, down);
+        const Lanes sum =
+            L::add(L::template shiftLeft<2>(estimateDown), L::mul(weight, L::sub(estimateAcross, estimateDown)));
+        L::storeLanes(rows.weight + i, L::select(L::greater(activity, least), weight, L::all(-1)));
+        return L::template shiftRight<3>(L::add(sum, L::all(4)));
+    }
+    static KRO_INLINE Lanes plainDown(const ModelRows& rows, int32_t i) {
+        return plainEstimate(at(rows.down[0] + i), at(rows.down[1] + i), at(rows.down[2] + i));
+    }
+    static KRO_INLINE Lanes roughDown(const ModelRows& rows, int32_t i) {
+        return roughEstimate(at(rows.down[1] + i), at(rows.samples[3] + i),
+                             L::add(at(rows.samples[2] + i), at(rows.samples[4] + i)));
+    }
     // Of the estimate across, from 0 to 4: the one direction counts more the less its differences vary.
     static KRO_INLINE Lanes weightAcross(Lanes across, Lanes down) {
         const Lanes quarterAcross = L::template shiftRight<2>(across), quarterDown = L::template shiftRight<2>(down);
@@ -290,69 +361,20 @@ private:
         weight = L::lowered(L::greater(L::sub(across, quarterAcross), down), weight);
         return L::lowered(L::greater(littleAcross, down), weight);
     }
-    static KRO_INLINE Lanes threeColumns(const Number* sums) { return L::add(beside(sums), at(sums)); }
 
-    static KRO_OUTLINE void weigh(FineStrip& s, int32_t y, bool colourOdd) {
-        const int32_t half = colourOdd ? 1 : 0;
-        const auto variations = s.template everySecond<Plane::variationAcross>(y);
-        const auto gradients = s.template everySecond<Plane::gradientAcross>(y);
-        const Number* const variationsDown = s.template row<Plane::passing>(0, 0);
-        const Number* const gradientsDown = s.template row<Plane::passing>(0, 1);
-        const Number *const estimate = s.template row<Plane::estimateAcross>(y),
-                            *const rough = s.template row<Plane::roughAcross>(y);
-        const Number* const down[3] = {s.template row<Plane::differencesDown>(y - 1, half),
-                                       s.template row<Plane::differencesDown>(y, half),
-                                       s.template row<Plane::differencesDown>(y + 1, half)};
-        const Number* const samples[3] = {s.template row<Plane::samples>(y - 2, half),
-                                          s.template row<Plane::samples>(y, half),
-                                          s.template row<Plane::samples>(y + 2, half)};
-        Number *const made = s.template row<Plane::difference>(y), *const weights = s.template row<Plane::weight>(y);
-        s.eachLane(3, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes across = variations.sum(i), below = threeColumns(variationsDown + i);
-            const Lanes least = L::least(across, below);
-            const Lanes activity = L::least(gradients.sum(i), threeColumns(gradientsDown + i));
-            const auto notRough = L::greater(L::add(activity, L::template shiftRight<1>(activity)), least);
-            const Lanes weight = weightAcross(across, below);
-            const Lanes here = at(down[1] + i), farSamples = L::add(at(samples[0] + i), at(samples[2] + i));
-            const Lanes plain = L::sub(twice(here), L::add(at(down[0] + i), at(down[2] + i)));
-            const Lanes estimateDown =
-                L::select(notRough, plain, roughEstimate(here, at(samples[1] + i), farSamples));
-            const Lanes estimateOver = L::select(notRough, at(estimate + i), at(rough + i));
-            const Lanes weighed =
-                L::add(L::template shiftLeft<2>(estimateDown), L::mul(weight, L::sub(estimateOver, estimateDown)));
-            L::storeLanes(made + i, L::template shiftRight<3>(L::add(weighed, L::all(4))));
-            L::storeLanes(weights + i, L::select(L::greater(activity, least), weight, L::all(-1)));
-        });
-    }
-    struct ThreeRows {
-        const Number *above, *here, *below;
-        KRO_INLINE Lanes sum(int32_t i) const { return L::add(L::add(at(above + i), at(below + i)), at(here + i)); }
-        KRO_INLINE Lanes outer(int32_t i) const { return L::add(at(above + i), at(below + i)); }
-    };
-    // Rows y - 2, y, y + 2: those whose red or blue stands in the same columns.
-    template <Plane plane>
-    KRO_INLINE ThreeRows everySecond(int32_t y, int32_t half = 0) {
-        return {row<plane>(y - 2, half), row<plane>(y, half), row<plane>(y + 2, half)};
-    }
-
-    // Smooth neighbourhoods average differences once more, along the same direction.
-    static KRO_OUTLINE void greens(FineStrip& s, int32_t y, bool colourOdd) {
-        const auto differences = s.template everySecond<Plane::difference>(y);
-        const Number *const weights = s.template row<Plane::weight>(y), *const samples =
-                                                                            s.template row<Plane::samples>(
-                                                                                y, colourOdd ? 1 : 0);
-        Number* const made = s.template row<Plane::colourMinusGreen>(y);
-        const Lanes top = s.top_;
-        s.eachLane(2, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes own = at(differences.here + i), weight = at(weights + i), sample = at(samples + i);
-            const Lanes across = beside(differences.here + i), down = differences.outer(i);
-            const Lanes sum = L::add(L::add(L::template shiftLeft<3>(own), L::template shiftLeft<2>(down)),
-                                     L::mul(weight, L::sub(across, down)));
-            const Lanes smoothed = L::template shiftRight<4>(L::add(sum, L::all(8)));
-            const Lanes eighths = L::select(L::greater(weight, L::all(-1)), smoothed, own);
-            const Lanes rounded = L::template shiftRight<3>(L::add(eighths, L::all(4)));
-            L::storeLanes(made + i, L::sub(sample, L::clamp(L::sub(sample, rounded), top)));
-        });
+    // Two rows above: smooth neighbourhoods average differences once more, along the same direction.
+    static KRO_INLINE Lanes smoothed(const ModelRows& rows, int32_t i, Lanes weight, Lanes differenceBelow,
+                                     Lanes top) {
+        const Lanes own = at(rows.difference[1] + i), sample = at(rows.samples[2] + i);
+        const Lanes across = beside(rows.difference[1] + i),
+                    down = L::add(at(rows.difference[0] + i), differenceBelow);
+        L::storeLanes(rows.difference[0] + i, differenceBelow);
+        const Lanes sum = L::add(L::add(L::template shiftLeft<3>(own), L::template shiftLeft<2>(down)),
+                                 L::mul(weight, L::sub(across, down)));
+        const Lanes mean = L::template shiftRight<4>(L::add(sum, L::all(8)));
+        const Lanes eighths = L::select(L::greater(weight, L::all(-1)), mean, own);
+        const Lanes rounded = L::template shiftRight<3>(L::add(eighths, L::all(4)));
+        return L::sub(sample, L::clamp(L::sub(sample, rounded), top));
     }
 
     // ---- how a colour follows green ----
@@ -367,24 +389,22 @@ private:
                     L::add(whole, L::absolute(differenceChange))};
         }
     };
-    static KRO_OUTLINE void slopes(FineStrip& s, int32_t y, bool colourOdd) {
-        const auto samples = s.template everySecond<Plane::samples>(y, colourOdd ? 1 : 0);
-        const auto differences = s.template everySecond<Plane::colourMinusGreen>(y);
-        Number *const slope = s.template row<Plane::slope>(y), *const offset = s.template row<Plane::offset>(y);
-        s.eachLane(1, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes sample = at(samples.here + i), difference = at(differences.here + i);
-            const auto to = [&](const Number* otherSample, const Number* otherDifference,
-                                const Changes& sums) KRO_INLINE_LAMBDA {
-                return sums.with(L::sub(at(otherSample), sample), L::sub(at(otherDifference), difference));
-            };
-            Changes sums{L::all(0), L::all(0), L::all(0)};
-            sums = to(samples.here + i - 1, differences.here + i - 1, sums);
-            sums = to(samples.here + i + 1, differences.here + i + 1, sums);
-            sums = to(samples.above + i, differences.above + i, sums);
-            sums = to(samples.below + i, differences.below + i, sums);
-            storeModel(slope + i, offset + i, slopeOf(sums), sample, difference);
-        });
-        s.wholeAtSides(y, slope, offset, colourOdd);
+    // Four rows above.
+    static KRO_INLINE void model(const ModelRows& rows, int32_t i, Lanes differenceBelow) {
+        const Number *const samples = rows.samples[1] + i, *const differences = rows.colourMinusGreen[1] + i;
+        const Lanes sample = at(samples), difference = at(differences);
+        const auto to = [&](Lanes otherSample, Lanes otherDifference, const Changes& sums) KRO_INLINE_LAMBDA {
+            return sums.with(L::sub(otherSample, sample), L::sub(otherDifference, difference));
+        };
+        Changes sums{L::all(0), L::all(0), L::all(0)};
+        sums = to(at(samples - 1), at(differences - 1), sums);
+        sums = to(at(samples + 1), at(differences + 1), sums);
+        sums = to(at(rows.samples[0] + i), at(rows.colourMinusGreen[0] + i), sums);
+        sums = to(at(rows.samples[2] + i), differenceBelow, sums);
+        L::storeLanes(rows.colourMinusGreen[0] + i, differenceBelow);
+        const Lanes slope = slopeOf(sums);
+        L::storeLanes(rows.model + i, slope);
+        L::storeLanes(rows.model + next + i, L::sub(twice(sample), L::mul(slope, L::sub(sample, difference))));
     }
     // A slope below 2 must change less by a quarter, and by 8.
     static KRO_INLINE Lanes slopeOf(const Changes& sums) {
@@ -393,30 +413,24 @@ private:
         const Lanes left = L::select(byHalf, L::template shiftRight<1>(sums.half), least);
         return L::select(L::greater(left, sums.kept), L::all(0), L::lowered(byHalf, L::all(2)));
     }
-    static KRO_INLINE void storeModel(Number* slope, Number* offset, Lanes made, Lanes sample, Lanes difference) {
-        L::storeLanes(slope, made);
-        L::storeLanes(offset, L::sub(twice(sample), L::mul(made, L::sub(sample, difference))));
-    }
     // In the frame's outer two rows and columns colours follow green wholly: the offset is twice the difference.
-    void wholeAtSides(int32_t y, Number* slope, Number* offset, bool colourOdd) {
-        const Number* const difference = row<Plane::colourMinusGreen>(y);
-        const auto whole = [=](int32_t begin, int32_t end) {
-            for (int32_t i = begin; i < end; ++i) {
-                slope[i] = 2;
-                offset[i] = static_cast<Number>(2 * difference[i]);
-            }
-        };
+    KRO_INLINE void wholeAtSides(int32_t y, int32_t half, const Number* differences, Number* model) const {
         const int32_t lanes = (count_ + 1) / 2;
         if (y < 2 || y >= job_.height - 2) {
-            whole(-1, lanes + 1);
+            whole({-1, lanes + 1}, differences, model);
             return;
         }
         if (frame_.begin == 0) {
-            whole(-1, 1);
+            whole({-1, 1}, differences, model);
         }
-        if (frame_.end == count_) {  // columns from two before the end on
-            const int32_t odd = colourOdd ? 1 : 0;
-            whole((count_ - 1 - odd) >> 1, lanes + 1);
+        if (frame_.end == count_) {
+            whole({(count_ - 1 - half) >> 1, lanes + 1}, differences, model);
+        }
+    }
+    static KRO_RARE void whole(Columns lanes, const Number* differences, Number* model) {
+        for (int32_t i = lanes.begin; i < lanes.end; ++i) {
+            model[i] = 2;
+            model[next + i] = static_cast<Number>(2 * differences[i]);
         }
     }
 };
