@@ -22,6 +22,7 @@ constexpr const char* examples = R"(
 Examples:
   kro-bench                                          every kernel at 1280x960 and 1920x1080
   kro-bench --filter 'bilinear/.*BGR8$' --isa avx2   some of them
+  kro-bench --filter 'view-(edge|fine)/RG8/BGR8$'    what fine costs, beside edge-directed
   kro-bench --sizes all --json all.json              every size, for later
   kro-bench --sizes 1280x960,1280x960+1 --together   aligned rows and rows at odd addresses in the same rounds
   kro-bench --marks                                  the marks and what is reached

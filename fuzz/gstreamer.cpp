@@ -40,7 +40,7 @@ public:
           output_(gsttest::outputs()[static_cast<size_t>(choices.byte()) % gsttest::outputs().size()]),
           height_(4 + choices.below(10)),
           width_(4 + choices.below(choices.oneIn(4) ? 150 : 40)),
-          algorithm_(choices.below(3)),
+          algorithm_(choices.below(4)),
           caps_(choices.oneIn(16) ? choices.oneOf(oddCaps) : input_.caps(height_, width_)) {
         chooseRows(choices);
         bytes_ = choices.samples(size_);

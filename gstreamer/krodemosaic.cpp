@@ -72,6 +72,7 @@ GType algorithmType() {
         {KRO_NEAREST, "Nearest neighbour", "nearest"},
         {KRO_BILINEAR, "Bilinear", "bilinear"},
         {KRO_EDGE, "Edge-directed: follows edges of the green", "edge"},
+        {KRO_FINE, "Fine: gradients weigh colour differences; nearer to the scene, slower", "fine"},
         {0, nullptr, nullptr},
     };
     static const GType type = g_enum_register_static("KroDemosaicAlgorithm", values);

@@ -123,6 +123,12 @@ private:
     }
 };
 
+// A build made before an algorithm was, measured beside this one, refuses it.
+bool knows(const Table& table, const KroSourceView& source, const KroPictureView& picture, KroViewOptions options) {
+    options.rowCount = 1;
+    return table.view(table.index, &source, &picture, &options) != KRO_ERR_OPTION;
+}
+
 Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t inputFormat, KroAlgorithm algorithm,
               uint32_t outputFormat, size_t gap = 0, uint32_t flags = 0) {
     const auto buffers = std::make_shared<std::weak_ptr<ViewBuffers>>();  // the same for all instruction sets
@@ -146,6 +152,9 @@ Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t in
                 options.size = sizeof options;
                 options.algorithm = algorithm;
                 options.flags = flags;
+                if (!knows(table, source, picture, options)) {
+                    return {};
+                }
                 return [=] {
                     (void)padded;
                     require(table.view(table.index, &source, &picture, &options), "kroConvertView");
@@ -243,6 +252,16 @@ std::vector<Case> makeCases() {
                  KRO_VIEW_FULL_RANGE),
         viewCase("view-edge/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_EDGE, KRO_BGR16),
         viewCase("view-edge/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_EDGE, KRO_BGR16),
+
+        // Beside edge-directed pictures of the same kinds: what fine costs is a share of these.
+        viewCase("view-edge/RG8/BGRa8", Samples::u8, 4, KRO_BAYER_RG8, KRO_EDGE, KRO_BGRA8),
+        viewCase("view-edge/RG8/Mono8", Samples::u8, 1, KRO_BAYER_RG8, KRO_EDGE, KRO_MONO8),
+        viewCase("view-fine/RG8/BGR8", Samples::u8, 3, KRO_BAYER_RG8, KRO_FINE, KRO_BGR8),
+        viewCase("view-fine/RG8/BGRa8", Samples::u8, 4, KRO_BAYER_RG8, KRO_FINE, KRO_BGRA8),
+        viewCase("view-fine/RG8/Mono8", Samples::u8, 1, KRO_BAYER_RG8, KRO_FINE, KRO_MONO8),
+        viewCase("view-fine/RG12Packed/BGR8", Samples::packed12, 3, KRO_BAYER_RG12_PACKED, KRO_FINE, KRO_BGR8),
+        viewCase("view-fine/RG12/BGR16", Samples::u12, 6, KRO_BAYER_RG12, KRO_FINE, KRO_BGR16),
+        viewCase("view-fine/RG16/BGR16", Samples::u16, 6, KRO_BAYER_RG16, KRO_FINE, KRO_BGR16),
     };
 }
 

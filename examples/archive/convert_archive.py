@@ -155,7 +155,7 @@ def parsed(arguments):
     parser.add_argument("--workers", type=int, default=os.cpu_count(), metavar="N",
                         help="worker processes on this machine where no scheduler is given (all cores)")
     parser.add_argument("--endings", default=".raw,.bin,.npy", metavar="LIST", help="names of containers (%(default)s)")
-    parser.add_argument("--algorithm", default="edge", choices=("nearest", "bilinear", "edge"))
+    parser.add_argument("--algorithm", default="edge", choices=("nearest", "bilinear", "edge", "fine"))
     parser.add_argument("--output", default="RGB8", metavar="FORMAT", help="format of the pictures (%(default)s)")
     return parser.parse_args(arguments)
 

@@ -24,7 +24,7 @@ Frames:
   -s, --size WxH        the camera's largest one without it
       --stride BYTES    from row to row; of files whose name does not say it
   -r, --rate N          frames a second, as far as the camera can be told
-  -a, --algorithm NAME  nearest, bilinear or edge (the default)
+  -a, --algorithm NAME  nearest, bilinear, edge (the default) or fine
   -n, --frames N        ends after so many frames
       --timeout SECONDS ends when no frame has come for so long; 0: waits for ever (default 10)
 
@@ -55,8 +55,10 @@ struct NamedAlgorithm {
     kro::Algorithm algorithm;
     const char* name;
 };
-constexpr NamedAlgorithm algorithms[] = {
-    {kro::Algorithm::nearest, "nearest"}, {kro::Algorithm::bilinear, "bilinear"}, {kro::Algorithm::edge, "edge"}};
+constexpr NamedAlgorithm namedAlgorithms[] = {{kro::Algorithm::nearest, "nearest"},
+                                              {kro::Algorithm::bilinear, "bilinear"},
+                                              {kro::Algorithm::edge, "edge"},
+                                              {kro::Algorithm::fine, "fine"}};
 
 double numberNamed(const std::string& option, const std::string& text, double least, double most) {
     char* end = nullptr;
@@ -196,16 +198,24 @@ void requireGood(const Arguments& arguments) {
 }  // namespace
 
 kro::Algorithm algorithmNamed(const std::string& name) {
-    for (const NamedAlgorithm& named : algorithms) {
+    for (const NamedAlgorithm& named : namedAlgorithms) {
         if (name == named.name) {
             return named.algorithm;
         }
     }
-    throw UsageFailure("algorithm '" + name + "': expected nearest, bilinear or edge");
+    throw UsageFailure("algorithm '" + name + "': expected nearest, bilinear, edge or fine");
+}
+
+std::vector<kro::Algorithm> algorithms() {
+    std::vector<kro::Algorithm> all;
+    for (const NamedAlgorithm& named : namedAlgorithms) {
+        all.push_back(named.algorithm);
+    }
+    return all;
 }
 
 const char* textOf(kro::Algorithm algorithm) {
-    for (const NamedAlgorithm& named : algorithms) {
+    for (const NamedAlgorithm& named : namedAlgorithms) {
         if (named.algorithm == algorithm) {
             return named.name;
         }

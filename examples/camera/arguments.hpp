@@ -35,6 +35,8 @@ Arguments parseArguments(int count, char** values);
 
 extern const char* const helpText;
 
+// In the order in which the key goes through them.
+std::vector<kro::Algorithm> algorithms();
 kro::Algorithm algorithmNamed(const std::string& name);
 const char* textOf(kro::Algorithm algorithm);
 

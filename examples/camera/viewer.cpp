@@ -217,8 +217,7 @@ void Viewer::act(Action action) {
             ended_ = true;
             return;
         case Action::nextAlgorithm:
-            algorithm_ =
-                neighbour({kro::Algorithm::nearest, kro::Algorithm::bilinear, kro::Algorithm::edge}, algorithm_, 1);
+            algorithm_ = neighbour(algorithms(), algorithm_, 1);
             return;
         case Action::nextFormat:
             return turnFormat(1);

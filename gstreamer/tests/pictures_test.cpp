@@ -10,7 +10,7 @@ using namespace gsttest;
 struct Size {
     int height, width;
 };
-constexpr const char* algorithms[] = {"nearest", "bilinear", "edge"};
+constexpr const char* algorithms[] = {"nearest", "bilinear", "edge", "fine"};
 
 size_t even(size_t bytes) { return bytes + bytes % 2; }
 
@@ -36,7 +36,7 @@ protected:
                                    frame.width);
             }
             element_.setCaps(in().caps(frame.height, frame.width), out.caps(frame.height, frame.width));
-            for (int algorithm = 0; algorithm < 3; ++algorithm) {
+            for (int algorithm = 0; algorithm < 4; ++algorithm) {
                 gst_util_set_object_arg(G_OBJECT(element_.element()), "algorithm", algorithms[algorithm]);
                 ASSERT_EQ(GST_FLOW_OK, element_.push(frame.buffer(withMeta))) << element_.postedError();
                 const BufferPointer picture = element_.pull();

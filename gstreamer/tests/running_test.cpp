@@ -50,23 +50,23 @@ TEST(Running, SettingsChangeBetweenFramesNeverWithinOne) {
     const TestFrame frame(input("bggr"), largeHeight, largeWidth);
     reference::Scene scene = frame.scene();
     const Bytes expected[] = {expectedBgr(scene, Method::nearest), expectedBgr(scene, Method::bilinear),
-                              expectedBgr(scene, Method::edge)};
+                              expectedBgr(scene, Method::edge), expectedBgr(scene, Method::fine)};
     Element element;
     element.setCaps(frame.input->caps(largeHeight, largeWidth), output("BGRA").caps(largeHeight, largeWidth));
     std::atomic<bool> over{false};
     std::thread changes([&] {
         for (guint i = 0; !over; ++i) {
-            g_object_set(element.element(), "algorithm", static_cast<gint>(i % 3), "n-threads", 1 + i / 3 % 4,
+            g_object_set(element.element(), "algorithm", static_cast<gint>(i % 4), "n-threads", 1 + i / 4 % 4,
                          nullptr);
             std::this_thread::yield();
         }
     });
-    int seen[3] = {};
+    int seen[4] = {};
     for (int i = 0; i < 200; ++i) {
         ASSERT_EQ(GST_FLOW_OK, element.push(frame.buffer(false))) << element.postedError();
         const BufferPointer picture = element.pull();
         bool known = false;
-        for (size_t method = 0; method < 3 && !known; ++method) {
+        for (size_t method = 0; method < 4 && !known; ++method) {
             known = gst_buffer_memcmp(picture.get(), 0, expected[method].data(), expected[method].size()) == 0;
             seen[method] += known ? 1 : 0;
         }
@@ -74,7 +74,7 @@ TEST(Running, SettingsChangeBetweenFramesNeverWithinOne) {
     }
     over = true;
     changes.join();
-    EXPECT_EQ(200, seen[0] + seen[1] + seen[2]);
+    EXPECT_EQ(200, seen[0] + seen[1] + seen[2] + seen[3]);
 }
 
 TEST(Running, TimesAndMarksStay) {

@@ -99,7 +99,7 @@ class Lines(FolderCase):
     def test_inspection(self):
         said = self.run_line(self.line_with("gst-inspect-1.0")).stdout
         for part in ("Filter/Converter/Video", "10p, 12p, 14p as in PFNC", "(string)bggr16be", "(string)pRCC", "RGBA64_LE",
-                     "algorithm", "nearest", 'Default: 2, "edge"', "n-threads", "0 = one a processor", "PLAYING state",
+                     "algorithm", "nearest", 'Default: 2, "edge"', "(3): fine", "n-threads", "0 = one a processor", "PLAYING state",
                      "MIT/X11"):
             self.assertIn(part, said)
         self.assertIn("krodemosaic: Demosaicing", self.run_line("gst-inspect-1.0 kro").stdout)

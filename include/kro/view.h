@@ -53,8 +53,8 @@ extern "C" {
 #define KRO_ERR_ALIGNMENT (-122)
 
 /* ---- a further algorithm ----
- * FINE  green and colours from differences weighted by their gradients, refined where a neighbourhood is smooth: some
- *       3 dB above EDGE, at a fifth of its speed. kroDemosaicing does not know it
+ * FINE  green and colours from differences weighted by their gradients, refined where a neighbourhood is smooth: 1
+ *       to 3 dB above EDGE, at a sixth of its speed. kroDemosaicing does not know it
  */
 #define KRO_FINE 3
 

@@ -20,7 +20,7 @@ const char* const convertDoc =
     "format     the name or code of its pixel format: 'BayerRG12p', 'SRGGB10P', 'bayer_rggb8' (kro.formats())\n"
     "shape      (height, width). May be left out where the frame is an array of bytes or words with just these two\n"
     "           dimensions. Of an array of bytes each row must hold a row of samples, and may be longer\n"
-    "algorithm  'nearest', 'bilinear' or 'edge'\n"
+    "algorithm  'nearest', 'bilinear', 'edge' or 'fine'\n"
     "output     the name or code of the picture's format\n"
     "out        the array to write into, which is returned then: (height, width, channels); (height, width) of\n"
     "           grey and (3, height, width) of planar formats; uint8 or uint16. Rows may lie any distance apart.\n"
@@ -41,7 +41,7 @@ namespace {
 constexpr std::array<const char*, argumentCount> argumentNames{"frame",  "format", "shape",   "algorithm",
                                                                "output", "out",    "threads", "bits"};
 constexpr Py_ssize_t mostPositional = 3;
-constexpr std::array<const char*, 3> algorithmNames{"nearest", "bilinear", "edge"};
+constexpr std::array<const char*, 4> algorithmNames{"nearest", "bilinear", "edge", "fine"};
 
 struct Arguments {
     PyObject* frame = nullptr;
@@ -102,7 +102,7 @@ kro::Algorithm algorithmOf(const State& state, PyObject* asked) {
     if (known == nullptr) {
         PyErr_Clear();
         raise(PyUnicode_Check(asked) ? PyExc_ValueError : PyExc_TypeError,
-              "algorithm: %R came, expected 'nearest', 'bilinear' or 'edge'", asked);
+              "algorithm: %R came, expected 'nearest', 'bilinear', 'edge' or 'fine'", asked);
     }
     return static_cast<kro::Algorithm>(PyLong_AsLong(known));
 }

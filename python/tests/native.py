@@ -8,7 +8,8 @@ import sys
 import numpy
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "..", "tests", "cli"))
-from support import ALGORITHMS, ALL_FORMATS  # noqa: E402  the formats as the command's tests know them
+# The formats and records as the command's tests know them.
+from support import ALGORITHMS, ALL_FORMATS, PictureView, SourceView, ViewOptions  # noqa: E402
 
 LIBRARY = ctypes.CDLL(os.environ["KRO_LIBRARY"])
 LIBC = ctypes.CDLL(None)
@@ -27,21 +28,6 @@ OUTPUTS = {
 }
 
 
-class Source(ctypes.Structure):
-    _fields_ = [("data", ctypes.c_void_p), ("stride", ctypes.c_ssize_t), ("height", ctypes.c_int32),
-                ("width", ctypes.c_int32), ("format", ctypes.c_uint32)]
-
-
-class Picture(ctypes.Structure):
-    _fields_ = [("plane", ctypes.c_void_p * 4), ("stride", ctypes.c_ssize_t * 4), ("format", ctypes.c_uint32)]
-
-
-class Options(ctypes.Structure):
-    _fields_ = [("size", ctypes.c_uint32), ("algorithm", ctypes.c_int), ("flags", ctypes.c_uint32),
-                ("alpha", ctypes.c_int32), ("bits", ctypes.c_int32), ("firstRow", ctypes.c_int32),
-                ("rowCount", ctypes.c_int32)]
-
-
 def picture_shape(output, height, width):
     channels = OUTPUTS[output][1]
     return ((3, height, width) if channels == "planes" else (height, width) if channels == 1
@@ -54,11 +40,12 @@ def picture(data, pixel_format, height, width, algorithm="edge", output="RGB8", 
     code, channels, kind = OUTPUTS[output]
     target = numpy.full(picture_shape(output, height, width), 0x5A, kind)
     held = numpy.frombuffer(data, "u1").copy()
-    source = Source(held.ctypes.data, stride, height, width, ALL_FORMATS[pixel_format].code)
-    planes = Picture(format=code)
+    source = SourceView(held.ctypes.data, stride, height, width, ALL_FORMATS[pixel_format].code)
+    planes = PictureView(format=code)
     for i in range(3 if channels == "planes" else 1):
         planes.plane[i] = target.ctypes.data + i * target.nbytes // 3
-    options = Options(ctypes.sizeof(Options), ALGORITHMS[algorithm], BIG_ENDIAN if big_endian else 0, 0, bits, 0, 0)
+    flags = BIG_ENDIAN if big_endian else 0
+    options = ViewOptions(ctypes.sizeof(ViewOptions), ALGORITHMS[algorithm], flags, 0, bits, 0, 0)
     status = LIBRARY.kroConvertView(ctypes.byref(source), ctypes.byref(planes), ctypes.byref(options))
     assert status == 0, status
     return target

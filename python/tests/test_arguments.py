@@ -56,7 +56,7 @@ def call(**changes):
     (ValueError, ["shape: (2, 48) came, expected a height and a width of 4 to 2^30"], {"shape": (2, 48)}),
     (ValueError, ["shape: (-8, 12) came"], {"shape": (-8, 12)}),
     (ValueError, ["shape: (8, 1073741825) came"], {"shape": (8, (1 << 30) + 1)}),
-    (ValueError, ["algorithm: 'cubic' came, expected 'nearest', 'bilinear' or 'edge'"], {"algorithm": "cubic"}),
+    (ValueError, ["algorithm: 'cubic' came, expected 'nearest', 'bilinear', 'edge' or 'fine'"], {"algorithm": "cubic"}),
     (TypeError, ["algorithm: 2 came"], {"algorithm": 2}),
     (ValueError, ["output: unknown output format 'RGB9', did you mean RGB8?"], {"output": "RGB9"}),
     (ValueError, ["output: unknown output format 'BayerRG8'"], {"output": "BayerRG8"}),

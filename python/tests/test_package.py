@@ -82,6 +82,8 @@ OPENCV = {
     "BayerBG2RGB": 48, "BayerGB2RGB": 49, "BayerRG2RGB": 46, "BayerGR2RGB": 47, "BayerBG2RGB_EA": 137,
     "BayerGB2RGB_EA": 138, "BayerRG2RGB_EA": 135, "BayerGR2RGB_EA": 136, "BayerBG2RGBA": 141, "BayerGB2RGBA": 142,
     "BayerRG2RGBA": 139, "BayerGR2RGBA": 140, "GRAY2BGR": 8, "GRAY2RGB": 8, "GRAY2BGRA": 9, "GRAY2RGBA": 9,
+    "BayerBG2BGR_VNG": 62, "BayerGB2BGR_VNG": 63, "BayerRG2BGR_VNG": 64, "BayerGR2BGR_VNG": 65, "BayerBG2RGB_VNG": 64,
+    "BayerGB2RGB_VNG": 65, "BayerRG2RGB_VNG": 62, "BayerGR2RGB_VNG": 63,
 }
 PHASES = {"RG": "BG", "GR": "GB", "BG": "RG", "GB": "GR"}
 ENDINGS = {"RGB8": "RGB", "BGR8": "BGR", "RGBa8": "RGBA", "BGRa8": "BGRA", "Mono8": "GRAY", "RGB16": "RGB"}
@@ -95,6 +97,7 @@ def test_opencv_codes(phase, output):
     assert kro.to_opencv_code(f"Bayer{phase}12", output, "bilinear") == OPENCV[name]
     if output in ("RGB8", "BGR8", "RGB16"):
         assert kro.to_opencv_code(f"Bayer{phase}8", output) == OPENCV[name + "_EA"]
+        assert kro.to_opencv_code(f"Bayer{phase}8", output, "fine") == OPENCV[name + "_VNG"]
 
 
 def test_opencv_codes_of_grey_frames():
@@ -106,6 +109,8 @@ def test_opencv_codes_of_grey_frames():
     (("BayerRG12p",), "format: BayerRG12p came, expected samples in bytes or words"),
     (("BayerRG8", "RGBa8"), "output: RGBa8 came with BayerRG8 and 'edge', for which OpenCV has no code"),
     (("BayerRG8", "RGB8", "nearest"), "'nearest', for which OpenCV has no code"),
+    (("BayerRG8", "RGBa8", "fine"), "'fine', for which OpenCV has no code"),
+    (("BayerRG12", "RGB16", "fine"), "'fine', for which OpenCV has no code"),
     (("BayerRG8", "RGB8Planar", "bilinear"), "output: RGB8_Planar came"),
     (("BayerRG8", "RGB8", "best"), "algorithm: 'best' came"),
     (("BayerRG7",), "format: unknown pixel format 'BayerRG7'"),
@@ -125,7 +130,7 @@ def test_opencv_agrees():
         cell = [{"R": 200, "G": 120, "B": 40}[site] for site in sites]
         frame = numpy.tile(numpy.array(cell, "u1").reshape(2, 2), (8, 8))
         for output in ("RGB8", "BGR8"):
-            for algorithm in ("bilinear", "edge"):
+            for algorithm in ("bilinear", "edge", "fine"):
                 code = kro.to_opencv_code(f"Bayer{phase}8", output, algorithm)
                 ours = kro.convert(frame, f"Bayer{phase}8", output=output, algorithm=algorithm)
                 assert numpy.array_equal(cv2.cvtColor(frame, code), ours)

@@ -77,8 +77,6 @@ public:
     }
 
 private:
-    Number* passing() { return planes_.passing() + reach / 2; }
-
     const FrameJob& job_;
     const int32_t first_, count_;
     const Columns frame_;
@@ -198,7 +196,8 @@ private:
     static KRO_OUTLINE void differences(FineStrip& s, int32_t y) {
         constexpr int32_t colours = colourOdd ? next : 0, greens = next - colours;
         const RowsDown rows = s.rowsDown(y);
-        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across = s.passing();
+        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across =
+                                                                         s.template row<Plane::passing>(0);
         s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
             const Down down = downOf(rows, i + colours);
             L::storeLanes(sums + i, L::add(sumOf(rows.changes, i + 2 * colours), down.variation));
@@ -253,7 +252,7 @@ private:
     static KRO_OUTLINE void estimatesAcross(FineStrip& s, int32_t y) {
         constexpr int32_t e = eastern<colourOdd>;
         const Number* const samples = s.template row<Plane::samples>(y);
-        Number *const passing = s.passing(), *const made = s.template row<Plane::estimates>(y);
+        Number *const passing = s.template row<Plane::passing>(0), *const made = s.template row<Plane::estimates>(y);
         s.eachLane(4, [=](int32_t i) KRO_INLINE_LAMBDA {
             Number* const here = passing + i;
             const Number* const colour = samples + (colourOdd ? next : 0) + i;
@@ -307,7 +306,7 @@ private:
         for (int32_t k = 0; k < 5; ++k) {
             rows.samples[k] = row<Plane::samples>(y - 6 + 2 * k) + on;
         }
-        rows.passing = passing();
+        rows.passing = row<Plane::passing>(0);
         rows.sumsDown = row<Plane::sumsDown>(y);
         rows.estimates = row<Plane::estimates>(y);
         rows.weight = row<Plane::weight>(y - 2);

@@ -19,7 +19,7 @@ FRAMES = os.path.join(os.path.dirname(__file__), "..", "..", "..", "shared", "fr
 PHASES = {"RG": "RGGB", "GR": "GRBG", "GB": "GBRG", "BG": "BGGR"}
 OUTPUTS = {"BGR8": (0x02180015, 3), "RGB8": (0x02180014, 3), "BGRa8": (0x02200017, 4), "RGBa8": (0x02200016, 4),
            "RGB8Planar": (0x02180021, 3), "BGR8Planar": (0x02180025, 3), "Mono8": (0x01080001, 1)}
-ALGORITHMS = {"nearest": 0, "bilinear": 1, "edge": 2}
+ALGORITHMS = {"nearest": 0, "bilinear": 1, "edge": 2, "fine": 3}
 
 
 def some(cases):
@@ -101,13 +101,45 @@ class Image(ctypes.Structure):
                 ("data", ctypes.c_void_p)]
 
 
+class SourceView(ctypes.Structure):
+    _fields_ = [("data", ctypes.c_void_p), ("stride", ctypes.c_ssize_t), ("height", ctypes.c_int32),
+                ("width", ctypes.c_int32), ("format", ctypes.c_uint32)]
+
+
+class PictureView(ctypes.Structure):
+    _fields_ = [("plane", ctypes.c_void_p * 4), ("stride", ctypes.c_ssize_t * 4), ("format", ctypes.c_uint32)]
+
+
+class ViewOptions(ctypes.Structure):
+    _fields_ = [("size", ctypes.c_uint32), ("algorithm", ctypes.c_int), ("flags", ctypes.c_uint32),
+                ("alpha", ctypes.c_int32), ("bits", ctypes.c_int32), ("firstRow", ctypes.c_int32),
+                ("rowCount", ctypes.c_int32)]
+
+
 def library():
     """The library itself, to compare its bytes with the command's."""
     return ctypes.CDLL(LIBRARY)
 
 
+def converted(frame, width, height, code, algorithm, output, stride=0):
+    """The bytes that kroConvertView gives for a frame, of output formats of 8 bits."""
+    output_code, channels = OUTPUTS[output]
+    samples = ctypes.create_string_buffer(frame, len(frame))
+    pixels = ctypes.create_string_buffer(width * height * channels)
+    source = SourceView(ctypes.addressof(samples), stride, height, width, code)
+    picture = PictureView(format=output_code)
+    for plane in range(3 if output.endswith("Planar") else 1):
+        picture.plane[plane] = ctypes.addressof(pixels) + plane * width * height
+    options = ViewOptions(ctypes.sizeof(ViewOptions), ALGORITHMS[algorithm])
+    status = library().kroConvertView(ctypes.byref(source), ctypes.byref(picture), ctypes.byref(options))
+    assert status == 0, status
+    return pixels.raw
+
+
 def demosaic(frame, width, height, code, algorithm, output):
-    """The bytes that kroDemosaicing gives for a frame."""
+    """The bytes that kroDemosaicing gives for a frame; by the algorithm that it does not know, kroConvertView."""
+    if algorithm == "fine":
+        return converted(frame, width, height, code, algorithm, output)
     lib = library()
     output_code, channels = OUTPUTS[output]
     handle = ctypes.c_void_p()

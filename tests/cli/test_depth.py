@@ -4,7 +4,7 @@ import os
 import unittest
 
 from pictures import read_png, read_pnm, read_tiff, words
-from support import ALL_FORMATS, FRAMES, Case, demosaic16, demosaic_samples, random_samples, some
+from support import ALGORITHMS, ALL_FORMATS, FRAMES, Case, demosaic16, demosaic_samples, random_samples, some
 
 EDGES = {"RGGB": "demosaicingEdgeRGGBU16", "GRBG": "demosaicingEdgeGRBGU16", "GBRG": "demosaicingEdgeGBRGU16",
          "BGGR": "demosaicingEdgeBGGRU16"}
@@ -83,7 +83,7 @@ class Depth(Case):
         for format_name in ("BayerRG14", "BayerGR14", "BayerGB14p", "SBGGR14P"):
             for value in (5000, 16383):
                 name = self.frame(format_name, [value] * (WIDTH * HEIGHT))
-                for algorithm in ("nearest", "bilinear", "edge"):
+                for algorithm in ALGORITHMS:
                     self.assertEqual(set(self.raw(name, "-a", algorithm)), {value}, (name, algorithm))
                     self.assertEqual(set(self.raw(name, "-a", algorithm, "--scale")), {full_range(value, 14)})
             name = self.frame(format_name, [16383 * (s & 1) for s in random_samples(WIDTH * HEIGHT, 8)])

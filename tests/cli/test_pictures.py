@@ -1,7 +1,7 @@
 """Picture files hold the pixels that the library gave, read by readers of our own."""
 
 from pictures import read_bmp, read_png, read_pnm, read_tiff, write_ppm
-from support import Case, demosaic, some
+from support import ALGORITHMS, Case, demosaic, some
 
 READERS = {"png": read_png, "ppm": read_pnm, "pgm": read_pnm, "bmp": read_bmp, "tif": read_tiff}
 ORDERS = {"png": "RGB", "tif": "RGB", "ppm": "RGB", "bmp": "BGR"}
@@ -64,7 +64,7 @@ class Pictures(Case):
 
     def test_alpha(self):
         frame = self.frame_file("f_40x12_BayerRG8.raw", 40, 12, "BayerRG8")
-        for algorithm in ("nearest", "bilinear", "edge"):
+        for algorithm in ALGORITHMS:
             colour = demosaic(frame, 40, 12, 0x01080009, algorithm, "RGB8")
             for more, name, alpha in (((), "x.png", 255), (("--opaque",), "x.png", 255), ((), "x.tif", 255),
                                       ((), "x.raw", 0), (("--opaque",), "x.raw", 255)):

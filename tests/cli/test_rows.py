@@ -3,7 +3,7 @@
 import struct
 
 from pictures import read_pnm, words, write_npy, write_pgm, write_ppm
-from support import ALL_FORMATS, FORMATS, Case, demosaic_samples, random_samples, some
+from support import ALL_FORMATS, FORMATS, Case, demosaic, demosaic_samples, random_samples, some
 
 WIDTH, HEIGHT = 21, 13
 
@@ -173,3 +173,13 @@ class Bands(Case):
             data = self.read("f")
             piped = self.kro("convert", "-", *options, "-j", "3", "-o", "-", "--to", "raw", data=data + data)
             self.assertTrue(piped == 2 * expected, name)
+
+    def test_fine_is_the_same_on_any_threads(self):
+        width, height = 1000, 801
+        frame = self.frame_file("f", width, height, "BayerGB8")
+        expected = demosaic(frame, width, height, FORMATS["BayerGB8"].code, "fine", "BGR8")
+        convert = ("convert", "f", "-f", "BayerGB8", "-s", f"{width}x{height}", "-a", "fine", "-o", "-", "--to", "raw")
+        deep = self.kro(*convert, "-j", "1", "--depth", "16")
+        for threads in ("1", "2", "5"):
+            self.assertTrue(self.kro(*convert, "-j", threads) == expected, threads)
+            self.assertTrue(self.kro(*convert, "-j", threads, "--depth", "16") == deep, threads)

@@ -92,6 +92,7 @@ class Completion(Installed):
         ("kro help mos\t", ["kro", "help", "mosaic"]),
         ("kro convert --no-cl\t", ["kro", "convert", "--no-clobber"]),
         ("kro convert -a bil\t", ["kro", "convert", "-a", "bilinear"]),
+        ("kro show -a fi\t", ["kro", "show", "-a", "fine"]),
         ("kro convert -f BayerRG12Pa\t", ["kro", "convert", "-f", "BayerRG12Packed"]),
         ("kro convert -f bayergb10pa\t", ["kro", "convert", "-f", "BayerGB10Packed"]),
         ("kro convert --output-format xR\t", ["kro", "convert", "--output-format", "xRGB8"]),

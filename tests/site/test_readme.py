@@ -16,7 +16,7 @@ RUNNERS = {
     "tests/check-readme.sh": r"```(c|cpp|python)|(cc|c\+\+ -std=c\+\+17) example|\./example",
     "tests/check-install.sh": r"sudo cmake --install |sudo ldconfig",
     "tests/site/test_commands.py": r"(camera \| )?kro \w",
-    "tests/site/test_readme.py": r"scripts/demo | +PSNR +without border|(nearest|bilinear|edge) +[\d.]+ dB",
+    "tests/site/test_readme.py": r"scripts/demo | +PSNR +without border|(nearest|bilinear|edge|fine) +[\d.]+ dB",
     "gstreamer/tests/test_lines.py": r"gst-(launch|inspect)-1\.0 ",
     "examples/camera/tests/test_readme.py": r"kro-camera -",
     "examples/camera/tests/check-copied.sh": r"cmake -S examples/camera ",
@@ -62,7 +62,7 @@ class Readme(Case):
         subprocess.run([TOOLS / "kro-demo-scene", "scene.ppm"], check=True, cwd=self.work)
         subprocess.run([COMMAND, "mosaic", "-q", "scene.ppm", "-f", "BayerRG12Packed", "-o", frame], check=True, cwd=self.work)
         said = re.findall(r"^    (\w+) +([\d.]+) dB +([\d.]+) dB", README, re.MULTILINE)
-        self.assertEqual([row[0] for row in said], ["nearest", "bilinear", "edge"])
+        self.assertEqual([row[0] for row in said], ["nearest", "bilinear", "edge", "fine"])
         for algorithm, *figures in said:
             subprocess.run([COMMAND, "convert", "-q", frame, "-a", algorithm, "-o", "made.ppm"], check=True, cwd=self.work)
             table = subprocess.run([TOOLS / "kro-psnr", "scene.ppm", "x=made.ppm"], check=True, cwd=self.work,

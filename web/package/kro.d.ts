@@ -3,7 +3,7 @@ import type { FrameFormat, PictureFormat } from './formats.js';
 export type { FrameFormat, PictureFormat };
 
 /** How missing colours are made: copied, averaged, or along the edges of the picture. */
-export type Algorithm = 'nearest' | 'bilinear' | 'edge';
+export type Algorithm = 'nearest' | 'bilinear' | 'edge' | 'fine';
 
 /** How to read a frame, and what to make of it. */
 export interface ConvertOptions {
@@ -13,7 +13,7 @@ export interface ConvertOptions {
     width: number;
     /** Rows, 4 or more. */
     height: number;
-    /** Default: edge. Grey frames know none. */
+    /** Default: edge; fine is nearer to the scene and slower. Grey frames know none. */
     algorithm?: Algorithm;
     /** Default: RGBa8, which ImageData takes. */
     output?: PictureFormat;

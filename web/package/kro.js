@@ -1,7 +1,7 @@
 // Raw camera frames to pictures, by the library kro compiled to WebAssembly. README.md shows its use; kro.d.ts
 // describes each option.
 
-const algorithms = Object.freeze(['nearest', 'bilinear', 'edge']);
+const algorithms = Object.freeze(['nearest', 'bilinear', 'edge', 'fine']);
 
 // As in kro/view.h: flags, status codes, and the records of a call, in words.
 const flags = { alpha: 1, bigEndian: 2, leftAligned: 4, fullRange: 8 };

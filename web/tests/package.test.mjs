@@ -13,6 +13,28 @@ import { both, folder, hasVectors, load, moduleNames, noise } from './package.mj
 const width = 37;
 const height = 23;
 
+test('fine: the same bytes of both modules, whole and in parts', () => {
+    const mosaic = noise(2 * width * height, 5);
+    for (const [format, output] of [
+        ['BayerGB8', 'RGB8'],
+        ['BayerRG12', 'RGBa16'],
+        ['SBGGR10P', 'BGR8_Planar'],
+    ]) {
+        const options = { format, width, height, algorithm: 'fine', output };
+        const bytes = mosaic.subarray(0, both[0].frameBytes(options));
+        const whole = both[0].convert(bytes, options);
+        for (const kro of both) {
+            assert.deepEqual(kro.convert(bytes, options).data, whole.data);
+            const part = kro.convert(bytes, { ...options, firstRow: 9, rowCount: 6 });
+            const row = whole.planes[0].length / height;
+            part.planes.forEach((plane, i) =>
+                assert.deepEqual(plane, whole.planes[i].subarray(9 * row, 15 * row)),
+            );
+            assert.notDeepEqual(kro.convert(bytes, { ...options, algorithm: 'edge' }).data, whole.data);
+        }
+    }
+});
+
 for (const kro of both) {
     const set = kro.instructionSet;
     const mosaic = noise(width * height);

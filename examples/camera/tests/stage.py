@@ -1,6 +1,5 @@
 """What the tests of kro-camera share: the program, a screen to look at, keys to press, and pictures by the library."""
 
-import ctypes
 import os
 import re
 import signal
@@ -21,32 +20,9 @@ FORMATS = cli.ALL_FORMATS
 PATIENCE = 60
 
 
-class SourceView(ctypes.Structure):
-    _fields_ = [("data", ctypes.c_void_p), ("stride", ctypes.c_ssize_t), ("height", ctypes.c_int32),
-                ("width", ctypes.c_int32), ("format", ctypes.c_uint32)]
-
-
-class PictureView(ctypes.Structure):
-    _fields_ = [("plane", ctypes.c_void_p * 4), ("stride", ctypes.c_ssize_t * 4), ("format", ctypes.c_uint32)]
-
-
-class ViewOptions(ctypes.Structure):
-    _fields_ = [("size", ctypes.c_uint32), ("algorithm", ctypes.c_int), ("flags", ctypes.c_uint32),
-                ("alpha", ctypes.c_int32), ("bits", ctypes.c_int32), ("firstRow", ctypes.c_int32),
-                ("rowCount", ctypes.c_int32)]
-
-
 def converted(frame, width, height, name, algorithm="edge", stride=0):
     """The RGB8 bytes that kroConvertView gives for a frame."""
-    samples = ctypes.create_string_buffer(frame, len(frame))
-    pixels = ctypes.create_string_buffer(width * height * 3)
-    source = SourceView(ctypes.addressof(samples), stride, height, width, FORMATS[name].code)
-    picture = PictureView()
-    picture.plane[0], picture.format = ctypes.addressof(pixels), cli.OUTPUTS["RGB8"][0]
-    options = ViewOptions(ctypes.sizeof(ViewOptions), ALGORITHMS[algorithm])
-    status = cli.library().kroConvertView(ctypes.byref(source), ctypes.byref(picture), ctypes.byref(options))
-    assert status == 0, status
-    return pixels.raw
+    return cli.converted(frame, width, height, FORMATS[name].code, algorithm, "RGB8", stride)
 
 
 def wait_for(what, condition):

@@ -30,7 +30,7 @@ class Arguments(Case):
                 (["size '640x480x3'"], ["--aravis", "-s", "640x480x3"]),
                 (["format 'bayerrg12P'", "BayerRG12p"], ["--aravis", "-f", "bayerrg12P"]),
                 (["format 'RGB8'"], ["--aravis", "-f", "RGB8"]),
-                (["algorithm 'best'", "nearest, bilinear or edge"], ["--aravis", "-a", "best"]),
+                (["algorithm 'best'", "nearest, bilinear, edge or fine"], ["--aravis", "-a", "best"]),
                 (["--rate fast", "expected a number"], ["--aravis", "-r", "fast"]),
                 (["--frames 0", "from 1"], ["--aravis", "-n", "0"]),
                 (["--frames 1.5", "whole number"], ["--aravis", "-n", "1.5"]),

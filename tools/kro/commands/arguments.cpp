@@ -54,7 +54,7 @@ void addFrameOptions(CLI::App& command, FrameRequest& frame, std::string& frames
 }
 
 void addAlgorithm(CLI::App& command, std::string& algorithm) {
-    command.add_option("-a,--algorithm", algorithm, "nearest, bilinear or edge (edge)")->type_name("NAME");
+    command.add_option("-a,--algorithm", algorithm, "nearest, bilinear, edge or fine (edge)")->type_name("NAME");
 }
 
 void addQuiet(CLI::App& command) {

@@ -103,9 +103,9 @@ constexpr const char* helpExamples = R"(Examples:
 constexpr const char* selftestExamples = R"(Example:
   kro selftest
 
-Makes some seven thousand small pictures of generated frames, of every layout of samples, phase, algorithm and kind of
-output, with gaps between rows and in bands, and compares a digest of each kind with the one that every machine must
-give. Says which instruction sets the processor has. Exit code 0: all right; 1: the digests that differ are named.)";
+Makes more than eight thousand small pictures of generated frames, of every layout of samples, phase, algorithm and
+kind of output, with gaps between rows and in bands, and compares a digest of each kind with the one that every machine
+must give. Says which instruction sets the processor has. Exit code 0: all right; 1: the digests that differ are named.)";
 
 constexpr const char* benchExamples = R"(Examples:
   kro bench --help

@@ -13,7 +13,7 @@ namespace {
 // The library shows no fewer.
 constexpr int leastBits = 8;
 
-const std::vector<std::string> algorithmNames{"nearest", "bilinear", "edge"};
+const std::vector<std::string> algorithmNames{"nearest", "bilinear", "edge", "fine"};
 
 // The significant bits of a sample of the frame, and those that are left of it.
 int givenBits(const InputFormat& format, const DevelopOptions& options) { return options.bits.value_or(format.bits); }
@@ -78,7 +78,7 @@ KroAlgorithm parseAlgorithm(const std::string& name) {
     const auto found = std::find(algorithmNames.begin(), algorithmNames.end(), foldName(name));
     if (found == algorithmNames.end()) {
         throw UsageFailure("unknown algorithm '" + name + "'" + suggestion(name, algorithmNames) +
-                           " (nearest, bilinear or edge)");
+                           " (nearest, bilinear, edge or fine)");
     }
     return static_cast<KroAlgorithm>(found - algorithmNames.begin());
 }
