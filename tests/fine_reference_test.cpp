@@ -109,11 +109,25 @@ TEST(FineReference, ASmoothSite) {
     EXPECT_EQ(rampThere + 8 - 3, p.g.at(8, 8));
 }
 
+TEST(FineReference, DifferencesAreRoundedToTheNearest) {
+    const FinePlanes nine(ramp(9), fineScale8);
+    EXPECT_EQ(3, nine.w.at(8, 6));                 // 17 is less than 26 - 6
+    EXPECT_EQ((3 * 36 + 4) / 8, nine.d.at(8, 6));  // 14 for 13.5
+    const FinePlanes ten(ramp(10), fineScale8);
+    EXPECT_EQ((3 * 40 + 4) >> 3, ten.d.at(8, 6));  // 15
+    EXPECT_EQ(40, ten.d.at(8, 8));
+    EXPECT_EQ((8 * 40 + 4 * 30 + 8) / 16, ten.refined.at(8, 8));  // 28 for 27.5
+}
+
 TEST(FineReference, APlainSite) {
     const FinePlanes last(ramp(72), fineScale8);
     EXPECT_EQ(216, last.V.at(8, 8));
     EXPECT_EQ(15 * 6 - 12 + 2 * 72, last.B.at(8, 8));  // 222
     EXPECT_EQ(reference::smooth, last.kind.at(8, 8));
+    const FinePlanes first(ramp(78), fineScale8);
+    EXPECT_EQ(234, first.V.at(8, 8));
+    EXPECT_EQ(234, first.B.at(8, 8));
+    EXPECT_EQ(reference::plain, first.kind.at(8, 8));
     const FinePlanes p(ramp(80), fineScale8);
     EXPECT_EQ(240, p.V.at(8, 8));
     EXPECT_EQ(15 * 6 - 12 + 2 * 80, p.B.at(8, 8));  // 238
@@ -123,10 +137,24 @@ TEST(FineReference, APlainSite) {
     EXPECT_EQ(rampThere + 80 - 40, p.g.at(8, 8));
 }
 
-// Green rises along the row by 10 a column; red and blue stay, rise half as fast, or as fast.
-Mosaic rising(int redStart, int redSlope) {
+// A sample among greens as bright as it, other reds being dark: its green would be brighter still.
+TEST(FineReference, GreensEndAtTheLimits) {
+    for (const int bright : {255, 0}) {
+        Mosaic m =
+            mosaicOf({9, 9}, Phase::rg, [=](int y, int x) { return (y + x) % 2 == 1 ? bright : 255 - bright; });
+        m.at(4, 4) = bright;
+        const FinePlanes p(m, fineScale8);
+        const int without = bright - ((p.refined.at(4, 4) + 4) >> 3);
+        EXPECT_TRUE(bright == 0 ? without < 0 : without > 255) << without;
+        EXPECT_EQ(bright, p.g.at(4, 4));
+    }
+}
+
+// Green rises along the row, by 10 a column if nothing else is said; red and blue stay, rise half as fast, or as
+// fast.
+Mosaic rising(int redStart, int redSlope, int greenSlope = 10) {
     return mosaicOf({15, 16}, Phase::rg,
-                    [=](int y, int x) { return y % 2 == x % 2 ? redStart + redSlope * x : 10 * x; });
+                    [=](int y, int x) { return y % 2 == x % 2 ? redStart + redSlope * x : greenSlope * x; });
 }
 
 TEST(FineReference, ColoursThatDoNotFollowGreen) {
@@ -166,12 +194,63 @@ TEST(FineReference, ColoursThatFollowGreenByHalf) {
     EXPECT_EQ(30 + 5 * 6, picture.at(6, 6)[blue]);
 }
 
+// Each limit is met by what is not below it.
+TEST(FineReference, SlopesAtTheirLimits) {
+    const struct {
+        int redSlope, greenSlope, e0, e1, eh, slope;
+    } cases[] = {{2, 6, 8, 16, 8, 2},     // 8 is not less than 2 (16 - 4 - 8)
+                 {3, 12, 12, 36, 24, 1},  // 24 is less than 2 (36 - 9 - 8), 12 not less than 24 / 2
+                 {2, 12, 8, 40, 32, 0}};  // 32 is less than 2 (40 - 10 - 8), 8 less than 32 / 2
+    for (const auto& c : cases) {
+        const FinePlanes p(rising(30, c.redSlope, c.greenSlope), fineScale8);
+        EXPECT_EQ(c.greenSlope * 6, p.g.at(6, 6));
+        const reference::FineErrors e = reference::fineErrors(p, 6, 6);
+        EXPECT_EQ(c.e0, e.e0);
+        EXPECT_EQ(c.e1, e.e1);
+        EXPECT_EQ(c.eh, e.eh);
+        EXPECT_EQ(c.slope, p.a.at(6, 6)) << c.redSlope << " of " << c.greenSlope;
+    }
+}
+
 TEST(FineReference, ColoursThatFollowGreen) {
     const Picture picture = reference::fine(rising(30, 10), fineScale8);
     EXPECT_EQ(2, FinePlanes(rising(30, 10), fineScale8).a.at(6, 6));
     for (int x = 5; x < 10; ++x) {
         EXPECT_EQ((Pixel{30 + 10 * x, 10 * x, 30 + 10 * x}), picture.at(7, x)) << x;
     }
+}
+
+// Red of a green site in its row, blue of a red site: means of what two and four lines give, halves rounded up.
+TEST(FineReference, ColoursAreRoundedToTheNearest) {
+    Mosaic m = filled({40, 41}, Phase::rg, Content::noise, 255, 11);
+    for (int& sample : m.sample) {
+        sample += 500;  // nothing ends at the limits
+    }
+    const FinePlanes p(m, fineScale16(12));
+    const Picture picture = reference::fine(m, fineScale16(12));
+    int lowest4 = 0, highest4 = 0, lowest8 = 0, highest8 = 0;
+    for (int y = 2; y < 38; y += 2) {
+        for (int x = 2; x < 38; x += 2) {
+            const int g = p.g.at(y, x + 1);
+            const int two = p.a.at(y, x) * g + p.b.at(y, x) + p.a.at(y, x + 2) * g + p.b.at(y, x + 2);
+            int four = 0;
+            for (const int dy : {-1, 1}) {
+                for (const int dx : {-1, 1}) {
+                    four += p.a.at(y + dy, x + dx) * p.g.at(y, x) + p.b.at(y + dy, x + dx);
+                }
+            }
+            const int above4 = 4 * picture.at(y, x + 1)[red] - two;
+            const int above8 = 8 * picture.at(y, x)[blue] - four;
+            lowest4 = std::min(lowest4, above4);
+            highest4 = std::max(highest4, above4);
+            lowest8 = std::min(lowest8, above8);
+            highest8 = std::max(highest8, above8);
+        }
+    }
+    EXPECT_EQ(-1, lowest4);
+    EXPECT_EQ(2, highest4);
+    EXPECT_EQ(-3, lowest8);
+    EXPECT_EQ(4, highest8);
 }
 
 // 16 bits tell gradients in numbers of fewer bits: samples of 12 bits weigh as those of 8 that are their sixteenth.
