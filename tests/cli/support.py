@@ -19,6 +19,7 @@ FRAMES = os.path.join(os.path.dirname(__file__), "..", "..", "..", "shared", "fr
 PHASES = {"RG": "RGGB", "GR": "GRBG", "GB": "GBRG", "BG": "BGGR"}
 OUTPUTS = {"BGR8": (0x02180015, 3), "RGB8": (0x02180014, 3), "BGRa8": (0x02200017, 4), "RGBa8": (0x02200016, 4),
            "RGB8Planar": (0x02180021, 3), "BGR8Planar": (0x02180025, 3), "Mono8": (0x01080001, 1)}
+VIEW_ALPHA = 1
 ALGORITHMS = {"nearest": 0, "bilinear": 1, "edge": 2, "fine": 3}
 
 
@@ -122,7 +123,7 @@ def library():
 
 
 def converted(frame, width, height, code, algorithm, output, stride=0):
-    """The bytes that kroConvertView gives for a frame, of output formats of 8 bits."""
+    """The bytes that kroConvertView gives for a frame, of output formats of 8 bits; alpha is 0."""
     output_code, channels = OUTPUTS[output]
     samples = ctypes.create_string_buffer(frame, len(frame))
     pixels = ctypes.create_string_buffer(width * height * channels)
@@ -130,7 +131,7 @@ def converted(frame, width, height, code, algorithm, output, stride=0):
     picture = PictureView(format=output_code)
     for plane in range(3 if output.endswith("Planar") else 1):
         picture.plane[plane] = ctypes.addressof(pixels) + plane * width * height
-    options = ViewOptions(ctypes.sizeof(ViewOptions), ALGORITHMS[algorithm])
+    options = ViewOptions(ctypes.sizeof(ViewOptions), ALGORITHMS[algorithm], VIEW_ALPHA)
     status = library().kroConvertView(ctypes.byref(source), ctypes.byref(picture), ctypes.byref(options))
     assert status == 0, status
     return pixels.raw
