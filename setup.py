@@ -20,6 +20,9 @@ def version():
 class CMakeBuild(build_ext):
     def build_extension(self, extension):
         build = os.path.abspath(self.build_temp)
+        # CMake itself looks for make alone, which few have who have Ninja.
+        if shutil.which("ninja"):
+            os.environ.setdefault("CMAKE_GENERATOR", "Ninja")
         subprocess.run(["cmake", "-S", HERE, "-B", build, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF",
                         "-DBUILD_TESTING=OFF", "-DKRO_BUILD_CLI=OFF", "-DKRO_BUILD_BENCH=OFF", "-DKRO_BUILD_PYTHON=ON",
                         "-DCMAKE_SKIP_RPATH=ON", f"-DPython_EXECUTABLE={sys.executable}"], check=True)

@@ -317,7 +317,7 @@ void installProperties(GObjectClass* object) {
     g_object_class_install_property(
         object, threadsProperty,
         g_param_spec_uint("n-threads", "Threads",
-                          "Threads that share a picture, from about 0.3 Mpixel on (0 = one a processor); "
+                          "Threads that share a picture, from about 0.5 Mpixel on (0 = one a processor); "
                           "the bytes are the same",
                           0, mostThreads, usualThreads, flags));
     gst_type_mark_as_plugin_api(algorithmType(), static_cast<GstPluginAPIFlags>(0));

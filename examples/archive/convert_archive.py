@@ -143,7 +143,10 @@ def run(client, work, options):
 
 def cluster_client(options):
     if options.scheduler is not None:
-        return Client(options.scheduler)
+        try:
+            return Client(options.scheduler)
+        except (OSError, ValueError) as error:
+            sys.exit(f"convert_archive: --scheduler {options.scheduler}: {error}")
     return Client(LocalCluster(n_workers=options.workers, threads_per_worker=1, dashboard_address=None, memory_limit=0))
 
 
@@ -187,4 +190,7 @@ def main(arguments=None):
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        sys.exit("convert_archive: interrupted; the same line goes on where this ended")

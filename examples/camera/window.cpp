@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 namespace kro_camera {
 
@@ -62,6 +65,10 @@ Window::Library::Library() {
     SDL_SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "0");
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         fail("no window can be opened");
+    }
+    // What SDL takes by itself where there is no screen; it says nothing of it.
+    if (std::getenv("SDL_VIDEODRIVER") == nullptr && std::strcmp(SDL_GetCurrentVideoDriver(), "offscreen") == 0) {
+        std::fputs("kro-camera: no screen is there, so the frames are not seen; Ctrl-C ends the program\n", stderr);
     }
 }
 

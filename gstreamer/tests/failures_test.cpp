@@ -53,7 +53,7 @@ namespace {
 
 using namespace gsttest;
 
-constexpr int height = 490, width = 641;
+constexpr int height = 790, width = 641;
 
 // One frame by four threads that are started for it. How many could have failed?
 int failing(Refusal& refusal, int number, reference::Scene& scene, const TestFrame& frame) {

@@ -12,7 +12,7 @@ namespace {
 using namespace gsttest;
 using reference::Method;
 
-constexpr int largeHeight = 490, largeWidth = 641;  // shared by several threads
+constexpr int largeHeight = 790, largeWidth = 641;  // shared by several threads
 
 void setThreads(const Element& element, guint count) { g_object_set(element.element(), "n-threads", count, nullptr); }
 

@@ -40,8 +40,11 @@ class Lines(FolderCase):
         return found[0]
 
     def scene(self, name):
-        _, rest = name.split("_", 1)
-        self.kro("mosaic", SCENE, "-f", rest.split("_")[1].split(".")[0], "-o", self.path(name))
+        """The frame that README's lines read, as README says to make it."""
+        with open(os.path.join(SOURCE, "README.md"), encoding="utf-8") as file:
+            line, = re.findall(r"`kro (mosaic docs/images/scene\.png [^`]*)`", file.read())
+        self.kro(*line.replace("docs/images/scene.png", SCENE).split())
+        self.assertTrue(os.path.exists(self.path(name)), name)
 
     def pixels(self, name):
         with open(self.path(name), "rb") as file:

@@ -63,6 +63,7 @@ def read_frames(path: Union[str, "os.PathLike[str]"], format: Optional[Union[str
     arrays that cannot be written to: (height, width) of bytes or words; of packed formats bytes, row by row where
     `stride` gives the distance of rows. Only where words begin at an odd place, or where the file ends within the
     padding of its last frame, is a frame copied. The file must not become shorter while frames of it are in use.
+    PGM, PNG and TIFF files have to be decoded, by imageio for one, whose arrays convert takes.
 
     skip         bytes before the first frame
     stride       bytes from row to row; 0: rows follow each other without gaps
@@ -146,9 +147,10 @@ def _array_frames(name: str, wanted: str, shape: Optional[Tuple[int, int]], more
         raise ValueError(f"{name}: skip, stride and big_endian belong to raw frames, this file has a header of its "
                          f"own")
     try:
-        array = numpy.asarray(numpy.load(name, mmap_mode="r", allow_pickle=False))
+        # Not numpy.load, which takes what is no NPY file for pickled data.
+        array = numpy.asarray(numpy.lib.format.open_memmap(name, mode="r"))
     except ValueError as failure:
-        raise ValueError(f"{name}: {failure}") from None
+        raise ValueError(f"{name}: cannot be read as an NPY file: {failure}") from None
     stack = array[None] if array.ndim == 2 else array
     if stack.ndim != 3 or stack.dtype.str[1:] not in ("u1", "u2"):
         raise ValueError(f"{name}: an array of {array.dtype} and shape {array.shape} came, expected uint8 or uint16 "

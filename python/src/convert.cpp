@@ -25,7 +25,7 @@ const char* const convertDoc =
     "out        the array to write into, which is returned then: (height, width, channels); (height, width) of\n"
     "           grey and (3, height, width) of planar formats; uint8 or uint16. Rows may lie any distance apart.\n"
     "           Or a buffer of one dimension with just as many bytes\n"
-    "threads    how many work on one frame from 0.3 megapixels on, this one among them; None: this one alone.\n"
+    "threads    how many work on one frame from 0.5 megapixels on, this one among them; None: this one alone.\n"
     "           Other threads of the interpreter run meanwhile in either case\n"
     "bits       significant bits of samples in words, 8 to 16; None: the format's own. Pictures of 8 bits show the\n"
     "           high ones, pictures of 16 bits hold the samples as numbers\n\n"

@@ -10,6 +10,7 @@ import subprocess
 import sys
 import time
 
+import dask
 import kro
 import numpy
 import pytest
@@ -110,6 +111,25 @@ def test_a_killed_run_is_resumed(tree):
     assert code == 0 and out.endswith(f"{len(before)} were there, 0 failed\n"), (out, err)
     assert all(path.stat().st_ino == inode for path, inode in before.items())
     require_all_bytes(source, target)
+
+
+def test_a_scheduler_that_does_not_answer(tree, monkeypatch):
+    monkeypatch.syspath_prepend(os.path.dirname(SCRIPT))
+    convert_archive = importlib.import_module("convert_archive")
+    source, target = tree
+    with dask.config.set({"distributed.comm.timeouts.connect": "1s"}):
+        with pytest.raises(SystemExit, match="--scheduler tcp://127.0.0.1:9: Timed out"):
+            convert_archive.main([str(source), str(target), "--scheduler", "tcp://127.0.0.1:9"])
+
+
+def test_an_interrupted_run_says_what_goes_on(tree):
+    source, target = tree
+    process = start(source, target)
+    worker, _ = stopped_worker(target, process)
+    os.killpg(process.pid, signal.SIGINT)
+    os.kill(worker, signal.SIGCONT)
+    code, out, err = finish(process)
+    assert (code, out) == (1, "") and "convert_archive: interrupted; the same line goes on" in err, (out, err)
 
 
 def test_what_is_refused(tree, monkeypatch):

@@ -74,7 +74,8 @@ def test_names_say_what_they_say_to_the_command(tmp_path, name, size):
     ("a_16x8_BayerRG8.raw", 128, {"format": "BayerXY8"}, "unknown pixel format 'BayerXY8'"),
     ("a_16x8_BayerRG8.raw", 128, {"shape": (2, 64)}, "bad size '64x2'"),
     ("a_16x8_BayerRG8.png", 128, {}, "expected raw frames or an NPY file"),
-    ("a_16x8_BayerRG8.npy", 128, {}, "a_16x8_BayerRG8.npy: "),
+    ("a_16x8_BayerRG8.npy", 128, {}, "a_16x8_BayerRG8.npy: cannot be read as an NPY file: the magic string"),
+    ("a_16x8_BayerRG8.npy", 0, {}, "cannot be read as an NPY file: EOF"),
 ])
 def test_what_is_wrong_is_said(tmp_path, name, size, options, says):
     path = write(tmp_path, name, bytes(size))

@@ -51,12 +51,12 @@ def test_parts_make_the_whole():
 
 
 def test_many_threads_at_once():
-    frames = [native.random_frame("BayerRG8", 600, 640 + 2 * i, i) for i in range(8)]
-    expected = [native.picture(frame, "BayerRG8", 600, 640 + 2 * i) for i, frame in enumerate(frames)]
+    frames = [native.random_frame("BayerRG8", 800, 640 + 2 * i, i) for i in range(8)]
+    expected = [native.picture(frame, "BayerRG8", 800, 640 + 2 * i) for i, frame in enumerate(frames)]
 
     def convert(call):
         i = call % len(frames)
-        result = kro.convert(frames[i], "BayerRG8", (600, 640 + 2 * i), threads=1 + call % 3)
+        result = kro.convert(frames[i], "BayerRG8", (800, 640 + 2 * i), threads=1 + call % 3)
         return numpy.array_equal(result, expected[i])
 
     with ThreadPoolExecutor(6) as pool:
@@ -64,13 +64,13 @@ def test_many_threads_at_once():
 
 
 def test_a_forked_process_has_threads_of_its_own():
-    data = native.random_frame("BayerRG8", 700, 700)
-    expected = native.picture(data, "BayerRG8", 700, 700)
-    assert numpy.array_equal(kro.convert(data, "BayerRG8", (700, 700), threads=3), expected)
+    data = native.random_frame("BayerRG8", 720, 720)
+    expected = native.picture(data, "BayerRG8", 720, 720)
+    assert numpy.array_equal(kro.convert(data, "BayerRG8", (720, 720), threads=3), expected)
     child = os.fork()
     if child == 0:
         try:
-            good = all(numpy.array_equal(kro.convert(data, "BayerRG8", (700, 700), threads=threads), expected)
+            good = all(numpy.array_equal(kro.convert(data, "BayerRG8", (720, 720), threads=threads), expected)
                        for threads in (3, 2))
             os._exit(0 if good else 1)
         except BaseException:
@@ -88,7 +88,7 @@ def succeeds(program):
 def test_threads_that_still_convert_when_the_interpreter_ends():
     program = ("import kro, threading, time\n"
                "def convert():\n"
-               "    while True: kro.convert(bytes(640 * 480), 'BayerRG8', (480, 640), threads=2)\n"
+               "    while True: kro.convert(bytes(960 * 640), 'BayerRG8', (640, 960), threads=2)\n"
                "for _ in range(4): threading.Thread(target=convert, daemon=True).start()\n"
                "time.sleep(0.05)\n")
     for _ in range(5):
@@ -99,7 +99,7 @@ def test_a_package_that_is_imported_again():
     program = ("import sys, os, kro\n"
                "for name in [name for name in sys.modules if name.startswith('kro')]: del sys.modules[name]\n"
                "import kro\n"
-               "kro.convert(bytes(490000), 'BayerRG8', (700, 700), threads=2)\n"
+               "kro.convert(bytes(518400), 'BayerRG8', (720, 720), threads=2)\n"
                "child = os.fork()\n"
                "if child == 0: os._exit(0)\n"
                "assert os.waitpid(child, 0)[1] == 0\n")

@@ -71,8 +71,8 @@ class Memory(Case):
             self.every_failure("convert", *source, "-o", "x." + kind, last=150)
 
     def test_a_large_frame_on_several_threads(self):
-        self.frame_file("big.raw", 800, 400, "BayerGR12p")
-        self.every_failure("convert", self.path("big.raw"), "-f", "BayerGR12p", "-s", "800x400", "--bits", "11", "-q",
+        self.frame_file("big.raw", 800, 640, "BayerGR12p")
+        self.every_failure("convert", self.path("big.raw"), "-f", "BayerGR12p", "-s", "800x640", "--bits", "11", "-q",
                            "-j", "3", "-o", "x.ppm", last=100)
 
     def test_views(self):

@@ -12,7 +12,10 @@ root=$work/root
 trap 'rm -rf --one-file-system "$work"' EXIT
 step() { echo "-- $*"; }
 quietly() { "$@" >"$work/log" 2>&1 || { tail -n 30 "$work/log"; exit 1; }; }
-inside() { LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive HOME=/tmp PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$root" "$@"; }
+# No variable of ours: compiler launchers, flags and paths of this machine do not exist in there.
+inside() {
+    env -i LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive HOME=/tmp PATH=/usr/sbin:/usr/bin:/sbin:/bin chroot "$root" "$@"
+}
 
 # Where this machine takes Debian from.
 # shellcheck disable=SC1091 # a file of the system's
@@ -61,7 +64,8 @@ inside /kro/tests/check-prefix.sh /usr /kro/tests/package "C CXX" cc c++ ""
 
 step "a foreign project around kro's sources"
 inside sh -euc 'cd /tmp/tried && cmake -S /kro/tests/package -B around -DCLIENT_KRO=subdirectory -DCLIENT_KRO_SOURCE=/kro &&
-    cmake --build around && ./around/client-C && ./around/client-CXX' >"$work/log" 2>&1 || { tail -n 30 "$work/log"; exit 1; }
+    cmake --build around --parallel "$1" && ./around/client-C && ./around/client-CXX' sh "${KRO_JOBS:-$(nproc)}" \
+    >"$work/log" 2>&1 || { tail -n 30 "$work/log"; exit 1; }
 
 step "nothing is left"
 rm -rf "$root/kro" "$root/tmp/tried"

@@ -20,7 +20,7 @@ RUNNERS = {
     "gstreamer/tests/test_lines.py": r"gst-(launch|inspect)-1\.0 ",
     "examples/camera/tests/test_readme.py": r"kro-camera -",
     "examples/camera/tests/check-copied.sh": r"cmake -S examples/camera ",
-    "scripts/test": r"scripts/install-packages$|cmake --(preset|build)",
+    "scripts/test": r"scripts/install-packages( --wasm)?$|cmake --(preset|build)",
     "scripts/package": r"scripts/package|sudo apt install ",
     "scripts/page": r"scripts/page ",
     ".ci/run": r"scripts/test ",

@@ -4,6 +4,7 @@ import os
 import resource
 import signal
 import subprocess
+import unittest
 
 from stage import FORMATS, PATIENCE, PROGRAM, Case, cli, converted, wait_for
 
@@ -22,6 +23,16 @@ class Recordings(Case):
         code, out, said = self.call("--replay", *arguments, "-r", "200", **UNSEEN)
         self.assertEqual((code, out), (0, ""), said)
         return said
+
+    @unittest.skipIf(os.path.exists("/dev/dri"), "SDL can draw on this machine's screen without a server")
+    def test_a_machine_without_a_screen_is_told(self):
+        self.write("a_64x48_BayerRG8.raw", self.frames("BayerRG8", 64, 48)[0])
+        without = {name: value for name, value in self.screen.environment.items()
+                   if name not in ("DISPLAY", "WAYLAND_DISPLAY", "SDL_VIDEODRIVER")}
+        for environment, told in ((without, True), ({**without, **UNSEEN}, False)):
+            done = subprocess.run([PROGRAM, "--replay", "a_64x48_BayerRG8.raw", "-n", "2"], cwd=self.folder, env=environment,
+                                  stderr=subprocess.PIPE, text=True, timeout=120)
+            self.assertEqual((done.returncode, "no screen is there" in done.stderr), (0, told), done.stderr)
 
     def test_raw_and_pictures_of_many_layouts(self):
         for name, width, height, stride in (("BayerRG8", 64, 48, 0), ("BayerGB12Packed", 62, 40, 0),

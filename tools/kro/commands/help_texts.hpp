@@ -49,7 +49,7 @@ same pixels. Sensor data has no white balance and no gamma: straight it looks gr
 those: what exceeds them is white. --depth 16 keeps all bits, for every format and algorithm, as numbers up to 2^bits
 - 1; --scale stretches these to 65535. --black N is subtracted from the frame's samples before all else.
 
--j threads work on many frames or, where there are fewer, on parts of each; frames below 0.3 Mpixel are not divided.)";
+-j threads work on many frames or, where there are fewer, on parts of each; frames below 0.5 Mpixel are not divided.)";
 
 constexpr const char* showExamples = R"(Examples:
   kro show outdoor_2592x1536_BayerGR8.raw
