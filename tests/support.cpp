@@ -211,7 +211,9 @@ bool Destination::check(const kro::Kernels& table, const Expected& expected, con
     } rounds[] = {{guard::Placement::againstStart, guard::Fill::one},
                   {guard::Placement::againstEnd, guard::Fill::other}};
     for (const auto& round : rounds) {
-        run(buffer_.place(expected.value.size(), round.placement, round.fill));
+        uint8_t* const to = buffer_.place(expected.value.size(), round.placement, round.fill);
+        paintStack();
+        run(to);
         const testing::AssertionResult result = holds(buffer_, expected);
         countComparison(table, expected.value.size());
         if (!result) {
@@ -220,6 +222,14 @@ bool Destination::check(const kro::Kernels& table, const Expected& expected, con
         }
     }
     return true;
+}
+
+void paintStack() {
+    if constexpr (sanitizedRun) {
+        uint8_t below[64 * 1024];
+        std::memset(below, 0x7F, sizeof below);
+        asm volatile("" : : "r"(below) : "memory");  // the paint stays
+    }
 }
 
 void countComparison(const std::string& name, uint64_t bytes) { tally.add(name, bytes); }

@@ -96,6 +96,10 @@ private:
 // Compares destination bytes already written in `buffer`.
 testing::AssertionResult holds(const guard::Buffer& buffer, const Expected& expected);
 
+// What the library finds on its stack in sanitized runs: sums of it overflow where they are read before they are
+// written.
+void paintStack();
+
 // Counted for the line that the program prints at its end.
 void countComparison(const kro::Kernels& table, uint64_t bytes);
 void countComparison(const std::string& name, uint64_t bytes);
