@@ -117,4 +117,28 @@ TEST(Allocation, EachFailsAndAllThatFollow) {
     }
 }
 
+// Frames of a camera come as the first one did: that one's memory serves them all.
+TEST(Allocation, NoneOnASteadyStream) {
+    const std::vector<uint8_t> frame(size.pixels() * 2, uint8_t{7});
+    std::vector<uint8_t> picture(size.pixels() * 4);
+    for (const uint32_t format : {KRO_BAYER_RG8, KRO_BAYER_GB12_PACKED, KRO_BAYER_GR16, KRO_MONO10}) {
+        for (const uint32_t output : {KRO_BGR8, KRO_RGBA8, KRO_RGB8_PLANAR, KRO_MONO8}) {
+            for (const KroAlgorithm algorithm : {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE}) {
+                KroContext handle{};
+                kroInit(&handle);
+                handle.outputFormat = output;
+                const KroImage input{size.height, size.width, format, const_cast<uint8_t*>(frame.data())};
+                int before = 0;
+                for (int turn = 0; turn < 5; ++turn) {
+                    KroImage made{0, 0, 0, picture.data()};
+                    ASSERT_EQ(KRO_OK, kroDemosaicing(&handle, &input, algorithm, &made));
+                    before = turn == 0 ? allocation::count() : before;
+                }
+                EXPECT_EQ(before, allocation::count()) << std::hex << format << " " << output << " " << algorithm;
+                std::free(handle.scratch.data);
+            }
+        }
+    }
+}
+
 }  // namespace

@@ -1,7 +1,7 @@
 #!/bin/sh
 # What the linker and the compiler were asked for stands in the files that they made: the command, which reads files from
 # anywhere, is loaded at a random address with tables and stack that an overrun cannot turn against it; of both files
-# functions begin where indirect jumps may land (x86).
+# functions begin where indirect jumps may land, and the library's large frames touch each page on their way (x86).
 # usage: check-hardening.sh COMMAND LIBRARY PROCESSOR CONFIGURATION
 set -eu
 command=$1 library=$2 processor=$3 configuration=$4
@@ -34,6 +34,8 @@ case $processor in
         # The mark of the whole file would need start files that have it too, and Debian's have not.
         expect "$command" "control-flow protection" 'endbr' "$(objdump -d --disassemble=main "$command")"
         expect "$library" "control-flow protection" 'endbr' "$(objdump -d --disassemble=kroConvertView "$library")"
+        expect "$library" "steps of a page to large stack frames (-fstack-clash-protection)" "sub +.0x1000,%[re]sp" \
+            "$(objdump -d --no-show-raw-insn "$library" | grep -F 0x1000,)"
         ;;
 esac
 exit $status

@@ -22,29 +22,43 @@ struct Tally {
 };
 Tally tally;
 
-// Prints what was compared, and appends it to the file that KRO_TEST_TALLY names.
+// Prints what was compared, and appends it to the file that KRO_TEST_TALLY names, with the tests that were skipped.
 class TallyReport : public testing::EmptyTestEventListener {
     void OnTestProgramEnd(const testing::UnitTest& unitTest) override {
         if (unitTest.test_to_run_count() == 0) {
             std::fprintf(stderr, "no test matches\n");
             std::exit(1);
         }
-        if (tally.images == 0) {
-            return;
+        std::string lines = skipped(unitTest);
+        if (tally.images != 0) {
+            std::string names;
+            for (const std::string& name : tally.names) {
+                names += (names.empty() ? "" : ", ") + name;
+            }
+            const std::string bytes = std::to_string(tally.bytes), images = std::to_string(tally.images);
+            std::printf("compared %s bytes in %s images on %s\n", bytes.c_str(), images.c_str(), names.c_str());
+            lines += bytes + " " + images + " " + names + "\n";
         }
-        std::string names;
-        for (const std::string& name : tally.names) {
-            names += (names.empty() ? "" : ", ") + name;
-        }
-        std::printf("compared %llu bytes in %llu images on %s\n", static_cast<unsigned long long>(tally.bytes),
-                    static_cast<unsigned long long>(tally.images), names.c_str());
         if (const char* path = std::getenv("KRO_TEST_TALLY")) {
             if (std::FILE* file = std::fopen(path, "a")) {
-                std::fprintf(file, "%llu %llu %s\n", static_cast<unsigned long long>(tally.bytes),
-                             static_cast<unsigned long long>(tally.images), names.c_str());
+                std::fputs(lines.c_str(), file);
                 std::fclose(file);
             }
         }
+    }
+
+    static std::string skipped(const testing::UnitTest& unitTest) {
+        std::string lines;
+        for (int i = 0; i < unitTest.total_test_suite_count(); ++i) {
+            const testing::TestSuite& suite = *unitTest.GetTestSuite(i);
+            for (int j = 0; j < suite.total_test_count(); ++j) {
+                const testing::TestInfo& test = *suite.GetTestInfo(j);
+                if (test.should_run() && test.result()->Skipped()) {
+                    lines += std::string("skipped ") + suite.name() + "." + test.name() + "\n";
+                }
+            }
+        }
+        return lines;
     }
 };
 
@@ -197,7 +211,9 @@ bool Destination::check(const kro::Kernels& table, const Expected& expected, con
     } rounds[] = {{guard::Placement::againstStart, guard::Fill::one},
                   {guard::Placement::againstEnd, guard::Fill::other}};
     for (const auto& round : rounds) {
-        run(buffer_.place(expected.value.size(), round.placement, round.fill));
+        uint8_t* const to = buffer_.place(expected.value.size(), round.placement, round.fill);
+        paintStack();
+        run(to);
         const testing::AssertionResult result = holds(buffer_, expected);
         countComparison(table, expected.value.size());
         if (!result) {
@@ -206,6 +222,14 @@ bool Destination::check(const kro::Kernels& table, const Expected& expected, con
         }
     }
     return true;
+}
+
+void paintStack() {
+    if constexpr (sanitizedRun) {
+        uint8_t below[64 * 1024];
+        std::memset(below, 0x7F, sizeof below);
+        asm volatile("" : : "r"(below) : "memory");  // the paint stays
+    }
 }
 
 void countComparison(const std::string& name, uint64_t bytes) { tally.add(name, bytes); }

@@ -227,6 +227,7 @@ bool ViewCheck::convert(const kro::Kernels& table, const Asked& asked, const Pla
     const KroSourceView& source = source_.view();
     const KroPictureView& picture =
         picture_.lay(asked.output, {source.height, source.width}, asked.spacing, placement, fill, asked.alphaPlane);
+    paintStack();
     const int32_t status = kro::convertView(table, &source, &picture, &asked.options);
     const testing::AssertionResult result = status != KRO_OK
                                                 ? testing::AssertionFailure() << "status " << status
