@@ -97,7 +97,8 @@ public:
     }
 
 private:
-    static constexpr int32_t margin = 32;  // blocks may look beyond the first and the last half row
+    // Blocks look a few lanes beyond the first and the last half row.
+    static constexpr int32_t margin = 64 / static_cast<int32_t>(sizeof(Number));
 
     int32_t passed3_ = 0, passed6_ = 0, passed13_ = 0;  // rows in whole rings before those that are asked for
     // Zeros at first: what blocks find beside the columns of a strip is of no consequence, but defined.

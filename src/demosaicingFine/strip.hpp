@@ -92,7 +92,7 @@ private:
     const bool atSide_;
     const Sample* const inPlace_;
     const Lanes top_;
-    alignas(64) Sample prepared_[2 * next + 64];
+    alignas(64) Sample prepared_[2 * next];
     Planes<Number> planes_;
 
     // Blocks of lanes that cover the strip's and `beside` more at both ends.
