@@ -416,12 +416,7 @@ onPage('by keyboard alone: everything is reached, in the order of reading', asyn
         'fit',
         'one',
         'eight',
-        'png',
-        'canvas',
-        'png',
-        'canvas',
-        'png',
-        'canvas',
+        ...kro.algorithms.flatMap(() => ['png', 'canvas']),
         'logarithmic',
     ];
     assert.deepEqual(
