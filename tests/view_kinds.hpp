@@ -22,6 +22,8 @@ struct Kind {
     }
     const reference::InputFormat& formatOfTurn(uint32_t turn) const;
 };
+// Fine takes several times as long as the others, and works in narrower strips.
+inline bool takesLong(const Kind& kind) { return !kind.mono && kind.method == reference::Method::fine; }
 std::vector<Kind> allKinds();
 std::string kindName(const testing::TestParamInfo<Kind>& kind);
 
