@@ -53,6 +53,16 @@ TEST(ViewEntry, OnlyPlanesOfTheFormatMatter) {
     }
 }
 
+TEST(ViewEntry, SidesBeyondTwoToThe30) {
+    constexpr int32_t beyond = (1 << 30) + 1;
+    for (const Size size : {Size{beyond, 8}, Size{8, beyond}, Size{INT_MAX, 8}, Size{8, INT_MAX}}) {
+        ViewCall call;
+        call.source.height = size.height;
+        call.source.width = size.width;
+        call.expect(KRO_ERR_SIZE, describe(size).c_str());
+    }
+}
+
 TEST(ViewEntry, SizesBelowFour) {
     for (const Size size : {Size{3, 100}, Size{100, 3}, Size{3, 3}, Size{0, 8}, Size{8, 0}, Size{-5, 8}, Size{8, -5},
                             Size{-8, -8}, Size{INT_MIN, 8}, Size{8, INT_MIN}}) {
