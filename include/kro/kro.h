@@ -67,7 +67,7 @@
  *   handle are re-entrant: calls on different buffers may run at the same time.
  *
  * STACK
- *   No call needs more than 20 KiB of stack.
+ *   No call needs more than 20 KiB of stack (21 on s390x).
  *
  * ALIASING
  *   Source and destination, and the planes of a planar destination, must not overlap. kroBMPAdjust alone works in

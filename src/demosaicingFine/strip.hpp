@@ -29,10 +29,10 @@ using SiteLanes = std::conditional_t<sizeof(Sample) == 1, typename S::Bytes, typ
 template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
-// Bound by the number of instructions, 17 a pixel with AVX2 where edge-directed has 3.3 (BGR8, 1280x960; an AMD Zen 5
-// server core executes four a cycle of both): models 45 %, differences 21 %, pixels 16 %, estimates 10 %, samples 5
-// %. A seventh is spent on columns beside the strips, and a sixth on addresses and calls, a row of a strip being six
-// blocks long, or three of AVX-512.
+// Bound by the number of instructions: with AVX2 17 a pixel where edge-directed has 3.3 (BGR8, 1280x960; an AMD Zen 5
+// server core executes four a cycle of both). Of these models take 45 in 100, differences 21, pixels 16, estimates
+// 10, samples 5. A seventh is spent on columns beside the strips, a sixth on addresses and calls: a row of a strip is
+// six blocks long, three of AVX-512.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
