@@ -92,7 +92,7 @@ private:
     const bool atSide_;
     const Sample* const inPlace_;
     const Lanes top_;
-    alignas(64) Sample prepared_[2 * next];
+    alignas(64) Sample prepared_[2 * next] = {};
     Planes<Number> planes_;
 
     // Blocks of lanes that cover the strip's and `beside` more at both ends.
@@ -120,7 +120,8 @@ private:
             mirrorBeside(samples);
         }
     }
-    static KRO_INLINE Number& sampleAt(Number* samples, int32_t x) { return samples[(x & 1) * next + (x >> 1)]; }
+    static KRO_INLINE int32_t laneOf(int32_t x) { return (x - (x & 1)) / 2; }
+    static KRO_INLINE Number& sampleAt(Number* samples, int32_t x) { return samples[(x & 1) * next + laneOf(x)]; }
     // From the frame's sides on outwards, in turns: of a narrow frame what is mirrored at the one side is mirrored
     // once more at the other.
     KRO_OUTLINE void mirrorBeside(Number* samples) const {
@@ -137,8 +138,8 @@ private:
     static KRO_INLINE void split(const Sample* in, Columns seen, Number* samples) {
         const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
             const auto both = V::load(in + x);
-            L::storeLanes(samples + (x >> 1), L::low(both));
-            L::storeLanes(samples + next + (x >> 1), L::high(both));
+            L::storeLanes(samples + laneOf(x), L::low(both));
+            L::storeLanes(samples + next + laneOf(x), L::high(both));
         };
         int32_t x = seen.begin;
         for (; x + V::columns <= seen.end; x += V::columns) {

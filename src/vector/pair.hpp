@@ -32,7 +32,7 @@ struct PairNumbers {
     // One more, one less, where the mask says so.
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return a + static_cast<int32_t>(m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return a - static_cast<int32_t>(m); }
-    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) { return a < 0 ? 0 : a > top ? top : a; }
+    static KRO_INLINE Lanes clamp(Lanes a, Lanes top) { return least(a < 0 ? 0 : a, top); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return a >> n;  // arithmetic: floors
