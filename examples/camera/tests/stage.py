@@ -44,9 +44,10 @@ class Screen:
     def __init__(self):
         self.folder = tempfile.TemporaryDirectory()
         reading, writing = os.pipe()
+        # Without -noreset it starts anew when its last client leaves, and loses a window that is about to come.
         self.process = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self.width}x{self.height}x24", "-nolisten", "tcp",
-             "-fbdir", self.folder.name], pass_fds=[writing], stderr=subprocess.DEVNULL)
+             "-noreset", "-fbdir", self.folder.name], pass_fds=[writing], stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as answer:
             self.name = ":" + answer.readline().strip()
