@@ -82,7 +82,7 @@ private:
         const Strip place = strip.strip();
         const auto out = rowTarget<kind, Sample>(job.target, phaseOfRow(job.phase, y), y, place.first);
         const FineRows<Number> in = rowsAround(strip, y, colourOdd ? 1 : 0);
-        const int32_t top = sizeof(Sample) == 1 ? 255 : job.top;
+        const int32_t top = job.top;  // bytes end where they are stored
         eachWholeBlock<BackEnd<S, Sample>>(place.made, [=](auto block) KRO_INLINE_LAMBDA {
             put<kind, ownFirst>(out, block, finePixels<colourOdd, decltype(block)>(in, block.x >> 1, top));
         });

@@ -55,7 +55,6 @@ public:
           count_(columns.end - columns.begin),
           frame_{-columns.begin, job.width - columns.begin},
           seen_{first_ == 0 ? 0 : -reach, frame_.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
-          atSide_(first_ == 0 || frame_.end == count_),
           inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + first_
                                                    : nullptr),
           top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
@@ -89,7 +88,6 @@ private:
     const int32_t first_, count_;
     const Columns frame_;
     const Columns seen_;  // of which samples are read; what lies beyond is mirrored
-    const bool atSide_;
     const Sample* const inPlace_;
     const Lanes top_;
     alignas(64) Sample prepared_[2 * next] = {};
@@ -116,7 +114,7 @@ private:
             readRun<S>(job_, frameRow, {first_ + seen_.begin, first_ + seen_.end}, prepared_);
             split(prepared_ - seen_.begin, seen_, samples);
         }
-        if (atSide_) {
+        if (first_ == 0 || frame_.end == count_) {
             mirrorBeside(samples);
         }
     }
