@@ -67,7 +67,7 @@ TEST_P(ViewFine, EveryWidthAroundStrips) {
     // The five layouts share the widths.
     const int step = static_cast<int>(stepOf(3, 23));
     const int start = static_cast<int>(GetParam()) % step;
-    for (const auto& [from, to] : {std::pair{90, 280}, {370, 400}, {500, 530}, {760, 780}, {1020, 1040}}) {
+    for (const auto& [from, to] : {std::pair{90, 310}, {425, 440}, {460, 485}, {525, 545}, {1000, 1020}}) {
         for (int width = from + start; width <= to; width += step) {
             ++turn;
             reference::Scene scene = hold(check, {4 + static_cast<int>(mixed(turn) % 6), width}, turn);

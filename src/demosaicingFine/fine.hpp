@@ -9,10 +9,10 @@ namespace kro {
 namespace {
 
 // What a row is made from: what its own sites hold, and the models around them, slopes and, `next` on, offsets.
-template <class Number>
+template <class Sample, class Number>
 struct FineRows {
-    const Number *colours, *greens, *differences;
-    const Number *above, *here, *below;
+    const Sample *colours, *greens;
+    const Number *differences, *above, *here, *below;
 };
 
 // Sums of slopes and of offsets of the sites that a colour is made from, 2^shift / 2 of them.
@@ -67,10 +67,11 @@ private:
                                            : (ownFirst ? pixels<false, ordered> : pixels<false, false>);
         make(job, strip, y);
     }
-    static KRO_INLINE FineRows<Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {
-        const Number* const samples = strip.template row<Plane::samples>(y);
-        return {samples + half * next,
-                samples + (1 - half) * next,
+    static KRO_INLINE FineRows<Sample, Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {
+        constexpr int32_t odd = FineStripOf::nextSamples;
+        const Sample* const samples = strip.samples(y);
+        return {samples + half * odd,
+                samples + (1 - half) * odd,
                 strip.template row<Plane::colourMinusGreen>(y),
                 strip.template row<Plane::models>(y - 1),
                 strip.template row<Plane::models>(y),
@@ -79,9 +80,9 @@ private:
 
     template <bool colourOdd, bool ownFirst>
     static KRO_OUTLINE void pixels(const FrameJob& job, FineStripOf& strip, int32_t y) {
-        const Strip place = strip.strip();
+        const Strip& place = strip.strip();
         const auto out = rowTarget<kind, Sample>(job.target, phaseOfRow(job.phase, y), y, place.first);
-        const FineRows<Number> in = rowsAround(strip, y, colourOdd ? 1 : 0);
+        const FineRows<Sample, Number> in = rowsAround(strip, y, colourOdd ? 1 : 0);
         const int32_t top = job.top;  // bytes end where they are stored
         eachWholeBlock<BackEnd<S, Sample>>(place.made, [=](auto block) KRO_INLINE_LAMBDA {
             put<kind, ownFirst>(out, block, finePixels<colourOdd, decltype(block)>(in, block.x >> 1, top));
@@ -90,11 +91,11 @@ private:
     }
 
     template <bool colourOdd, class B>
-    static KRO_INLINE auto finePixels(const FineRows<Number>& in, int32_t i, int32_t topOfSamples) {
+    static KRO_INLINE auto finePixels(const FineRows<Sample, Number>& in, int32_t i, int32_t topOfSamples) {
         using V = typename B::Vector;
         using L = SiteLanes<std::conditional_t<V::columns == 2, PairOfColumns, S>, Sample>;
         constexpr int32_t e = eastern<colourOdd>;
-        const auto at = [i](const Number* lanes, int32_t k) KRO_INLINE_LAMBDA { return L::loadLanes(lanes + i + k); };
+        const auto at = [i](const auto* lanes, int32_t k) KRO_INLINE_LAMBDA { return L::loadLanes(lanes + i + k); };
         const auto model = [&](const Number* models, int32_t k) KRO_INLINE_LAMBDA {
             return Models<L>{at(models, k), at(models, next + k)};
         };

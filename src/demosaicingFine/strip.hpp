@@ -29,10 +29,10 @@ using SiteLanes = std::conditional_t<sizeof(Sample) == 1, typename S::Bytes, typ
 template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
-// Bound by the number of instructions: with AVX2 17 a pixel where edge-directed has 3.3 (BGR8, 1280x960; an AMD Zen 5
-// server core executes four a cycle of both). Of these models take 45 in 100, differences 21, pixels 16, estimates
-// 10, samples 5. A seventh is spent on columns beside the strips, a sixth on addresses and calls: a row of a strip is
-// six blocks long, three of AVX-512.
+// Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some fifty. On
+// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 3.5 cycles with AVX2 and 2.2 with AVX-512
+// (BGR8, 1280x960; edge-directed .66 and .37). A block has 105 instructions of changes, 158 of models (148), 61 of
+// pixels and 17 of samples, a row of a strip 300 beside its blocks; a twelfth is spent on columns beside the strips.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
@@ -41,25 +41,29 @@ class FineStrip {
 
 public:
     using Number = typename L::Number;
+    using PlanesOf = Planes<Sample, Number>;
 
-    static constexpr int32_t next = Planes<Number>::lanes;  // from a half row to the next
-    static constexpr int32_t reach = 12;  // columns beside a strip that its pixels depend on, rounded up
-    static constexpr int32_t mostColumns = 2 * next - 2 * reach;
+    static constexpr int32_t next = PlanesOf::lanes;  // from a half row to the next
+    static constexpr int32_t nextSamples = PlanesOf::sampleLanes;
+    static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
+    static constexpr int32_t besideSamples = 8;         // lanes of samples
+    static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
+    static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
-    // Steps are counted by the row whose differences down they make: the first one, and how far behind it pixels are.
-    static constexpr int32_t stepsBefore = 8, rowsBehind = 10;
+    // Steps are counted by the row whose differences are made: the first one, and how far behind it pixels are.
+    static constexpr int32_t stepsBefore = 8, rowsBehind = 9;
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
           first_(columns.begin),
           count_(columns.end - columns.begin),
           frame_{-columns.begin, job.width - columns.begin},
+          strip_{columns.begin, {0, columns.end - columns.begin}, frame_},
           seen_{first_ == 0 ? 0 : -reach, frame_.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
           inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + first_
                                                    : nullptr),
           top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
         const int32_t first = job.rows.begin - stepsBefore;
-        planes_.moveTo(first);
         for (int32_t y = first - 2; y < first + 2; ++y) {
             load(y);
         }
@@ -68,38 +72,70 @@ public:
     // A step's passes before its pixels are made, and after. What a pass reads some lanes beside those that another
     // one has just stored would wait for the cache: other work stands between such two.
     KRO_INLINE void beginStep(int32_t y) {
-        planes_.moveTo(y);
+        static constexpr Pass passes[2][period] = {
+            {changes<0, false>, changes<1, false>, changes<2, false>, changes<3, false>},
+            {changes<0, true>, changes<1, true>, changes<2, true>, changes<3, true>}};
         load(y + 2);
-        (colourIsOdd(y - 2) ? estimatesAcross<true> : estimatesAcross<false>)(*this, y - 2);
-        (colourIsOdd(y - 1) ? differences<true> : differences<false>)(*this, y);
+        passes[colourIsOdd(y - 1)][y & (period - 1)](*this, y);
     }
-    KRO_INLINE void endStep(int32_t y) { models(*this, y - 4, colourIsOdd(y - 4) ? 1 : 0); }
+    KRO_INLINE void endStep(int32_t y) {
+        static constexpr Pass passes[2][period] = {
+            {models<0, false>, models<1, false>, models<2, false>, models<3, false>},
+            {models<0, true>, models<1, true>, models<2, true>, models<3, true>}};
+        passes[colourIsOdd(y - 1)][y & (period - 1)](*this, y);
+        wholeAtSides(y - 7);
+    }
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(job_.phase, y).greenFirst; }
-    Strip strip() const { return {first_, {0, count_}, frame_}; }
+    const Strip& strip() const { return strip_; }
     // The first half row of a plane's row; lane 0 belongs to the strip's first two columns.
     template <Plane plane>
     KRO_INLINE Number* row(int32_t y) {
-        return planes_.template row<plane>(y) + reach / 2;
+        return planes_.template row<plane>(y) + beside;
     }
+    KRO_INLINE Sample* samples(int32_t y) { return planes_.samples(y) + besideSamples; }
 
 private:
+    using Pass = void (*)(FineStrip& s, int32_t y);
+
     const FrameJob& job_;
     const int32_t first_, count_;
     const Columns frame_;
+    const Strip strip_;
     const Columns seen_;  // of which samples are read; what lies beyond is mirrored
     const Sample* const inPlace_;
     const Lanes top_;
-    alignas(64) Sample prepared_[2 * next] = {};
-    Planes<Number> planes_;
+    alignas(64) Sample prepared_[2 * nextSamples] = {};
+    PlanesOf planes_;
 
-    // Blocks of lanes that cover the strip's and `beside` more at both ends.
-    template <class Formula>
-    KRO_INLINE void eachLane(int32_t beside, const Formula& formula) const {
+    // A block of lanes of the rows around row y, which is `turn` modulo four. Rows are named by their distance from
+    // y; `colourOdd` is that of the rows one, three, five, ... above.
+    template <int turn, bool colourOdd>
+    struct Block {
+        FineStrip* strip;
+        const Sample* groups[3];  // of samples, four rows each
+        ptrdiff_t i;
+
+        template <Plane plane>
+        KRO_INLINE Number* row(int32_t k, int32_t part = 0) const {
+            return strip->template row<plane>(turn + k) + part * next + i;
+        }
+        KRO_INLINE const Sample* samples(int32_t k, bool odd) const {
+            return groups[(((turn + k) >> 2) + 3) % 3] + (2 * ((turn + k) & 3) + odd) * nextSamples + i;
+        }
+        KRO_INLINE const Sample* colours(int32_t k) const { return samples(k, colourOdd); }
+        KRO_INLINE const Sample* greens(int32_t k) const { return samples(k, !colourOdd); }
+    };
+    // Blocks that cover the strip's lanes and `more` at both ends.
+    template <int turn, bool colourOdd, class Formula>
+    KRO_INLINE void eachBlock(int32_t y, int32_t more, const Formula& formula) {
         constexpr int32_t step = V::columns / 2;
-        const int32_t end = (count_ + 1) / 2 + beside;
-        for (int32_t i = step == 1 ? -beside : -reach / 2; i < end; i += step) {
-            formula(i);
+        const auto group = [&](int32_t k)
+                               KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
+        const Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, 0};
+        const ptrdiff_t end = (count_ + 1) / 2 + more;
+        for (ptrdiff_t i = step == 1 ? -more : -beside; i < end; i += step) {
+            formula(Block<turn, colourOdd>{block.strip, {block.groups[0], block.groups[1], block.groups[2]}, i});
         }
     }
 
@@ -107,22 +143,24 @@ private:
 
     KRO_OUTLINE void load(int32_t y) {
         const int32_t frameRow = mirroredFar(y, job_.height);
-        Number* const samples = row<Plane::samples>(y);
+        Sample* const out = samples(y);
         if (inPlace_ != nullptr) {
-            split(advanced(inPlace_, frameRow * job_.source.stride), seen_, samples);
+            split(advanced(inPlace_, frameRow * job_.source.stride), seen_, frame_.end, out);
         } else {
             readRun<S>(job_, frameRow, {first_ + seen_.begin, first_ + seen_.end}, prepared_);
-            split(prepared_ - seen_.begin, seen_, samples);
+            split(prepared_ - seen_.begin, seen_, seen_.begin + 2 * nextSamples, out);
         }
         if (first_ == 0 || frame_.end == count_) {
-            mirrorBeside(samples);
+            mirrorBeside(out);
         }
     }
-    static KRO_INLINE int32_t laneOf(int32_t x) { return (x - (x & 1)) / 2; }
-    static KRO_INLINE Number& sampleAt(Number* samples, int32_t x) { return samples[(x & 1) * next + laneOf(x)]; }
+    static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return x >> 1; }
+    static KRO_INLINE Sample& sampleAt(Sample* samples, int32_t x) {
+        return samples[(x & 1) * nextSamples + laneOf(x)];
+    }
     // From the frame's sides on outwards, in turns: of a narrow frame what is mirrored at the one side is mirrored
     // once more at the other.
-    KRO_OUTLINE void mirrorBeside(Number* samples) const {
+    KRO_OUTLINE void mirrorBeside(Sample* samples) const {
         const bool left = first_ == 0, right = frame_.end == count_;
         for (int32_t k = 1; k <= reach + 1; ++k) {
             if (left && k <= reach) {
@@ -133,17 +171,22 @@ private:
             }
         }
     }
-    static KRO_INLINE void split(const Sample* in, Columns seen, Number* samples) {
+    // In blocks of the passes' columns, which so find whole what was stored just before. `readable` is where the last
+    // one may end.
+    static KRO_INLINE void split(const Sample* in, Columns seen, int32_t readable, Sample* samples) {
         const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
             const auto both = V::load(in + x);
             L::storeLanes(samples + laneOf(x), L::low(both));
-            L::storeLanes(samples + next + laneOf(x), L::high(both));
+            L::storeLanes(samples + nextSamples + laneOf(x), L::high(both));
         };
         int32_t x = seen.begin;
-        for (; x + V::columns <= seen.end; x += V::columns) {
+        for (; x < -2 * beside; ++x) {
+            sampleAt(samples, x) = in[x];
+        }
+        for (; x < seen.end - 2 && x + V::columns <= readable; x += V::columns) {
             block(x);
         }
-        if (x + 1 < seen.end && seen.end - seen.begin >= V::columns) {
+        if (x + 2 < seen.end && seen.end - seen.begin >= V::columns) {
             x = seen.end & ~1;
             block(x - V::columns);
         }
@@ -173,110 +216,15 @@ private:
             return L::template shiftRight<4>(magnitude);
         }
     }
-    static KRO_INLINE Lanes at(const Number* lanes) { return L::loadLanes(lanes); }
-    static KRO_INLINE Lanes beside(const Number* lanes) { return L::add(at(lanes - 1), at(lanes + 1)); }
+    template <class Int>
+    static KRO_INLINE Lanes at(const Int* lanes) {
+        return L::loadLanes(lanes);
+    }
+    template <class Int>
+    static KRO_INLINE Lanes besides(const Int* lanes) {
+        return L::add(at(lanes - 1), at(lanes + 1));
+    }
     static KRO_INLINE Lanes twice(Lanes a) { return L::add(a, a); }
-
-    // Rows around the one that differences down are made of: samples from two above to two below, differences of two
-    // above and of its own, and changes of four rows, of which the first gives way to the newest.
-    struct RowsDown {
-        const Number* samples[5];
-        const Number* before;
-        Number* difference;
-        Number* changes[4];
-    };
-    RowsDown rowsDown(int32_t y) {
-        RowsDown rows{};
-        for (int32_t k = 0; k < 5; ++k) {
-            rows.samples[k] = row<Plane::samples>(y - 2 + k);
-        }
-        rows.before = row<Plane::differencesDown>(y - 2);
-        rows.difference = row<Plane::differencesDown>(y);
-        for (int32_t k = 0; k < 4; ++k) {
-            rows.changes[k] = row<Plane::changesDown>(y - 5 + k);
-        }
-        return rows;
-    }
-
-    // Differences down to row y; with them variation and gradient of the row above are complete, and their sums of
-    // the row two further up. Differences across, of the row above.
-    template <bool colourOdd>
-    static KRO_OUTLINE void differences(FineStrip& s, int32_t y) {
-        constexpr int32_t colours = colourOdd ? next : 0, greens = next - colours;
-        const RowsDown rows = s.rowsDown(y);
-        Number *const sums = s.template row<Plane::sumsDown>(y - 3), *const across =
-                                                                         s.template row<Plane::passing>(0);
-        s.eachLane(5, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Down down = downOf(rows, i + colours);
-            L::storeLanes(sums + i, L::add(sumOf(rows.changes, i + 2 * colours), down.variation));
-            L::storeLanes(sums + next + i, L::add(sumOf(rows.changes, i + 2 * colours + next), down.gradient));
-            store(rows, i + colours, i + 2 * colours, down);
-            store(rows, i + greens, i + 2 * greens, downOf(rows, i + greens));
-            acrossRow<colourOdd>(rows.samples[1] + colours + i, rows.samples[1] + greens + i, across + i);
-        });
-    }
-    struct Down {
-        Lanes difference, variation, gradient;
-    };
-    static KRO_INLINE Down downOf(const RowsDown& in, int32_t i) {
-        const auto sample = [&](int k) KRO_INLINE_LAMBDA { return at(in.samples[k] + i); };
-        const Lanes north2 = sample(0), here = sample(2);
-        const Lanes made = difference(north2, sample(1), here, sample(3), sample(4));
-        return {made, variation(at(in.before + i), made), gradient(north2, here)};
-    }
-    static KRO_INLINE void store(const RowsDown& out, int32_t i, int32_t change, const Down& made) {
-        L::storeLanes(out.difference + i, made.difference);
-        L::storeLanes(out.changes[0] + change, made.variation);
-        L::storeLanes(out.changes[0] + change + next, made.gradient);
-    }
-    static KRO_INLINE Lanes sumOf(Number* const (&rows)[4], int32_t i) {
-        return L::add(L::add(at(rows[0] + i), at(rows[1] + i)), L::add(at(rows[2] + i), at(rows[3] + i)));
-    }
-    template <bool colourOdd>
-    static KRO_INLINE void acrossRow(const Number* colour, const Number* green, Number* made) {
-        constexpr int32_t e = eastern<colourOdd>;
-        const Lanes west = at(green - 1 + e), east = at(green + e);
-        const Lanes westColour = at(colour - e), eastColour = at(colour + 1 - e);
-        const Lanes c = difference(at(colour - 1), west, at(colour), east, at(colour + 1));
-        const Lanes g = difference(at(green - 1), westColour, at(green), eastColour, at(green + 1));
-        L::storeLanes(made + colourDifference, c);
-        L::storeLanes(made + greenDifference, g);
-    }
-
-    // Half rows on their way to the next pass: differences across, of colour and green sites; variations of a colour
-    // site, and with that of the green site east of it; gradients likewise.
-    enum Passing : int32_t {
-        colourDifference = 0,
-        greenDifference = next,
-        ownVariation = 2 * next,
-        bothVariations = 3 * next,
-        ownGradient = 4 * next,
-        bothGradients = 5 * next
-    };
-
-    // ---- estimates at red and blue sites; variations and gradients across ----
-
-    template <bool colourOdd>
-    static KRO_OUTLINE void estimatesAcross(FineStrip& s, int32_t y) {
-        constexpr int32_t e = eastern<colourOdd>;
-        const Number* const samples = s.template row<Plane::samples>(y);
-        Number *const passing = s.template row<Plane::passing>(0), *const made = s.template row<Plane::estimates>(y);
-        s.eachLane(4, [=](int32_t i) KRO_INLINE_LAMBDA {
-            Number* const here = passing + i;
-            const Number* const colour = samples + (colourOdd ? next : 0) + i;
-            const Number* const green = samples + (colourOdd ? 0 : next) + i;
-            const Lanes west = at(here + greenDifference - 1 + e), east = at(here + greenDifference + e);
-            const Lanes own = at(here + colourDifference), nextOwn = at(here + colourDifference + 1);
-            const Lanes sample = at(colour), eastSample = at(colour + 1), westSample = at(colour - 1);
-            const Lanes ownVaries = variation(west, east), ownChanges = gradient(at(green - 1 + e), at(green + e));
-            L::storeLanes(here + ownVariation, ownVaries);
-            L::storeLanes(here + bothVariations, L::add(ownVaries, variation(own, nextOwn)));
-            L::storeLanes(here + ownGradient, ownChanges);
-            L::storeLanes(here + bothGradients, L::add(ownChanges, gradient(sample, eastSample)));
-            L::storeLanes(made + i, plainEstimate(west, own, east));
-            L::storeLanes(made + next + i, roughEstimate(own, sample, L::add(westSample, eastSample)));
-        });
-    }
     static KRO_INLINE Lanes plainEstimate(Lanes before, Lanes here, Lanes after) {
         return L::sub(twice(here), L::add(before, after));
     }
@@ -284,115 +232,166 @@ private:
         return twice(L::sub(twice(L::add(difference, sample)), farSamples));
     }
 
+    // Differences down and across of row y; with them variations and gradients of the row above are complete, and
+    // sums down of the row two further up.
+    template <int turn, bool colourOdd>
+    static KRO_OUTLINE void changes(FineStrip& s, int32_t y) {
+        s.eachBlock<turn, colourOdd>(y, beside, [](const auto& block) KRO_INLINE_LAMBDA {
+            const Column colour = columnOf(block, colourOdd), green = columnOf(block, !colourOdd);
+            changesAcross(block, colour.north, green.north);
+            differencesAcross(block, green.here, colour.here);
+            changesInColourColumns(block, colour);
+            changesInGreenColumns(block, green);
+        });
+    }
+    // Five samples of a column around row y.
+    struct Column {
+        Lanes north2, north, here, south, south2;
+        KRO_INLINE Lanes difference() const { return FineStrip::difference(north2, north, here, south, south2); }
+    };
+    template <class Block>
+    static KRO_INLINE Column columnOf(const Block& block, bool odd) {
+        const auto sample = [&](int32_t k) KRO_INLINE_LAMBDA { return at(block.samples(k, odd)); };
+        return {sample(-2), sample(-1), sample(0), sample(1), sample(2)};
+    }
+
+    // Of the row above.
+    template <int turn, bool colourOdd>
+    static KRO_INLINE void changesAcross(const Block<turn, colourOdd>& block, Lanes colour, Lanes green) {
+        constexpr int32_t e = eastern<colourOdd>;
+        const Lanes eastColour = at(block.colours(-1) + 1), otherGreen = at(block.greens(-1) + (colourOdd ? 1 : -1));
+        const Number* const differences = block.template row<Plane::differencesAcross>(-1);
+        const Number* const greenDifferences = differences + next;
+        Number* const made = block.template row<Plane::changesAcross>(0);
+        const Lanes varies = variation(at(greenDifferences - 1 + e), at(greenDifferences + e));
+        L::storeLanes(made, varies);
+        L::storeLanes(made + next, L::add(varies, variation(at(differences), at(differences + 1))));
+        const Lanes gradual = gradient(green, otherGreen);
+        L::storeLanes(made + 2 * next, gradual);
+        L::storeLanes(made + 3 * next, L::add(gradual, gradient(colour, eastColour)));
+    }
+    // Of row y, whose red or blue stands in the green columns of the row above.
+    template <int turn, bool colourOdd>
+    static KRO_INLINE void differencesAcross(const Block<turn, colourOdd>& block, Lanes colour, Lanes green) {
+        const Sample *const colours = block.greens(0), *const greens = block.colours(0);
+        const Lanes westColour = at(colours - 1), eastColour = at(colours + 1);
+        const Lanes westGreen = at(greens - 1), eastGreen = at(greens + 1);
+        Number* const made = block.template row<Plane::differencesAcross>(0);
+        L::storeLanes(made, colourOdd ? difference(westColour, westGreen, colour, green, eastColour)
+                                      : difference(westColour, green, colour, eastGreen, eastColour));
+        L::storeLanes(made + next, colourOdd ? difference(westGreen, colour, green, eastColour, eastGreen)
+                                             : difference(westGreen, westColour, green, colour, eastGreen));
+    }
+    // Sums are complete here; estimates are those of the row above.
+    template <int turn, bool colourOdd>
+    static KRO_INLINE void changesInColourColumns(const Block<turn, colourOdd>& block, const Column& column) {
+        Number* const place = block.template row<Plane::differencesDown>(0, colourOdd);
+        const Lanes before = at(place), made = column.difference();
+        L::storeLanes(place, made);
+        const Lanes varies = variation(before, made), gradual = gradient(column.north2, column.here);
+        Number* const oldest = block.template row<Plane::changesDown>(-5);
+        const Number* const older = block.template row<Plane::changesDown>(-3);
+        Number* const sums = block.template row<Plane::sumsDown>(0);
+        L::storeLanes(sums, L::add(L::add(at(oldest), at(older)), varies));
+        L::storeLanes(sums + next, L::add(L::add(at(oldest + next), at(older + next)), gradual));
+        Number* const newest = block.template row<Plane::changesDown>(-1);
+        L::storeLanes(newest, varies);
+        L::storeLanes(newest + next, gradual);
+        const Lanes own = at(block.template row<Plane::differencesDown>(-1, colourOdd));
+        const Lanes farSamples = L::add(at(block.colours(-3)), column.south);
+        Number* const estimates = block.template row<Plane::estimatesDown>(-1);
+        L::storeLanes(estimates, plainEstimate(before, own, made));
+        L::storeLanes(estimates + next, roughEstimate(own, column.north, farSamples));
+    }
+    // The second row of a pair.
+    template <int turn, bool colourOdd>
+    static KRO_INLINE void changesInGreenColumns(const Block<turn, colourOdd>& block, const Column& column) {
+        Number* const place = block.template row<Plane::differencesDown>(0, !colourOdd);
+        const Lanes before = at(place), made = column.difference();
+        L::storeLanes(place, made);
+        Number* const pair = block.template row<Plane::changesDown>(-2);
+        L::storeLanes(pair, L::add(at(pair), variation(before, made)));
+        L::storeLanes(pair + next, L::add(at(pair + next), gradient(column.north2, column.here)));
+    }
+
     // ---- the difference of colour and green ----
 
-    // Rows around the one whose differences are weighed, of its red or blue columns; what is made of these in the
-    // same loop lies two and four rows above it. Where the newest of three rows is stored, it takes the place of the
-    // first.
-    struct ModelRows {
-        const Number* passing;
-        Number* sumsAcross[2];  // from two above
-        const Number *sumsDown, *estimates;
-        const Number* down[3];
-        const Number* samples[5];     // every second row, from six above to two below
-        Number* difference[2];        // from four above
-        Number* weight;               // of two above
-        Number* colourMinusGreen[2];  // from six above
-        Number* model;                // of four above
-    };
-    ModelRows modelRows(int32_t y, int32_t half) {
-        const int32_t on = half * next;
-        ModelRows rows{};
-        for (int32_t k = 0; k < 2; ++k) {
-            rows.sumsAcross[k] = row<Plane::sumsAcross>(y - 2 + 2 * k);
-            rows.difference[k] = row<Plane::difference>(y - 4 + 2 * k);
-            rows.colourMinusGreen[k] = row<Plane::colourMinusGreen>(y - 6 + 2 * k);
-        }
-        for (int32_t k = 0; k < 3; ++k) {
-            rows.down[k] = row<Plane::differencesDown>(y - 1 + k) + on;
-        }
-        for (int32_t k = 0; k < 5; ++k) {
-            rows.samples[k] = row<Plane::samples>(y - 6 + 2 * k) + on;
-        }
-        rows.passing = row<Plane::passing>(0);
-        rows.sumsDown = row<Plane::sumsDown>(y);
-        rows.estimates = row<Plane::estimates>(y);
-        rows.weight = row<Plane::weight>(y - 2);
-        rows.model = row<Plane::models>(y - 4);
-        return rows;
-    }
-
-    // Differences of row y, greens of the row two above and models of the row four above: each needs of the row that
-    // was made just before it the same columns only.
-    static KRO_OUTLINE void models(FineStrip& s, int32_t y, int32_t half) {
-        const ModelRows rows = s.modelRows(y, half);
+    // Differences of the row three above y, greens of the row five above and models of the row seven above: each
+    // needs of the row that was made just before it the same columns only.
+    template <int turn, bool colourOdd>
+    static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
         const Lanes top = s.top_;
-        s.eachLane(3, [=](int32_t i) KRO_INLINE_LAMBDA {
-            const Lanes weightAbove = at(rows.weight + i);
-            const Lanes difference = weighed(rows, i);
-            const Lanes colourMinusGreen = smoothed(rows, i, weightAbove, difference, top);
-            model(rows, i, colourMinusGreen);
-        });
-        s.wholeAtSides(y - 4, half, rows.colourMinusGreen[1], rows.model);
+        s.eachBlock<turn, colourOdd>(
+            y, 3, [top](const auto& block) KRO_INLINE_LAMBDA { model(block, smoothed(block, weighed(block), top)); });
     }
+    struct Weighed {
+        Lanes difference, weight;
+    };
 
-    // Over five columns, and rows y - 2, y and y + 2: those whose red or blue stands in the same columns.
+    // Over five columns, and the rows five, three and one above y: those whose red or blue stands in the same
+    // columns. The newest takes the place of the first.
     static KRO_INLINE Lanes sumAcross(const Number* own, const Number* both, Number* above, const Number* here) {
         const Lanes below = L::add(L::add(at(both - 1), at(both)), at(own + 1));
         const Lanes sum = L::add(L::add(at(above), at(here)), below);
         L::storeLanes(above, below);
         return sum;
     }
-    static KRO_INLINE Lanes threeColumns(const Number* sums) { return L::add(beside(sums), at(sums)); }
+    static KRO_INLINE Lanes threeColumns(const Number* sums) { return L::add(besides(sums), at(sums)); }
 
-    static KRO_INLINE Lanes weighed(const ModelRows& rows, int32_t i) {
-        Number *const above = rows.sumsAcross[0] + i, *const here = rows.sumsAcross[1] + i;
-        const Number* const fresh = rows.passing + i;
-        const Lanes across = sumAcross(fresh + ownVariation, fresh + bothVariations, above, here);
-        const Lanes changes = sumAcross(fresh + ownGradient, fresh + bothGradients, above + next, here + next);
-        const Lanes down = threeColumns(rows.sumsDown + i);
+    template <int turn, bool colourOdd>
+    static KRO_INLINE Weighed weighed(const Block<turn, colourOdd>& block) {
+        Number* const above = block.template row<Plane::sumsAcross>(-5);
+        const Number* const here = block.template row<Plane::sumsAcross>(-3);
+        const Number* const fresh = block.template row<Plane::changesAcross>(0);
+        const Number* const sums = block.template row<Plane::sumsDown>(0);
+        const Lanes across = sumAcross(fresh, fresh + next, above, here);
+        const Lanes changes = sumAcross(fresh + 2 * next, fresh + 3 * next, above + next, here + next);
+        const Lanes down = threeColumns(sums);
         const Lanes least = L::least(across, down);
-        const Lanes activity = L::least(changes, threeColumns(rows.sumsDown + next + i));
+        const Lanes activity = L::least(changes, threeColumns(sums + next));
         const auto notRough = L::greater(L::add(activity, L::template shiftRight<1>(activity)), least);
-        const Lanes estimateAcross = L::select(notRough, at(rows.estimates + i), at(rows.estimates + next + i));
-        const Lanes estimateDown = L::select(notRough, plainDown(rows, i), roughDown(rows, i));
-        const Lanes weight = weightAcross(across, down);
+        const Lanes estimateAcross = estimatedAcross(block, notRough);
+        const Number* const estimates = block.template row<Plane::estimatesDown>(-3);
+        const Lanes estimateDown = L::select(notRough, at(estimates), at(estimates + next));
+        const Lanes weight = weightAcross(across, down, least);
         const Lanes sum =
             L::add(L::template shiftLeft<2>(estimateDown), L::mul(weight, L::sub(estimateAcross, estimateDown)));
-        L::storeLanes(rows.weight + i, L::select(L::greater(activity, least), weight, L::all(-1)));
-        return L::template shiftRight<3>(L::add(sum, L::all(4)));
+        return {L::template shiftRight<3>(L::add(sum, L::all(4))),
+                L::select(L::greater(activity, least), weight, L::all(-1))};
     }
-    static KRO_INLINE Lanes plainDown(const ModelRows& rows, int32_t i) {
-        return plainEstimate(at(rows.down[0] + i), at(rows.down[1] + i), at(rows.down[2] + i));
-    }
-    static KRO_INLINE Lanes roughDown(const ModelRows& rows, int32_t i) {
-        return roughEstimate(at(rows.down[1] + i), at(rows.samples[3] + i),
-                             L::add(at(rows.samples[2] + i), at(rows.samples[4] + i)));
+    template <int turn, bool colourOdd, class Mask>
+    static KRO_INLINE Lanes estimatedAcross(const Block<turn, colourOdd>& block, Mask notRough) {
+        constexpr int32_t e = eastern<colourOdd>;
+        const Number* const differences = block.template row<Plane::differencesAcross>(-3);
+        const Sample* const colour = block.colours(-3);
+        const Lanes own = at(differences);
+        const Lanes plain = plainEstimate(at(differences + next - 1 + e), own, at(differences + next + e));
+        return L::select(notRough, plain, roughEstimate(own, at(colour), besides(colour)));
     }
     // Of the estimate across, from 0 to 4: the one direction counts more the less its differences vary.
-    static KRO_INLINE Lanes weightAcross(Lanes across, Lanes down) {
-        const Lanes quarterAcross = L::template shiftRight<2>(across), quarterDown = L::template shiftRight<2>(down);
-        const Lanes littleAcross = L::add(quarterAcross, L::template shiftRight<3>(across));
-        const Lanes littleDown = L::add(quarterDown, L::template shiftRight<3>(down));
-        Lanes weight = L::all(2);
-        weight = L::raised(L::greater(L::sub(down, quarterDown), across), weight);
-        weight = L::raised(L::greater(littleDown, across), weight);
-        weight = L::lowered(L::greater(L::sub(across, quarterAcross), down), weight);
-        return L::lowered(L::greater(littleAcross, down), weight);
+    static KRO_INLINE Lanes weightAcross(Lanes across, Lanes down, Lanes least) {
+        const Lanes most = L::most(across, down), quarter = L::template shiftRight<2>(most);
+        Lanes more = L::raised(L::greater(L::sub(most, quarter), least), L::all(0));
+        more = L::raised(L::greater(L::add(quarter, L::template shiftRight<3>(most)), least), more);
+        return L::select(L::greater(down, across), L::add(L::all(2), more), L::sub(L::all(2), more));
     }
 
-    // Two rows above: smooth neighbourhoods average differences once more, along the same direction.
-    static KRO_INLINE Lanes smoothed(const ModelRows& rows, int32_t i, Lanes weight, Lanes differenceBelow,
-                                     Lanes top) {
-        const Lanes own = at(rows.difference[1] + i), sample = at(rows.samples[2] + i);
-        const Lanes across = beside(rows.difference[1] + i),
-                    down = L::add(at(rows.difference[0] + i), differenceBelow);
-        L::storeLanes(rows.difference[0] + i, differenceBelow);
+    // Smooth neighbourhoods average differences once more, along the same direction.
+    template <class Block>
+    static KRO_INLINE Lanes smoothed(const Block& block, Weighed below, Lanes top) {
+        Number* const above = block.template row<Plane::difference>(-7);
+        const Number* const here = block.template row<Plane::difference>(-5);
+        Number* const weights = block.template row<Plane::weight>(-5);
+        const Lanes own = at(here), across = besides(here), down = L::add(at(above), below.difference);
+        const Lanes weight = at(weights);
+        L::storeLanes(above, below.difference);
+        L::storeLanes(weights, below.weight);
         const Lanes sum = L::add(L::add(L::template shiftLeft<3>(own), L::template shiftLeft<2>(down)),
                                  L::mul(weight, L::sub(across, down)));
         const Lanes mean = L::template shiftRight<4>(L::add(sum, L::all(8)));
         const Lanes eighths = L::select(L::greater(weight, L::all(-1)), mean, own);
         const Lanes rounded = L::template shiftRight<3>(L::add(eighths, L::all(4)));
+        const Lanes sample = at(block.colours(-5));
         return L::sub(sample, L::clamp(L::sub(sample, rounded), top));
     }
 
@@ -408,9 +407,11 @@ private:
                     L::add(whole, L::absolute(differenceChange))};
         }
     };
-    // Four rows above.
-    static KRO_INLINE void model(const ModelRows& rows, int32_t i, Lanes differenceBelow) {
-        const Number *const samples = rows.samples[1] + i, *const differences = rows.colourMinusGreen[1] + i;
+    template <class Block>
+    static KRO_INLINE void model(const Block& block, Lanes differenceBelow) {
+        const Sample* const samples = block.colours(-7);
+        const Number* const differences = block.template row<Plane::colourMinusGreen>(-7);
+        Number* const above = block.template row<Plane::colourMinusGreen>(-9);
         const Lanes sample = at(samples), difference = at(differences);
         const auto to = [&](Lanes otherSample, Lanes otherDifference, const Changes& sums) KRO_INLINE_LAMBDA {
             return sums.with(L::sub(otherSample, sample), L::sub(otherDifference, difference));
@@ -418,39 +419,42 @@ private:
         Changes sums{L::all(0), L::all(0), L::all(0)};
         sums = to(at(samples - 1), at(differences - 1), sums);
         sums = to(at(samples + 1), at(differences + 1), sums);
-        sums = to(at(rows.samples[0] + i), at(rows.colourMinusGreen[0] + i), sums);
-        sums = to(at(rows.samples[2] + i), differenceBelow, sums);
-        L::storeLanes(rows.colourMinusGreen[0] + i, differenceBelow);
+        sums = to(at(block.colours(-9)), at(above), sums);
+        sums = to(at(block.colours(-5)), differenceBelow, sums);
+        L::storeLanes(above, differenceBelow);
+        Number* const made = block.template row<Plane::models>(-7);
         const Lanes slope = slopeOf(sums);
-        L::storeLanes(rows.model + i, slope);
+        L::storeLanes(made, slope);
         const Lanes offset = L::sub(twice(sample), L::mul(slope, L::sub(sample, difference)));
-        L::storeLanes(rows.model + next + i, L::add(offset, L::all(1)));
+        L::storeLanes(made + next, L::add(offset, L::all(1)));
     }
     // A slope below 2 must change less by a quarter, and by 8.
     static KRO_INLINE Lanes slopeOf(const Changes& sums) {
         const Lanes least = L::sub(L::sub(sums.whole, L::template shiftRight<2>(sums.whole)), L::all(8));
-        const auto byHalf = L::greater(twice(least), sums.half);
-        const Lanes left = L::select(byHalf, L::template shiftRight<1>(sums.half), least);
-        return L::select(L::greater(left, sums.kept), L::all(0), L::lowered(byHalf, L::all(2)));
+        const Lanes byHalf = L::template shiftRight<1>(sums.half);
+        const Lanes slope = L::lowered(L::greater(least, byHalf), L::all(2));
+        return L::select(L::greater(L::least(least, byHalf), sums.kept), L::all(0), slope);
     }
     // In the frame's outer two rows and columns colours follow green wholly: the offset is twice the difference.
-    KRO_INLINE void wholeAtSides(int32_t y, int32_t half, const Number* differences, Number* model) const {
+    KRO_INLINE void wholeAtSides(int32_t y) {
         const int32_t lanes = (count_ + 1) / 2;
         if (y < 2 || y >= job_.height - 2) {
-            whole({-1, lanes + 1}, differences, model);
+            whole({-1, lanes + 1}, y);
             return;
         }
         if (first_ == 0) {
-            whole({-1, 1}, differences, model);
+            whole({-1, 1}, y);
         }
         if (frame_.end == count_) {
-            whole({(count_ - 1 - half) >> 1, lanes + 1}, differences, model);
+            whole({(count_ - 1 - (colourIsOdd(y) ? 1 : 0)) >> 1, lanes + 1}, y);
         }
     }
-    static KRO_RARE void whole(Columns lanes, const Number* differences, Number* model) {
+    KRO_RARE void whole(Columns lanes, int32_t y) {
+        const Number* const differences = row<Plane::colourMinusGreen>(y);
+        Number* const made = row<Plane::models>(y);
         for (int32_t i = lanes.begin; i < lanes.end; ++i) {
-            model[i] = 2;
-            model[next + i] = static_cast<Number>(2 * differences[i] + 1);
+            made[i] = 2;
+            made[next + i] = static_cast<Number>(2 * differences[i] + 1);
         }
     }
 };

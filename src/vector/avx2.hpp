@@ -27,8 +27,15 @@ struct Avx2Lanes {
         return halves(Ssse3Lanes::load(in + offset[0]), Ssse3Lanes::load(in + offset[1]));
     }
 
+    // Quarters 0 2 1 3 in order again.
+    static KRO_INLINE Vector inOrder(__m256i packedByLanes) { return _mm256_permute4x64_epi64(packedByLanes, 0xD8); }
+
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return _mm256_cvtepu8_epi16(Ssse3Lanes::load(p)); }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
+        Ssse3Lanes::store(p, _mm256_castsi256_si128(inOrder(_mm256_packus_epi16(a, a))));
+    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm256_srli_epi16(v, 8); }
@@ -37,6 +44,7 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm256_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi16(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm256_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
@@ -138,8 +146,6 @@ struct Avx2Bytes : Avx2Lanes {
     static KRO_INLINE Vector keepBits(Vector fresh, Vector old, Vector keep) { return select(keep, old, fresh); }
     static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) { Ssse3Bytes::widen48(in, out); }
 
-    // Quarters 0 2 1 3 in order again.
-    static KRO_INLINE Vector inOrder(__m256i packedByLanes) { return _mm256_permute4x64_epi64(packedByLanes, 0xD8); }
     static KRO_INLINE Vector reduceSaturated(Vector first, Vector second, int shift) {
         const __m128i count = _mm_cvtsi32_si128(shift);
         return inOrder(_mm256_packus_epi16(_mm256_sra_epi16(first, count), _mm256_sra_epi16(second, count)));
@@ -209,6 +215,10 @@ struct Avx2Dwords {
     }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Avx2Lanes::load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Avx2Lanes::store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return _mm256_cvtepu16_epi32(Ssse3Lanes::load(p)); }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) {
+        Ssse3Lanes::store(p, _mm256_castsi256_si128(packed(a, a)));
+    }
     static KRO_INLINE Lanes low(__m256i words) { return _mm256_and_si256(words, all(0xFFFF)); }
     static KRO_INLINE Lanes high(__m256i words) { return _mm256_srli_epi32(words, 16); }
     static KRO_INLINE __m256i joined(Lanes even, Lanes odd) {
@@ -216,6 +226,7 @@ struct Avx2Dwords {
     }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi32(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi32(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm256_max_epi32(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>

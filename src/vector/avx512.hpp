@@ -39,6 +39,8 @@ struct Avx512Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return _mm512_cvtepu8_epi16(Avx2Lanes::load(p)); }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { Avx2Lanes::store(p, _mm512_cvtepi16_epi8(a)); }
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm512_srli_epi16(v, 8); }
@@ -47,6 +49,7 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi16(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm512_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return _mm512_mask_add_epi16(a, m, a, all(1)); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return _mm512_mask_sub_epi16(a, m, a, all(1)); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm512_cmpgt_epi16_mask(a, b); }
@@ -290,6 +293,8 @@ struct Avx512Dwords {
     }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return _mm512_loadu_si512(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { _mm512_storeu_si512(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return _mm512_cvtepu16_epi32(Avx2Lanes::load(p)); }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { Avx2Lanes::store(p, _mm512_cvtepi32_epi16(a)); }
     static KRO_INLINE Lanes low(__m512i words) { return _mm512_and_si512(words, all(0xFFFF)); }
     static KRO_INLINE Lanes high(__m512i words) { return _mm512_srli_epi32(words, 16); }
     static KRO_INLINE __m512i joined(Lanes even, Lanes odd) {
@@ -297,6 +302,7 @@ struct Avx512Dwords {
     }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi32(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi32(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm512_max_epi32(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return _mm512_mask_add_epi32(a, m, a, all(1)); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return _mm512_mask_sub_epi32(a, m, a, all(1)); }
     template <int n>

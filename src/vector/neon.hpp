@@ -38,6 +38,8 @@ struct NeonLanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p))); }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { vst1_u8(p, vmovn_u16(vreinterpretq_u16_s16(a))); }
     static KRO_INLINE Lanes all(int32_t value) { return of(vdupq_n_s16(static_cast<int16_t>(value))); }
     // By a mask in a register: with the instruction's own the operand would have to be copied first, mostly.
     static KRO_INLINE Lanes low(Vector v) {
@@ -57,6 +59,7 @@ struct NeonLanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return of(vmulq_u16(u16(a), u16(b))); }
     static KRO_INLINE Lanes absolute(Lanes a) { return of(vabsq_s16(s16(a))); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return of(vminq_s16(s16(a), s16(b))); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return of(vmaxq_s16(s16(a), s16(b))); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return of(vsubq_u16(u16(a), u16(m))); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return of(vaddq_u16(u16(a), u16(m))); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return of(vcgtq_s16(s16(a), s16(b))); }
@@ -218,6 +221,8 @@ struct NeonDwords {
     static KRO_INLINE Lanes secondHalf(uint8x16_t words) { return wide(vget_high_u16(NeonLanes::u16(words))); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return vld1q_s32(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { vst1q_s32(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return wide(vld1_u16(p)); }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { vst1_u16(p, vmovn_u32(vreinterpretq_u32_s32(a))); }
     static KRO_INLINE Lanes low(uint8x16_t words) { return vandq_s32(vreinterpretq_s32_u8(words), all(0xFFFF)); }
     static KRO_INLINE Lanes high(uint8x16_t words) {
         return vreinterpretq_s32_u32(vshrq_n_u32(vreinterpretq_u32_u8(words), 16));
@@ -227,6 +232,7 @@ struct NeonDwords {
     }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return vmulq_s32(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return vminq_s32(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return vmaxq_s32(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, vreinterpretq_s32_u32(m)); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, vreinterpretq_s32_u32(m)); }
     template <int n>

@@ -27,6 +27,7 @@ struct PairNumbers {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return a * b; }
     static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return a < b ? a : b; }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return a < b ? b : a; }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return a > b; }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return chosen(m, yes, no); }
     // One more, one less, where the mask says so.
@@ -64,6 +65,8 @@ struct PairBytes : PairNumbers {
     static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, 255); }
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { *p = static_cast<int16_t>(a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return *p; }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { *p = static_cast<uint8_t>(a); }
 };
 
 // Two lanes of Int (int16_t or int32_t).
@@ -154,6 +157,8 @@ struct PairDwords : PairNumbers {
     static KRO_INLINE PairWords::Vector joined(Lanes even, Lanes odd) { return PairWords::pairOf(even, odd); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { *p = a; }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return *p; }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { *p = static_cast<uint16_t>(a); }
 };
 
 struct PairWide : PairLanes<int32_t> {

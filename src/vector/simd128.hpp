@@ -26,6 +26,10 @@ struct Simd128Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return wasm_u16x8_load8x8(p); }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
+        wasm_v128_store64_lane(p, wasm_u8x16_narrow_i16x8(a, a), 0);
+    }
     static KRO_INLINE Lanes all(int32_t value) { return wasm_i16x8_splat(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return wasm_v128_and(v, wasm_i16x8_const_splat(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return wasm_u16x8_shr(v, 8); }
@@ -34,6 +38,7 @@ struct Simd128Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i16x8_mul(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return wasm_i16x8_abs(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i16x8_min(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return wasm_i16x8_max(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return wasm_i16x8_gt(a, b); }
@@ -219,11 +224,14 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes secondHalf(v128_t words) { return wasm_u32x4_extend_high_u16x8(words); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return wasm_v128_load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { wasm_v128_store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return wasm_u32x4_load16x4(p); }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { wasm_v128_store64_lane(p, packed(a, a), 0); }
     static KRO_INLINE Lanes low(v128_t words) { return wasm_v128_and(words, wasm_i32x4_const_splat(0xFFFF)); }
     static KRO_INLINE Lanes high(v128_t words) { return wasm_u32x4_shr(words, 16); }
     static KRO_INLINE v128_t joined(Lanes even, Lanes odd) { return wasm_v128_or(even, wasm_i32x4_shl(odd, 16)); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i32x4_mul(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i32x4_min(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return wasm_i32x4_max(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>

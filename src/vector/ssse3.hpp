@@ -27,6 +27,12 @@ struct Ssse3Lanes {
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint8_t* p) {
+        return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+    }
+    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a, a));
+    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm_srli_epi16(v, 8); }
@@ -35,6 +41,7 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm_min_epi16(a, b); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi16(a, b); }
@@ -207,6 +214,12 @@ struct Ssse3Dwords {
     static KRO_INLINE Lanes secondHalf(__m128i words) { return _mm_unpackhi_epi16(words, _mm_setzero_si128()); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Ssse3Lanes::load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Ssse3Lanes::store(p, a); }
+    static KRO_INLINE Lanes loadLanes(const uint16_t* p) {
+        return firstHalf(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+    }
+    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), packed(a, a));
+    }
     static KRO_INLINE Lanes low(__m128i words) { return _mm_and_si128(words, all(0xFFFF)); }
     static KRO_INLINE Lanes high(__m128i words) { return _mm_srli_epi32(words, 16); }
     static KRO_INLINE __m128i joined(Lanes even, Lanes odd) { return _mm_or_si128(even, _mm_slli_epi32(odd, 16)); }
@@ -216,6 +229,7 @@ struct Ssse3Dwords {
         return combine(even, _mm_slli_epi64(odd, 32));
     }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return select(greater(a, b), b, a); }
+    static KRO_INLINE Lanes most(Lanes a, Lanes b) { return select(greater(a, b), a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>
