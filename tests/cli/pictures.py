@@ -151,7 +151,7 @@ def write_tiff(pages, order="<", rows_per_strip=None, compression=1, white_is_ze
                 **({338: (3, [2])} if channels in (2, 4) else {})}
         tags.update(changes.get("tags", {}))
         fields = b""
-        for tag, (kind, values) in sorted(tags.items()):
+        for tag, (kind, values) in sorted(item for item in tags.items() if item[1]):
             body = struct.pack(order + str(len(values)) + {3: "H", 4: "I"}[kind], *values)
             if len(body) > 4:
                 at = len(data)

@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "output/output_file.hpp"
@@ -21,7 +23,14 @@ constexpr const char* program = "xdg-open";
 
 // The viewer may read the file at any time after we are gone, so it stays where the system clears up.
 std::string reserveFile() {
-    std::string path = (std::filesystem::temp_directory_path() / "kro-show-XXXXXX.png").string();
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error) {
+        const char* const chosen = std::getenv("TMPDIR");
+        throw Failure(std::string(chosen == nullptr ? "/tmp" : chosen) +
+                      ": no folder for temporary files (TMPDIR): " + error.message());
+    }
+    std::string path = (folder / "kro-show-XXXXXX.png").string();
     const Descriptor descriptor(mkstemps(path.data(), 4));
     if (descriptor.get() < 0) {
         throw Failure(path + ": cannot be created: " + systemMessage(errno));
