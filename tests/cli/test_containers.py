@@ -162,6 +162,16 @@ class Containers(Case):
             self.kro_fails(1, "convert", "x.tif", "-f", "rggb", "-o", "y.ppm", says=[says, "expected"])
             self.kro_fails(1, "mosaic", "x.tif", "-f", "rggb8", "-o", "y.raw", says=[says, "expected"])
 
+    def test_tiff_without_its_meaning(self):
+        """Where none is said 0 is black, and three channels are RGB."""
+        samples = random_samples(WIDTH * HEIGHT, 8)
+        self.write("x.tif", write_tiff([(WIDTH, HEIGHT, 1, samples, 8)], tags={262: None}))
+        self.assertEqual(self.contained("x.tif", "-f", "rggb"), self.expected(samples, "BayerRG8"))
+        colour = random_samples(WIDTH * HEIGHT * 3, 8)
+        self.write("x.tif", write_tiff([(WIDTH, HEIGHT, 3, colour, 8)], tags={262: None}))
+        self.write("x.png", write_png(WIDTH, HEIGHT, 3, colour))
+        self.assertEqual(*(self.kro("mosaic", name, "-f", "rggb8", "-o", "-") for name in ("x.tif", "x.png")))
+
     def test_sides_that_no_frame_has(self):
         page = (WIDTH, HEIGHT, 1, [0] * (WIDTH * HEIGHT), 8)
         for side in (256, 257):

@@ -48,6 +48,7 @@ class Failures(Case):
                 (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "0x01080009z"), "0x01080009z"),
                 (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "0x101080009"), "0x101080009"),
                 (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "rggb8p"), "unknown pixel format 'rggb8p'"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "SRGGB8p"), "unknown pixel format 'SRGGB8p'"),
                 (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "rggbpacked"), "unknown pixel format 'rggbpacked'"),
                 (("mosaic", "p.ppm", "-f", "rggb8", "--stride", "16", "-o", "x.png"), "--stride and --big-endian"),
                 (("mosaic", "p.ppm", "-f", "rggb16be", "-o", "x.png"), "--stride and --big-endian"), (("--what",), "--what"),

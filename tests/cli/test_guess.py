@@ -113,6 +113,19 @@ class Guess(Case):
         said = self.check(self.frame("GB", 12, lambda samples: struct.pack(f"<{len(samples)}H", *(s << 4 for s in samples))),
                           self.names("GB", 16))
         self.assertIn("high 12 bits", said)
+        said = self.check(self.frame("GB", 12, lambda samples: struct.pack(f">{len(samples)}H", *(s << 4 for s in samples))),
+                          self.names("GB", 16), big_endian="")
+        self.assertIn("high 12 bits", said)
+
+    def test_files_that_are_nearly_empty(self):
+        """Words that are two equal bytes may be anything: nothing is sure."""
+        self.write("few.bin", bytes(99000) + bytes(range(256)) * 4)
+        said, answers = self.answers("few.bin")
+        self.assertTrue(answers)
+        self.assertNotIn("sure", said)
+
+    def test_dark_frames(self):
+        self.check(bytes(sample // 6 for sample in self.samples("RG", 8)), self.names("RG", 8))
 
     def test_packed(self):
         for phase, bits in some((("RG", 10), (None, 12), ("GB", 12))):

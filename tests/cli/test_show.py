@@ -74,6 +74,11 @@ class Show(Case):
         self.assertEqual(colour("--wb", "none", "--gamma", "none"), [128, 255, 64])
         self.assertEqual(colour("--wb", "1,1,2", "--gamma", "none"), [128, 255, 128])
 
+    def test_a_frame_that_is_all_white(self):
+        self.write("white.raw", b"\xff" * 2400)
+        picture = read_kitty(self.shown("kitty", "white.raw", "-f", "rggb16", *FILM[3:]).stdout)[0][0]
+        self.assertEqual(picture, (40, 30, 3, [255] * 3600))
+
     def test_contact_sheet(self):
         wanted = [self.converted(*FILM, "--frame", str(n)) for n in range(1, 6)]
         result = self.shown("kitty", *FILM, "--plain", columns="75")
