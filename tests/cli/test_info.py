@@ -41,6 +41,11 @@ class Info(Case):
         piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=bytes([3] * 48)).decode()
         self.assertRegex(piped, r"  grey +3 +3 +3\.0")
 
+    def test_a_frame_that_is_all_white(self):
+        self.write("white.raw", b"\xff" * 96)
+        self.assertRegex(self.kro("info", "white.raw", "-f", "mono16", "-s", "8x6").decode(),
+                         r"  grey +65535 +65535 +65535\.0 +65535 +65535 +65535\n")
+
     def test_many_frames_are_summarised(self):
         self.write("m_8x6_Mono8.raw", b"".join(bytes([n] * 48) for n in range(1, 201)))
         self.write("few_8x6_Mono8.raw", bytes(480))

@@ -59,6 +59,7 @@ class InputNames(Case):
         for name, says in (("a_RGGB_40bit", words), ("a_RGGB_7bit", words), ("a_RGGB_12xy", words), ("a_RGGB_10p", words),
                            ("a_Y8", "its name says none"), ("a_RGGB_13bit", "not clear from its name; give --format\n"),
                            ("a_RGGB8p", "not clear from its name; give --format\n"),
+                           ("a_SRGGB8p", "not clear from its name; give --format\n"),
                            ("a_BayerRG12p_packed", "not clear from its name; give --format\n"),
                            ("a_RGGBle_packed", "not clear from its name; give --format\n"),
                            ("a_RGGBp", "BayerRG10p (PFNC's), BayerRG12p (PFNC's) or BayerRG14p (PFNC's)"),
@@ -94,6 +95,10 @@ class OutputNames(Case):
                 alone = self.kro("convert", "f.raw", "-f", "rggb8", "-s", "8x6", "-o", "-", "--to", "ppm")
                 self.assertEqual(self.read(f"x-{n:04}.ppm"), alone)
                 os.remove(self.path(f"x-{n:04}.ppm"))
+
+    def test_numbers_behind_a_placeholder(self):
+        self.kro("convert", "film_8x6_BayerRG8.raw", "-o", "{name}", "--to", "ppm")
+        self.assertEqual(self.new_names(), [f"film_8x6_BayerRG8-{n:04}" for n in range(1, 6)])
 
     def test_one_frame_has_no_number(self):
         self.kro("convert", "film_8x6_BayerRG8.raw", "--frame", "3", "-o", "x.png")

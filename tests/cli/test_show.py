@@ -290,12 +290,12 @@ class Viewer(Case):
         os.mkdir(self.path("bin"))
         os.mkdir(self.path("tmp"))
 
-    def view(self, *arguments, script="cp \"$1\" seen.png", folder="tmp"):
+    def view(self, *arguments, script="cp \"$1\" seen.png", variable="TMPDIR", folder="tmp"):
         if script:
             self.write("bin/xdg-open", f"#!/bin/sh\n{script}\n".encode())
             os.chmod(self.path("bin/xdg-open"), 0o755)
-        environment = dict(os.environ, PATH=self.path("bin") + (":/usr/bin:/bin" if script else ""),
-                           TMPDIR=self.path(folder))
+        environment = {name: value for name, value in os.environ.items() if name not in ("TMPDIR", "TMP", "TEMP", "TEMPDIR")}
+        environment.update({"PATH": self.path("bin") + (":/usr/bin:/bin" if script else ""), variable: self.path(folder)})
         return self.call("show", *FILM, "--viewer", *arguments, env=environment)
 
     def test_picture_and_sheet(self):
@@ -309,9 +309,10 @@ class Viewer(Case):
 
     def test_no_place_for_the_picture(self):
         """The viewer reads a file, for which there must be a folder."""
-        for folder, says in (("none", "none: no folder for temporary files"), ("film.raw", "film.raw: no folder"),
-                             ("/proc", "/proc/kro-show-")):
-            result = self.view("--frame", "1", folder=folder)
+        for variable, folder, says in (("TMPDIR", "none", "none: no folder for temporary files"),
+                                       ("TMPDIR", "film.raw", "film.raw: no folder"), ("TMPDIR", "/proc", "/proc/kro-show-"),
+                                       ("TEMP", "none", "TEMP=")):
+            result = self.view("--frame", "1", variable=variable, folder=folder)
             said = result.stderr.decode()
             self.assertEqual((result.returncode, said.count("\n")), (1, 1), said)
             self.assertIn(says, said)

@@ -180,6 +180,7 @@ class Words(unittest.TestCase):
         self.assertEqual(kro("convert", "-o", ""), ":files\n")
         self.assertEqual(kro("guess", "--sheet", "x"), ":files\n")
         self.assertEqual(kro("convert", "x.raw", ""), ":files\n")
+        self.assertEqual(kro("convert", "x.r"), ":files\n")
         self.assertEqual(kro("convert", "--no-clobber", ""), ":files\n")
         self.assertEqual(kro("convert", "-", ""), ":files\n")
         self.assertEqual(kro("convert", "--output=x"), ":files\n")

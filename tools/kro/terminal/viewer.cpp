@@ -21,14 +21,22 @@ namespace {
 
 constexpr const char* program = "xdg-open";
 
+// Where the system is told to keep temporary files, in the order in which it asks.
+std::string chosenFolder() {
+    for (const char* name : {"TMPDIR", "TMP", "TEMP", "TEMPDIR"}) {
+        if (const char* folder = std::getenv(name)) {
+            return name + ("=" + std::string(folder));
+        }
+    }
+    return "/tmp";
+}
+
 // The viewer may read the file at any time after we are gone, so it stays where the system clears up.
 std::string reserveFile() {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
     if (error) {
-        const char* const chosen = std::getenv("TMPDIR");
-        throw Failure(std::string(chosen == nullptr ? "/tmp" : chosen) +
-                      ": no folder for temporary files (TMPDIR): " + error.message());
+        throw Failure(chosenFolder() + ": no folder for temporary files: " + error.message());
     }
     std::string path = (folder / "kro-show-XXXXXX.png").string();
     const Descriptor descriptor(mkstemps(path.data(), 4));
