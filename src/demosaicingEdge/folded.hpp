@@ -200,7 +200,6 @@ public:
         }
         if (greens_.end == strip_.frame.end) {
             made[greens_.end] = made[greens_.end - 2];
-            made[greens_.end + 1] = made[greens_.end - 3];
         }
         const int32_t y = frame_.firstRow + 2 * unit;
         if (y + 1 == frame_.height) {
@@ -267,7 +266,7 @@ private:
         return misfits;
     }
     KRO_OUTLINE void everyOther(const Number* from, Number* to, bool odd) {
-        for (int32_t x = greens_.begin + (odd ? -1 : 0); x < greens_.end + 2; x += 2) {
+        for (int32_t x = greens_.begin + (odd ? -1 : 0); x <= greens_.end; x += 2) {
             to[x] = from[x];
         }
     }

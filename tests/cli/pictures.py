@@ -149,7 +149,7 @@ def write_tiff(pages, order="<", rows_per_strip=None, compression=1, white_is_ze
                 262: (3, [photometric]), 273: (4, [at for at, _ in strips]), 277: (3, [channels]),
                 278: (4, [rows]), 279: (4, [size for _, size in strips]),
                 **({338: (3, [2])} if channels in (2, 4) else {})}
-        tags.update(changes.get("tags", {}))
+        tags = {tag: entry for tag, entry in {**tags, **changes.get("tags", {})}.items() if entry}
         fields = b""
         for tag, (kind, values) in sorted(tags.items()):
             body = struct.pack(order + str(len(values)) + {3: "H", 4: "I"}[kind], *values)

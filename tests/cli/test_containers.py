@@ -139,13 +139,53 @@ class Containers(Case):
             self.kro_fails(code, "convert", name, *more, "-o", "out.ppm", "-q", says=says)
             self.assertEqual(self.names(), before, name)
 
+    def test_depth_in_the_name_and_formats_as_codes(self):
+        samples = random_samples(WIDTH * HEIGHT, 10)
+        expected = self.expected(samples, "BayerRG10")
+        self.write("x_BayerGR10.png", write_png(WIDTH, HEIGHT, 1, samples, 16))
+        self.assertEqual(self.contained("x_BayerGR10.png", "-f", "rggb"), expected)
+        self.assertEqual(self.contained("x_BayerGR10.png", "-f", "0X0110000D"), expected)
+        self.assertEqual(self.contained("x_BayerGR10.png", "-f", "0x0110000d"), expected)
+
     def test_tiff_that_is_not_read(self):
+        for start in (b"II+\0\x08\0\0\0", b"MM\0+\0\x08\0\0"):
+            self.write("x.tif", start + bytes(32))
+            self.kro_fails(1, "convert", "x.tif", "-f", "rggb", "-o", "y.ppm", says="no page")
         page = (WIDTH, HEIGHT, 1, [0] * (WIDTH * HEIGHT), 8)
+        for tag in (256, 257, 273):
+            self.write("x.tif", write_tiff([page], tags={tag: None}))
+            self.kro_fails(1, "convert", "x.tif", "-f", "rggb", "-o", "y.ppm", says="x.tif: damaged TIFF: ")
         for tags, says in (({258: (3, [4])}, "4 bits"), ({339: (3, [3])}, "floating"), ({262: (3, [5])}, "other than RGB"),
-                           ({259: (3, [40000])}, "compression 40000"), ({322: (3, [16]), 323: (3, [16])}, "tiles")):
+                           ({259: (3, [40000])}, "compression 40000"), ({322: (3, [16]), 323: (3, [16])}, "tiles"),
+                           ({262: (3, [2])}, "other than RGB"), ({277: (3, [2]), 284: (3, [2])}, "channels apart")):
             self.write("x.tif", write_tiff([page], tags=tags))
             self.kro_fails(1, "convert", "x.tif", "-f", "rggb", "-o", "y.ppm", says=[says, "expected"])
             self.kro_fails(1, "mosaic", "x.tif", "-f", "rggb8", "-o", "y.raw", says=[says, "expected"])
+
+    def test_tiff_without_its_meaning(self):
+        """Where none is said 0 is black, and three channels are RGB."""
+        samples = random_samples(WIDTH * HEIGHT, 8)
+        self.write("x.tif", write_tiff([(WIDTH, HEIGHT, 1, samples, 8)], tags={262: None}))
+        self.assertEqual(self.contained("x.tif", "-f", "rggb"), self.expected(samples, "BayerRG8"))
+        colour = random_samples(WIDTH * HEIGHT * 3, 8)
+        self.write("x.tif", write_tiff([(WIDTH, HEIGHT, 3, colour, 8)], tags={262: None}))
+        self.write("x.png", write_png(WIDTH, HEIGHT, 3, colour))
+        self.assertEqual(*(self.kro("mosaic", name, "-f", "rggb8", "-o", "-") for name in ("x.tif", "x.png")))
+
+    def test_sides_that_no_frame_has(self):
+        page = (WIDTH, HEIGHT, 1, [0] * (WIDTH * HEIGHT), 8)
+        for side in (256, 257):
+            for length in (0, 1 << 31, (1 << 32) - 1):
+                self.write("x.tif", write_tiff([page], tags={side: (4, [length])}))
+                self.kro_fails(1, "convert", "x.tif", "-f", "rggb", "-o", "y.ppm", says="x.tif: damaged TIFF: ")
+        samples = random_samples(WIDTH * HEIGHT, 8)
+        for shape in ((0, 10), (8, 0), (-8, 10), (8, -10), (0, 8, 10), (1 << 16, 1 << 16)):
+            self.write("x.npy", write_npy(shape, samples))
+            self.kro_fails(1, "convert", "x.npy", "-f", "rggb", "-o", "y.ppm", says="x.npy: ")
+        for header in (b"\x93NUMPY\1\0\xff\xff", b"\x93NUMPX" + write_npy((8, 10), samples)[6:],
+                       write_npy((8, 10), samples)[:11]):
+            self.write("x.npy", header)
+            self.kro_fails(1, "convert", "x.npy", "-f", "rggb", "-o", "y.ppm", says="x.npy: ")
 
 
 class Pictures(Case):
@@ -180,10 +220,49 @@ class Pictures(Case):
                 self.assertEqual(self.kro("mosaic", "x.bmp", "-f", pixel_format, "-o", "-"),
                                  self.kro("mosaic", "x.png", "-f", pixel_format, "-o", "-"))
 
+    def test_bmp_with_masks(self):
+        """Masks that say what holds without them are read, others refused."""
+        usual = (0xFF0000, 0xFF00, 0xFF)
+        plain = write_bmp(9, 6, 4, random_samples(216, 8))
+        self.write("plain.bmp", plain)
+        wanted = self.kro("mosaic", "plain.bmp", "-f", "rggb8", "-o", "-")
+        for at, mask in ((None, None), (0, 0xFF), (1, 0xFF0000), (2, 0xFF000000)):
+            masks = [mask if place == at else value for place, value in enumerate(usual)]
+            start = struct.unpack("<I", plain[10:14])[0]
+            self.write("x.bmp", plain[:10] + struct.pack("<I", start + 12) + plain[14:30] + struct.pack("<I", 3) +
+                       plain[34:start] + struct.pack("<III", *masks) + plain[start:])
+            if at is None:
+                good = self.read("x.bmp")
+                self.assertEqual(self.kro("mosaic", "x.bmp", "-f", "rggb8", "-o", "-"), wanted)
+            else:
+                self.kro_fails(1, "mosaic", "x.bmp", "-f", "rggb8", "-o", "x.raw", says=["x.bmp", "compression 3"])
+        self.write("x.bmp", good[:28] + b"\x18" + good[29:])
+        self.kro_fails(1, "mosaic", "x.bmp", "-f", "rggb8", "-o", "x.raw", says=["24 bits", "compression 3"])
+
+    def test_bmp_palettes(self):
+        """All 256 colours where their number is not given; no more than there can be, and whole."""
+        palette = random_samples(1024, 8)
+        good = write_bmp(9, 6, 1, range(54), palette)
+        self.write("x.bmp", good)
+        wanted = self.kro("mosaic", "x.bmp", "-f", "rggb8", "-o", "-")
+        self.write("x.bmp", good[:46] + bytes(4) + good[50:])
+        self.assertEqual(self.kro("mosaic", "x.bmp", "-f", "rggb8", "-o", "-"), wanted)
+        for count in (257, 1 << 31):
+            self.write("x.bmp", good[:46] + struct.pack("<I", count) + good[50:])
+            self.kro_fails(1, "mosaic", "x.bmp", "-f", "rggb8", "-o", "x.raw", says="palette")
+        # Grey in blue and green alone is not grey.
+        almost = [value for i in range(256) for value in (i, i, 255 - i, 0)]
+        self.write("x.bmp", write_bmp(9, 6, 1, range(54), almost))
+        self.write("x.png", write_png(9, 6, 3, [value for i in range(54) for value in (255 - i, i, i)]))
+        self.assertEqual(self.kro("mosaic", "x.bmp", "-f", "rggb8", "-o", "-"),
+                         self.kro("mosaic", "x.png", "-f", "rggb8", "-o", "-"))
+
     def test_damaged_bmp(self):
         good = write_bmp(9, 6, 3, [1] * 162)
         for data, says in ((good[:-1], "promises"), (good[:20], "too early"), (good[:28] + b"\x10" + good[29:], "16 bits"),
                            (good[:30] + b"\1" + good[31:], "compression 1"), (good[:18] + b"\0" * 4 + good[22:], "side"),
+                           (good[:22] + b"\0" * 4 + good[26:], "side"), (good[:18] + b"\xff" * 4 + good[22:], "side"),
+                           (good[:22] + b"\0\0\0\x80" + good[26:], "side"), (good[:28] + b"\x20" + good[29:], "promises"),
                            (good[:14] + b"\x0c" + good[15:], "short")):
             self.write("x.bmp", data)
             self.kro_fails(1, "mosaic", "x.bmp", "-f", "rggb8", "-o", "x.raw", says=["x.bmp", says])

@@ -23,12 +23,14 @@ class Failures(Case):
                 (("long.raw",), ["long.raw", "49 bytes", "48", "1 frame and 1 bytes more"]),
                 (("empty.raw",), ["empty.raw", "empty", "48"]),
                 (("f.raw", "--skip", "48"), ["--skip 48", "48 bytes"]),
-                (("f.raw", "--skip", "1"), ["47 bytes"]), (("f.raw", "--frame", "2"), ["no frame 2", "1 frame"])):
+                (("f.raw", "--skip", "1"), ["47 bytes"]), (("f.raw", "--frame", "2"), ["no frame 2", "1 frame"]),
+                (("f.raw", "--frames", "1-9"), ["no frame 9", "1 frame"])):
             self.kro_fails(1, "convert", *arguments, *SIZE, "-o", "x.png", says=says)
             self.kro_fails(1, "info", *arguments, *SIZE, says=says)
         self.kro("convert", "long.raw", *SIZE, "--frames", "1-", "-o", "x.png")
 
     def test_usage(self):
+        self.write("p.ppm", write_ppm(8, 6, [1] * 144))
         good = ("convert", "f.raw", *SIZE, "-o", "x.png")
         for arguments, says in (
                 (("convrt",), "did you mean convert?"), (("xyzzy",), "xyzzy"),
@@ -41,9 +43,19 @@ class Failures(Case):
                 ((*good, "--wb", "red"), ["red", "gray"]), ((*good, "--wb", "1,0,1"), "1,0,1"),
                 ((*good, "--wb", "1,1,1,1"), "1,1,1,1"), ((*good, "--gamma", "0"), ["'0'", "2.2"]),
                 ((*good, "--gamma", "2.2x"), "2.2x"), ((*good, "--frames", "0"), "count from 1"),
+                ((*good, "--frames=-3"), "'-3'"), ((*good, "--gamma", "inf"), "'inf'"), ((*good, "--gamma", "nan"), "'nan'"),
+                ((*good, "-j", "3x"), "not '3x'"), ((*good, "-j", "1025"), "not '1025'"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "0x01080009z"), "0x01080009z"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "0x101080009"), "0x101080009"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "rggb8p"), "unknown pixel format 'rggb8p'"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "SRGGB8p"), "unknown pixel format 'SRGGB8p'"),
+                (("convert", "f.raw", "-s", "8x6", "-o", "x.png", "-f", "rggbpacked"), "unknown pixel format 'rggbpacked'"),
+                (("mosaic", "p.ppm", "-f", "rggb8", "--stride", "16", "-o", "x.png"), "--stride and --big-endian"),
+                (("mosaic", "p.ppm", "-f", "rggb16be", "-o", "x.png"), "--stride and --big-endian"), (("--what",), "--what"),
                 ((*good, "--frames", "4-2"), "4-2"), ((*good, "--frames", "a"), "2-5"),
                 ((*good, "--skip", "-1"), "--skip"),
-                ((*good, "--skip", "x"), "--skip: expected a whole number of 0 or more, not 'x'"), ((*good, "-j", "0"), "--jobs: expected a whole number from 1 to 1024, not '0'"),
+                ((*good, "--skip", "x"), "--skip: expected a whole number of 0 or more, not 'x'"),
+                ((*good, "-j", "0"), "--jobs: expected a whole number from 1 to 1024, not '0'"),
                 ((*good, "--jobs", "x"), "not 'x'"), ((*good, "--bits", "17"), "--bits: expected a whole number from 1"),
                 ((*good, "--shift", "-1"), "from 0 to 15"), ((*good, "--depth", "10"), "expected 8 or 16, not '10'"),
                 (("help", "convrt"), "did you mean convert?"), (("help", "xyzzy"), "xyzzy"),
@@ -62,7 +74,8 @@ class Failures(Case):
                 ("none.png", None, "No such file"),
                 ("cut.png", good[:-20], "damaged PNG"), ("broken.png", bytes(broken), "damaged PNG"),
                 ("magic.png", good[:8], "damaged PNG"), ("cut.ppm", write_ppm(8, 6, [1] * 143), "too early"),
-                ("head.ppm", b"P6\n8", "too early"), ("word.ppm", b"P6\n8 x 255\n", "number"),
+                ("head.ppm", b"P6\n8", "too early"), ("word.ppm", b"P6\n8 x 255\n", "number"), ("narrow.ppm", b"P6\n0 8 255\n", "0"),
+                ("note.ppm", b"P6 # no more", "too early"), ("end.ppm", b"P6 8 6 255", "too early"),
                 ("huge.ppm", b"P6\n999999 999999 255\n", "too early"), ("wide.ppm", b"P6\n99999999 4 255\n", "above"),
                 ("zero.ppm", b"P6\n8 0 255\n", "0"), ("max.ppm", b"P5\n8 6 0\n" + b"\0" * 48, "0"),
                 ("over.pgm", b"P5\n8 6 9\n" + b"\x0a" * 48, "above its maximum 9"),

@@ -128,6 +128,17 @@ class Files(Case):
                 self.assertRegex(name, r"^long-\d{4}\.ppm$")
                 self.assertEqual(read_pnm(self.read(f"{number.name}/{name}"))[:3], (width, height, 3))
 
+    def test_interrupts_that_the_caller_ignores(self):
+        """As under nohup: the command goes on."""
+        process = subprocess.Popen([COMMAND, "convert", "-", *SIZE, "-q", "-o", "x.ppm"], cwd=self.folder, stdin=subprocess.PIPE,
+                                   preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        process.stdin.write(self.frame[:20])
+        process.stdin.flush()
+        time.sleep(0.2)
+        process.send_signal(signal.SIGHUP)
+        process.communicate(self.frame[20:], 60)
+        self.assertEqual((process.returncode, read_pnm(self.read("x.ppm"))[:2]), (0, (8, 6)))
+
     def test_an_interrupt_in_the_middle_of_a_pipe(self):
         self.write("x.ppm", b"old")
         process = subprocess.Popen([COMMAND, "convert", "-", *SIZE, "-o", "x.ppm"], cwd=self.folder,

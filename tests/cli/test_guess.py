@@ -113,6 +113,19 @@ class Guess(Case):
         said = self.check(self.frame("GB", 12, lambda samples: struct.pack(f"<{len(samples)}H", *(s << 4 for s in samples))),
                           self.names("GB", 16))
         self.assertIn("high 12 bits", said)
+        said = self.check(self.frame("GB", 12, lambda samples: struct.pack(f">{len(samples)}H", *(s << 4 for s in samples))),
+                          self.names("GB", 16), big_endian="")
+        self.assertIn("high 12 bits", said)
+
+    def test_files_that_are_nearly_empty(self):
+        """Words that are two equal bytes may be anything: nothing is sure."""
+        self.write("few.bin", bytes(99000) + bytes(range(256)) * 4)
+        said, answers = self.answers("few.bin")
+        self.assertTrue(answers)
+        self.assertNotIn("sure", said)
+
+    def test_dark_frames(self):
+        self.check(bytes(sample // 6 for sample in self.samples("RG", 8)), self.names("RG", 8))
 
     def test_packed(self):
         for phase, bits in some((("RG", 10), (None, 12), ("GB", 12))):
@@ -142,6 +155,25 @@ class Guess(Case):
             said = self.check(b"HEADER".ljust(header, b"\0") + frame, self.names("GR", 8), skip=str(header))
             self.assertIn(f"{header} bytes that are no such rows", said)
 
+    def test_words_at_odd_places(self):
+        """The library takes words where they are aligned only; the sheet shows them, too."""
+        frame = self.frame("GB", 12)
+        self.check(frame, self.names("GB", 12))
+        self.kro("guess", "frame.bin", "--sheet", "even.png")
+        self.check(b"H" * 17 + frame, self.names("GB", 12), skip="17")
+        self.kro("guess", "frame.bin", "--sheet", "odd.png")
+        sheets = [read_png(self.read(name)) for name in ("even.png", "odd.png")]
+        firsts = [[samples[3 * y * width:3 * y * width + 1440] for y in range(480)] for width, _, _, samples in sheets]
+        self.assertEqual(*firsts)
+
+    def test_frames_of_an_unusual_height(self):
+        samples = self.samples("GB", 8)
+        crop = bytes(samples[y * 640 + x] for y in range(402) for x in range(614))
+        self.write("frame.bin", crop * 3)
+        said, answers = self.answers("frame.bin")
+        self.assertEqual((answers[0]["-s"], answers[0]["-f"] in self.names("GB", 8)), ("614x402", True), said)
+        self.assertIn("3 frames of 402 rows", said)
+
     def test_padding(self):
         frame = self.frame("BG", 12, lambda samples: csi2(samples, 12))
         padded = b"".join(frame[i:i + 960].ljust(1024, b"\0") for i in range(0, len(frame), 960))
@@ -154,6 +186,26 @@ class Guess(Case):
     def test_several_frames(self):
         frame = self.frame("RG", 8)
         self.assertIn("3 frames of 480 rows", self.check(frame * 3, self.names("RG", 8)))
+
+    def test_a_header_of_one_byte(self):
+        said = self.check(b"x" + self.frame("RG", 8), self.names("RG", 8), skip="1")
+        self.assertIn("1 byte that", said)
+
+    def test_a_header_as_long_as_a_row(self):
+        self.check(b"HEADER".ljust(640, b"\0") + self.frame("RG", 8), self.names("RG", 8), skip="640")
+
+    def test_a_header_before_padded_rows(self):
+        """What ends all rows with zeros tells where they begin."""
+        frame = self.frame("BG", 8)
+        padded = b"".join(frame[i:i + 640] + bytes(64) for i in range(0, len(frame), 640))
+        self.check(b"H" * 100 + padded, self.names("BG", 8), skip="100", stride="704")
+
+    def test_more_rows_than_a_header_is_long(self):
+        """A second frame that is cut off is no header of the first."""
+        frame = self.frame("RG", 8)
+        self.write("frame.bin", frame + frame[:300 * 640])
+        said, answers = self.answers("frame.bin")
+        self.assertNotIn("--skip", answers[0], said)
 
     def test_standard_input(self):
         said, answers = self.answers("-", data=self.frame("RG", 8))
@@ -173,11 +225,18 @@ class Guess(Case):
         self.assertEqual((answers[0]["-s"], answers[0]["-f"] in self.names("GB", 8)), ("614x402", True), said)
 
     def test_the_line_converts(self):
-        self.write("it's one.bin", self.frame("RG", 8))
-        said, _ = self.answers("it's one.bin")
-        line = re.search(r"^   kro (convert .*)$", said, re.MULTILINE)[1]
-        subprocess.run(f"'{COMMAND}' {line} -q", shell=True, check=True, cwd=self.folder)
-        self.assertEqual(read_png(self.read("it's one.png"))[:3], (640, 480, 3))
+        for name in ("it's one", "\u00fc+1,2@3%=:"):
+            self.write(name + ".bin", self.frame("RG", 8))
+            said, _ = self.answers(name + ".bin")
+            line = re.search(r"^   kro (convert .*)$", said, re.MULTILINE)[1]
+            subprocess.run(f"'{COMMAND}' {line} -q", shell=True, check=True, cwd=self.folder)
+            self.assertEqual(read_png(self.read(name + ".png"))[:3], (640, 480, 3))
+
+    def test_frames_that_begin_as_pictures_do(self):
+        frame = self.frame("RG", 8)
+        self.check(b"P5" + frame[2:], self.names("RG", 8))
+        self.write("p.bin", b"P5 640 480 255\n" + frame)
+        self.kro_fails(1, "guess", "p.bin", says=["PGM file", "says its size itself"])
 
     def test_what_tells_nothing(self):
         png = b"\x89PNG\r\n\x1a\n" + bytes(5000)
@@ -215,6 +274,7 @@ class Guess(Case):
         self.write("frame.bin", self.frame("RG", 8))
         self.write("frame.png", self.frame("RG", 8))
         self.kro_fails(2, "guess", "frame.bin", "--sheet", "sheet.jpg", says=[".png", "sheet.jpg"])
+        self.kro_fails(2, "guess", "frame.bin", "--sheet", "sheet.what", says=[".png", "sheet.what"])
         self.kro_fails(2, "guess", "frame.bin", "frame.bin", "--sheet", "sheet.png", says="one file")
         self.kro_fails(1, "guess", "frame.bin", "--sheet", "no/sheet.png", says="no/sheet.png")
         self.kro_fails(1, "guess", "frame.png", "--sheet", "frame.png", says="input")

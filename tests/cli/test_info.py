@@ -41,6 +41,11 @@ class Info(Case):
         piped = self.kro("info", "-", "-f", "mono8", "-s", "8x6", data=bytes([3] * 48)).decode()
         self.assertRegex(piped, r"  grey +3 +3 +3\.0")
 
+    def test_a_frame_that_is_all_white(self):
+        self.write("white.raw", b"\xff" * 96)
+        self.assertRegex(self.kro("info", "white.raw", "-f", "mono16", "-s", "8x6").decode(),
+                         r"  grey +65535 +65535 +65535\.0 +65535 +65535 +65535\n")
+
     def test_many_frames_are_summarised(self):
         self.write("m_8x6_Mono8.raw", b"".join(bytes([n] * 48) for n in range(1, 201)))
         self.write("few_8x6_Mono8.raw", bytes(480))
@@ -50,6 +55,9 @@ class Info(Case):
         self.assertRegex(said, r"  grey +1 +200 +100\.5")
         self.assertIn("darkest: frame 1, mean 1.0; brightest: frame 200, mean 200.0", said)
         self.assertLess(said.count("\n"), 10)
+        self.write("falling_8x6_Mono8.raw", b"".join(bytes([n] * 48) for n in range(200, 0, -1)))
+        self.assertIn("darkest: frame 200, mean 1.0; brightest: frame 1, mean 200.0",
+                      self.kro("info", "falling_8x6_Mono8.raw").decode())
         self.assertRegex(self.kro("info", "m_8x6_Mono8.raw", "--frames", "11-30").decode(), r"frames 11-30 together")
         self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--each").count(b"\nframe "), 200)
         self.assertEqual(self.kro("info", "m_8x6_Mono8.raw", "--frames", "5-9").count(b"\nframe "), 5)

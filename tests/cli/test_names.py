@@ -48,6 +48,33 @@ class InputNames(Case):
             self.kro_fails(2, "convert", name, "-o", "x.png", *more, says=[name, says])
         self.assertNotIn("x.png", self.names())
 
+    def test_depths_in_names(self):
+        """A depth has a unit and is one that formats have; the first whole format of a name counts."""
+        n = 40 * 30
+        for name, wanted in (("a_RGGB_10bits", "BayerRG10"), ("a_RGGB_12bpp", "BayerRG12"), ("a_RGGB_12b", "BayerRG12"),
+                             ("a_RGGB_BayerGR12", "BayerGR12"), ("a_BayerRG10_BayerGR12", "BayerRG10"),
+                             ("a_RGGBle_12bit", "BayerRG12")):
+            self.assertEqual(self.inferred(name + "_40x30.raw", 2 * n), "40x30 " + wanted, name)
+        words = "BayerRG10, BayerRG12, BayerRG14 or BayerRG16"
+        for name, says in (("a_RGGB_40bit", words), ("a_RGGB_7bit", words), ("a_RGGB_12xy", words), ("a_RGGB_10p", words),
+                           ("a_Y8", "its name says none"), ("a_RGGB_13bit", "not clear from its name; give --format\n"),
+                           ("a_RGGB8p", "not clear from its name; give --format\n"),
+                           ("a_SRGGB8p", "not clear from its name; give --format\n"),
+                           ("a_BayerRG12p_packed", "not clear from its name; give --format\n"),
+                           ("a_RGGBle_packed", "not clear from its name; give --format\n"),
+                           ("a_RGGBp", "BayerRG10p (PFNC's), BayerRG12p (PFNC's) or BayerRG14p (PFNC's)"),
+                           ("a_RGGB_packed", "BayerRG10Packed (GigE Vision's) or BayerRG12Packed (GigE Vision's)")):
+            self.write(name + "_40x30.raw", bytes(2 * n))
+            self.kro_fails(2, "info", name + "_40x30.raw", says=[name, says])
+
+    def test_lengths_with_several_meanings(self):
+        """What makes the fewest frames of a length is meant, rows apart as --stride says."""
+        self.write("x_8x6_RGGB.raw", bytes(6 * 48))
+        self.kro_fails(2, "info", "x_8x6_RGGB.raw", says="give --format BayerRG10, BayerRG12, BayerRG14 or BayerRG16")
+        self.kro_fails(2, "info", "x_8x6_RGGB.raw", "--stride", "12",
+                       says="BayerRG10Packed (GigE Vision's), BayerRG12Packed (GigE Vision's), BayerRG12p (PFNC's) or SRGGB12P")
+        self.assertIn(b"8x6 BayerRG8 with rows of 8 bytes", self.kro("info", "x_8x6_RGGB.raw", "--stride", "8"))
+
 
 class OutputNames(Case):
     def setUp(self):
@@ -68,6 +95,10 @@ class OutputNames(Case):
                 alone = self.kro("convert", "f.raw", "-f", "rggb8", "-s", "8x6", "-o", "-", "--to", "ppm")
                 self.assertEqual(self.read(f"x-{n:04}.ppm"), alone)
                 os.remove(self.path(f"x-{n:04}.ppm"))
+
+    def test_numbers_behind_a_placeholder(self):
+        self.kro("convert", "film_8x6_BayerRG8.raw", "-o", "{name}", "--to", "ppm")
+        self.assertEqual(self.new_names(), [f"film_8x6_BayerRG8-{n:04}" for n in range(1, 6)])
 
     def test_one_frame_has_no_number(self):
         self.kro("convert", "film_8x6_BayerRG8.raw", "--frame", "3", "-o", "x.png")

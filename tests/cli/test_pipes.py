@@ -69,6 +69,10 @@ class Pipes(Case):
                        says=["ended after 47 bytes of frame 1", "48"])
         self.kro_fails(1, "convert", "-", *SIZE, "--skip", "500", "-o", "x.png", data=self.film, says="--skip")
         self.kro_fails(1, "convert", "-", *SIZE, "--frame", "5", "-o", "x.png", data=self.film, says="no frame 5")
+        self.kro_fails(1, "convert", "-", *SIZE, "--frames", "7-9", "-o", "x.png", data=self.film, says="no frame 7")
+        result = self.kro_fails(1, "convert", "-", *SIZE, "--frames", "3-9", "-o", "-", "--to", "raw", data=self.film,
+                                says=["no frame 5", "4 frames"])
+        self.assertEqual(len(result.stdout), 2 * 144)
         self.kro_fails(2, "convert", "-", "-s", "8x6", "-o", "x.png", data=self.film, says="--format")
         self.assertEqual(self.names(), ["film.raw"])
 

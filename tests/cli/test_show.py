@@ -5,7 +5,9 @@ import os
 import pty
 import select
 import struct
+import subprocess
 import termios
+import time
 
 from pictures import read_blocks, read_kitty, read_png, read_pnm, read_sixel
 from support import COMMAND, Case, random_samples
@@ -72,6 +74,11 @@ class Show(Case):
         self.assertEqual(colour("--wb", "none", "--gamma", "none"), [128, 255, 64])
         self.assertEqual(colour("--wb", "1,1,2", "--gamma", "none"), [128, 255, 128])
 
+    def test_a_frame_that_is_all_white(self):
+        self.write("white.raw", b"\xff" * 2400)
+        picture = read_kitty(self.shown("kitty", "white.raw", "-f", "rggb16", *FILM[3:]).stdout)[0][0]
+        self.assertEqual(picture, (40, 30, 3, [255] * 3600))
+
     def test_contact_sheet(self):
         wanted = [self.converted(*FILM, "--frame", str(n)) for n in range(1, 6)]
         result = self.shown("kitty", *FILM, "--plain", columns="75")
@@ -105,6 +112,8 @@ class Show(Case):
         result = self.shown("kitty", *arguments, "--frames", "4-5", data=data, columns="60")
         self.assertEqual(read_kitty(result.stdout)[1].split(), [b"standard", b"input", b"4", b"standard", b"input", b"5"])
         self.assertEqual(self.shown("kitty", *arguments, data=data[:100]).returncode, 1)
+        result = self.shown("kitty", *arguments, "--frames", "1-", "--most", "2", data=data, columns="60")
+        self.assertEqual(read_kitty(result.stdout)[1].split(), [b"standard", b"input", b"1", b"standard", b"input", b"2"])
 
     def test_grey_deep_and_contained_frames(self):
         self.frame_file("m_40x30_Mono12Packed.raw", 40, 30, "Mono12Packed")
@@ -120,9 +129,38 @@ class Show(Case):
         self.assertEqual(read_kitty(result.stdout)[1], b"\nfilm.raw\n")
 
     def test_names_cannot_steer_the_terminal(self):
-        self.write("a\x1b[31m\n.raw", self.read("film.raw")[:1200])
-        text = read_kitty(self.shown("kitty", "a\x1b[31m\n.raw", *FILM[1:]).stdout)[1]
-        self.assertEqual(text, b"\na?[31m?.raw\n")
+        name = "a\x1b[31m\n\x7f.raw"
+        self.write(name, self.read("film.raw")[:1200])
+        text = read_kitty(self.shown("kitty", name, *FILM[1:]).stdout)[1]
+        self.assertEqual(text, b"\na?[31m??.raw\n")
+
+    def test_long_names_are_cut_at_their_cell(self):
+        """Of characters, not of bytes; standard input goes by words of its own."""
+        name = "\u00fc" * 40 + ".raw"
+        self.write(name, self.read("film.raw"))
+        text = read_kitty(self.shown("kitty", name, *FILM[1:], "--frames", "1-2", columns="50").stdout)[1].decode()
+        label = text.strip("\n")
+        self.assertEqual((label[:20], label[25:45]), ("\u00fc" * 20,) * 2)
+        self.assertNotIn("raw", text)
+        self.assertEqual(len(text.strip("\n").split("\n")), 1)
+        text = read_kitty(self.shown("kitty", "-", *FILM[1:], "--frame", "1", data=self.read("film.raw")).stdout)[1]
+        self.assertEqual(text, b"\nstandard input 1\n")
+
+    def test_size_from_the_environment(self):
+        """COLUMNS and LINES count where there is no terminal, and only as numbers that make sense."""
+        self.write("f.raw", bytes([90] * 640 * 400))
+        sizes = {}
+        for columns, lines in ((None, None), ("40", "24"), ("0", "24"), ("x", "24"), ("40x", "24"), ("10000", "24"), ("40", "9"),
+                               ("40", "-9")):
+            environment = {name: value for name, value in os.environ.items() if name not in ("COLUMNS", "LINES")}
+            environment.update({name: value for name, value in (("COLUMNS", columns), ("LINES", lines)) if value})
+            result = self.call("show", "f.raw", "-f", "rggb8", "-s", "640x400", "--in", "kitty", "--plain", env=environment)
+            sizes[columns, lines] = read_kitty(result.stdout)[0][0][:2]
+        self.assertEqual(sizes["40", "24"], (320, 200))
+        self.assertLess(sizes["40", "9"][1], 200)
+        for nonsense in ((None, None), ("0", "24"), ("x", "24"), ("40x", "24"), ("10000", "24")):
+            self.assertEqual(sizes[nonsense], sizes[None, None], nonsense)
+        self.assertEqual(sizes["40", "-9"], sizes["40", "24"])
 
     def test_wrong_calls(self):
         self.kro_fails(2, "show", *FILM, says=["no terminal", "--in", "--viewer"])
@@ -139,15 +177,20 @@ class Terminals(Case):
         super().setUp()
         self.write("f.raw", bytes([90] * 640 * 400))
 
-    def on_terminal(self, answer, *more, term="xterm-256color", pixels=(800, 480)):
+    def on_terminal(self, answer, *more, term="xterm-256color", pixels=(800, 480), colours="truecolor", later=b"",
+                    background=False, characters=(24, 80)):
         sized, size = os.pipe()
         child, terminal = pty.fork()
         if child == 0:
-            os.environ.update(TERM=term, COLORTERM="truecolor")
+            os.environ.update(TERM=term, COLORTERM=colours)
             os.read(sized, 1)
             os.chdir(self.folder)
+            if background and os.fork() != 0:
+                os._exit(os.waitstatus_to_exitcode(os.wait()[1]))
+            if background:
+                os.setpgid(0, 0)
             os.execv(COMMAND, [COMMAND, "show", "f.raw", "-f", "rggb8", "-s", "640x400", "-q", *more])
-        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, *pixels))
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", *characters, *pixels))
         os.write(size, b"!")
         os.close(sized)
         os.close(size)
@@ -161,6 +204,9 @@ class Terminals(Case):
                 if not asked and b"\x1b[c" in said:
                     asked = True
                     os.write(terminal, answer)
+                    if later:
+                        time.sleep(0.05)
+                        os.write(terminal, later)
         except OSError:
             pass
         os.close(terminal)
@@ -185,6 +231,50 @@ class Terminals(Case):
         answer = b"\x1b_Gi=31;OK\x1b\\\x1b[6;10;4t\x1b[?62c"
         pictures, _ = read_kitty(self.on_terminal(answer, pixels=(0, 0))[1])
         self.assertEqual(pictures[0][:2], (320, 200))
+        # 8 x 16 where the answer is none.
+        for size in (b"", b"\x1b[6;t", b"\x1b[6;10t", b"\x1b[6;10;t", b"\x1b[6;0;4t", b"\x1b[6;10;0t", b"\x1b[6;201;4t",
+                     b"\x1b[6;10;201t"):
+            pictures, _ = read_kitty(self.on_terminal(b"\x1b_Gi=31;OK\x1b\\" + size + b"\x1b[?62c", pixels=(800, 10))[1])
+            self.assertEqual(pictures[0][:2], (563, 352), size)
+
+    def test_an_answer_in_pieces(self):
+        _, said = self.on_terminal(b"\x1b_Gi=31;OK\x1b\\\x1b[?62", later=b"c")
+        self.assertEqual(read_kitty(said)[0][0][:2], (640, 400))
+
+    def test_colours_of_terminals(self):
+        """Which colours there are is said by COLORTERM or TERM."""
+        for said, term, true_colour in (("24bit", "xterm", True), ("", "xterm-direct", True), ("", "xterm", False)):
+            _, text = self.on_terminal(b"\x1b[?6c", term=term, colours=said)
+            self.assertEqual(b"\x1b[38;2;" in text or b";48;2;" in text, true_colour, (said, term))
+            self.assertEqual(b"38;5;" in text, not true_colour, (said, term))
+
+    def test_terminals_that_do_not_say_their_size(self):
+        for characters in ((0, 0), (0, 80), (24, 0)):
+            _, said = self.on_terminal(b"\x1b[?6c", "--columns", "70", characters=characters)
+            self.assertEqual(read_blocks(said)[0][:2], (70, 44), characters)
+
+    def test_a_terminal_that_is_not_the_controlling_one(self):
+        """Its answer could not be read, so it is not asked."""
+        near, far = pty.openpty()
+        fcntl.ioctl(far, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+        process = subprocess.Popen([COMMAND, "show", "f.raw", "-f", "rggb8", "-s", "640x400", "-q"], stdout=far, cwd=self.folder,
+                                   env=dict(os.environ, TERM="xterm", COLORTERM="truecolor"), start_new_session=True)
+        os.close(far)
+        said = b""
+        try:
+            while part := os.read(near, 65536):
+                said += part
+        except OSError:
+            pass
+        os.close(near)
+        self.assertEqual((process.wait(60), b"\x1b[c" in said), (0, False))
+        self.assertEqual(read_blocks(said.replace(b"\r\n", b"\n"))[0][:2], (70, 44))
+
+    def test_nobody_is_asked_in_the_background(self):
+        """The question would stop the command there, and its answer go to somebody else."""
+        asked, said = self.on_terminal(b"", background=True)
+        self.assertFalse(asked)
+        self.assertEqual(read_blocks(said)[0][:2], (70, 44))
 
     def test_terminals_that_are_not_asked(self):
         for more, term in ((("--in", "blocks"), "xterm"), ((), "dumb")):
@@ -200,12 +290,12 @@ class Viewer(Case):
         os.mkdir(self.path("bin"))
         os.mkdir(self.path("tmp"))
 
-    def view(self, *arguments, script="cp \"$1\" seen.png"):
+    def view(self, *arguments, script="cp \"$1\" seen.png", variable="TMPDIR", folder="tmp"):
         if script:
             self.write("bin/xdg-open", f"#!/bin/sh\n{script}\n".encode())
             os.chmod(self.path("bin/xdg-open"), 0o755)
-        environment = dict(os.environ, PATH=self.path("bin") + (":/usr/bin:/bin" if script else ""),
-                           TMPDIR=self.path("tmp"))
+        environment = {name: value for name, value in os.environ.items() if name not in ("TMPDIR", "TMP", "TEMP", "TEMPDIR")}
+        environment.update({"PATH": self.path("bin") + (":/usr/bin:/bin" if script else ""), variable: self.path(folder)})
         return self.call("show", *FILM, "--viewer", *arguments, env=environment)
 
     def test_picture_and_sheet(self):
@@ -216,6 +306,22 @@ class Viewer(Case):
         self.assertRegex(result.stderr, rb"tmp/kro-show-\w+\.png")
         self.assertEqual(self.view().returncode, 0)
         self.assertEqual(read_png(self.read("seen.png"))[:2], (3 * 48, 38))
+
+    def test_no_place_for_the_picture(self):
+        """The viewer reads a file, for which there must be a folder."""
+        for variable, folder, says in (("TMPDIR", "none", "none: no folder for temporary files"),
+                                       ("TMPDIR", "film.raw", "film.raw: no folder"), ("TMPDIR", "/proc", "/proc/kro-show-"),
+                                       ("TEMP", "none", "TEMP=")):
+            result = self.view("--frame", "1", variable=variable, folder=folder)
+            said = result.stderr.decode()
+            self.assertEqual((result.returncode, said.count("\n")), (1, 1), said)
+            self.assertIn(says, said)
+        self.assertNotIn("seen.png", self.names())
+
+    def test_a_viewer_that_is_killed(self):
+        result = self.view("--frame", "1", script="kill -9 $$")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"xdg-open: cannot show the picture; it is in ", result.stderr)
 
     def test_no_viewer(self):
         for script in (None, "exit 3"):

@@ -21,6 +21,9 @@ class Tone(Case):
         self.assertEqual(self.pixel("--wb", "none", "--gamma", "none"), COLOUR)
         self.assertEqual(self.pixel("--wb", "1,1,1", "--gamma", "1"), COLOUR)
 
+    def test_grey_in_both_spellings(self):
+        self.assertEqual(self.pixel("--wb", "grey"), self.pixel("--wb", "gray"))
+
     def test_balance(self):
         self.assertEqual(self.pixel("--wb", "gray"), (160, 160, 160))
         self.assertEqual(self.pixel("--wb", "2,0.5,10"), (80, 80, 255))

@@ -171,6 +171,31 @@ class Words(unittest.TestCase):
                 tried += 1
             self.assertGreater(tried, 40)
 
+    def test_formats_go_by_one_name_before_the_first_letter(self):
+        names = candidates("mosaic", "-f", "")
+        self.assertEqual((len(names), len(set(names)), "BayerRG8" in names, "rggb8" in names), (65, 65, True, False))
+        self.assertIn("rggb8", candidates("mosaic", "-f", "r"))
+
+    def test_words_as_shells_give_them(self):
+        self.assertEqual(kro("convert", "-o", ""), ":files\n")
+        self.assertEqual(kro("guess", "--sheet", "x"), ":files\n")
+        self.assertEqual(kro("convert", "x.raw", ""), ":files\n")
+        self.assertEqual(kro("convert", "x.r"), ":files\n")
+        self.assertEqual(kro("convert", "--no-clobber", ""), ":files\n")
+        self.assertEqual(kro("convert", "-", ""), ":files\n")
+        self.assertEqual(kro("convert", "--output=x"), ":files\n")
+        self.assertEqual(candidates("convert", "--gamma=sr"), ["--gamma=srgb"])
+        self.assertEqual(candidates("convert", "--wb="), ["--wb=none", "--wb=gray"])
+        self.assertEqual(kro("convert", "--no-clobber=x"), "")
+        self.assertEqual(kro("convert", "--", "--gamma=sr"), ":files\n")
+        self.assertEqual(candidates("convert", "-a", "BIL"), ["bilinear"])
+        self.assertEqual(candidates("help", "mos"), ["mosaic"])
+        self.assertEqual(kro("help", "mosaic", "x"), "")
+        self.assertIn("--help", candidates("--h"))
+        self.assertEqual(candidates("conv"), ["convert"])
+        without_dashes = subprocess.run([COMMAND, "complete", "convert", "--depth", ""], check=True, capture_output=True, text=True)
+        self.assertEqual(without_dashes.stdout, kro("convert", "--depth", ""))
+
     def test_nothing_is_offered_where_nothing_fits(self):
         self.assertEqual(kro("convert", "--bits", ""), "")
         self.assertEqual(kro("convert", "-a", "zz"), "")

@@ -33,6 +33,7 @@ private:
     [[noreturn]] void damaged(const char* what) const;
     [[noreturn]] void unread(const std::string& what) const;
     uint32_t field(uint32_t tag, bool wide) const;
+    uint32_t photometric(const Page& page) const;
     uint64_t countPages();
     Page readPage(uint64_t number);
     void requirePages() const;
@@ -91,14 +92,23 @@ uint32_t TiffReader::field(uint32_t tag, bool wide) const {
     return TIFFGetFieldDefaulted(tiff_.get(), tag, &narrow) == 1 ? narrow : 0;
 }
 
+// Where it is not said, which it must be, it is what nearly all files mean.
+uint32_t TiffReader::photometric(const Page& page) const {
+    uint16_t said = 0;
+    if (TIFFGetField(tiff_.get(), TIFFTAG_PHOTOMETRIC, &said) == 1) {
+        return said;
+    }
+    return page.samplesOfPixel < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
+}
+
 uint64_t TiffReader::countPages() {
     const tdir_t pages = TIFFNumberOfDirectories(tiff_.get());
     return std::max<uint64_t>(pages, 1);
 }
 
 void TiffReader::requireReadable(const Page& page) const {
-    const uint32_t photometric = field(TIFFTAG_PHOTOMETRIC, false);
-    const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
+    const uint32_t meaning = photometric(page);
+    const bool grey = meaning == PHOTOMETRIC_MINISBLACK || meaning == PHOTOMETRIC_MINISWHITE;
     if (TIFFIsTiled(tiff_.get()) != 0) {
         unread("tiles");
     }
@@ -108,7 +118,7 @@ void TiffReader::requireReadable(const Page& page) const {
     if (field(TIFFTAG_SAMPLEFORMAT, false) != SAMPLEFORMAT_UINT) {
         unread("signed or floating-point samples");
     }
-    if (!grey && (photometric != PHOTOMETRIC_RGB || page.samplesOfPixel < 3)) {
+    if (!grey && (meaning != PHOTOMETRIC_RGB || page.samplesOfPixel < 3)) {
         unread("a palette or colours other than RGB");
     }
     if (page.samplesOfPixel > 1 && field(TIFFTAG_PLANARCONFIG, false) == PLANARCONFIG_SEPARATE) {
@@ -132,10 +142,10 @@ Page TiffReader::readPage(uint64_t number) {
     }
     page.bits = static_cast<uint16_t>(field(TIFFTAG_BITSPERSAMPLE, false));
     page.samplesOfPixel = field(TIFFTAG_SAMPLESPERPIXEL, false);
-    page.whiteIsZero = field(TIFFTAG_PHOTOMETRIC, false) == PHOTOMETRIC_MINISWHITE;
+    page.whiteIsZero = photometric(page) == PHOTOMETRIC_MINISWHITE;
     requireReadable(page);
     page.header.size = {static_cast<int32_t>(width), static_cast<int32_t>(height)};
-    page.header.channels = field(TIFFTAG_PHOTOMETRIC, false) == PHOTOMETRIC_RGB ? 3 : 1;
+    page.header.channels = photometric(page) == PHOTOMETRIC_RGB ? 3 : 1;
     page.header.maximum = (1u << page.bits) - 1;
     const std::size_t promised = page.header.size.samples() * page.samplesOfPixel * (page.bits / 8u);
     const bool plain = field(TIFFTAG_COMPRESSION, false) == COMPRESSION_NONE;

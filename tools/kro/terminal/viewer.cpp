@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "output/output_file.hpp"
@@ -19,9 +21,24 @@ namespace {
 
 constexpr const char* program = "xdg-open";
 
+// Where the system is told to keep temporary files, in the order in which it asks.
+std::string chosenFolder() {
+    for (const char* name : {"TMPDIR", "TMP", "TEMP", "TEMPDIR"}) {
+        if (const char* folder = std::getenv(name)) {
+            return name + ("=" + std::string(folder));
+        }
+    }
+    return "/tmp";
+}
+
 // The viewer may read the file at any time after we are gone, so it stays where the system clears up.
 std::string reserveFile() {
-    std::string path = (std::filesystem::temp_directory_path() / "kro-show-XXXXXX.png").string();
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error) {
+        throw Failure(chosenFolder() + ": no folder for temporary files: " + error.message());
+    }
+    std::string path = (folder / "kro-show-XXXXXX.png").string();
     const Descriptor descriptor(mkstemps(path.data(), 4));
     if (descriptor.get() < 0) {
         throw Failure(path + ": cannot be created: " + systemMessage(errno));
