@@ -75,10 +75,17 @@ void requireWritable(const std::string& name) {
     }
 }
 
+const Options& requirePossible(const Options& options) {
+    if (options.bypass && !streamsBypass) {
+        throw std::runtime_error("--bypass: no stores past the caches are known on this processor (x86 has them)");
+    }
+    return options;
+}
+
 class Benchmark {
 public:
     explicit Benchmark(const Options& options)
-        : options_(options),
+        : options_(requirePossible(options)),
           filter_(options.filter),
           tables_(ownTables()),
           facts_{options.rounds, options.core, options.consumer} {
@@ -278,7 +285,7 @@ void declare(CLI::App& app, Options& options) {
         ->expected(2);
     app.add_flag("--together", options.together, "Sizes take turns in the same rounds, to be compared");
     app.add_flag("--consumer", options.consumer, "Time includes reading the finished picture once");
-    app.add_flag("--bypass", options.bypass, "Also a stream with stores that bypass the cache");
+    app.add_flag("--bypass", options.bypass, "Also a stream whose stores bypass the caches, and shares of it");
     app.add_flag("--no-peers", options.noPeers, "Without other libraries");
     app.add_flag("--list", options.list, "Name the cases, their instruction sets and peers");
     app.add_flag("--marks", options.marks, "Only the kernels that have marks, and whether they reach them");

@@ -1,4 +1,4 @@
-// The marks: the share of the stream limit that kernels are meant to reach at the least.
+// The marks: the share of the plain stream that kernels are meant to reach at the least.
 #pragma once
 
 #include <ostream>

@@ -33,26 +33,31 @@ const char* nameOf(Kind kind) {
     }
 }
 
-const Contestant& fastestStream(const std::vector<Contestant>& contestants, size_t shape) {
-    const Contestant* fastest = nullptr;
+const Contestant* fastest(const std::vector<Contestant>& contestants, size_t shape, Kind kind) {
+    const Contestant* found = nullptr;
     for (const Contestant& contestant : contestants) {
-        if (contestant.kind == Kind::stream && contestant.shape == shape &&
-            (fastest == nullptr || contestant.median() < fastest->median())) {
-            fastest = &contestant;
+        if (contestant.kind == kind && contestant.shape == shape &&
+            (found == nullptr || contestant.median() < found->median())) {
+            found = &contestant;
         }
     }
-    if (fastest == nullptr) {
-        throw std::logic_error("no stream limit was measured");
-    }
-    return *fastest;
+    return found;
+}
+
+Share shareOf(const Contestant& stream, const Contestant& contestant) {
+    return {stream.median() / contestant.median(), stream.minimum() / contestant.minimum()};
+}
+
+std::string cellsOf(const Share& share) {
+    return format(" %7.3f %9s", share.ofMedians, format("(%.3f)", share.ofMinima).c_str());
 }
 
 std::string shown(const Result& result) {
     switch (result.kind) {
         case Kind::stream:
-            return "stream limit (" + result.name + ")";
+            return "plain stream (" + result.name + ")";
         case Kind::bypassingStream:
-            return "stream (" + result.name + ")";
+            return "bypassing stream (" + result.name + ")";
         case Kind::kernel:
             return "kro " + result.name;
         default:
@@ -73,7 +78,11 @@ std::string quoted(const std::string& text) {
 
 std::string numbers(const Result& result, const char* pattern) {
     return format(pattern, result.medianNanoseconds, result.minimumNanoseconds, result.megapixelsPerSecond(),
-                  result.bestMegapixelsPerSecond(), result.shareOfMedians, result.shareOfMinima);
+                  result.bestMegapixelsPerSecond(), result.plain.ofMedians, result.plain.ofMinima);
+}
+
+std::string bypassing(const Result& result, const char* pattern) {
+    return result.bypassing ? format(pattern, result.bypassing->ofMedians, result.bypassing->ofMinima) : "";
 }
 
 std::string jsonOf(const Result& result) {
@@ -83,7 +92,8 @@ std::string jsonOf(const Result& result) {
            ", \"isa\": " + quoted(result.instructionSet) +
            numbers(result,
                    ", \"median_ns\": %.1f, \"min_ns\": %.1f, \"mpixel_s\": %.1f, \"best_mpixel_s\": %.1f, "
-                   "\"share\": %.4f, \"share_of_minima\": %.4f") +
+                   "\"plain_share\": %.4f, \"plain_share_of_minima\": %.4f") +
+           bypassing(result, ", \"bypassing_share\": %.4f, \"bypassing_share_of_minima\": %.4f") +
            (mark > 0 ? format(", \"mark\": %.2f}", mark) : "}");
 }
 
@@ -99,14 +109,28 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
                               const std::vector<Contestant>& contestants) {
     std::vector<Result> results;
     for (size_t shape = 0; shape < shapes.size(); ++shape) {
-        const Contestant& limit = fastestStream(contestants, shape);
+        const Contestant* const limit = fastest(contestants, shape, Kind::stream);
+        const Contestant* const past = fastest(contestants, shape, Kind::bypassingStream);
+        if (limit == nullptr) {
+            throw std::logic_error("no stream limit was measured");
+        }
         for (const Contestant& contestant : contestants) {
-            if (contestant.shape != shape || (contestant.kind == Kind::stream && &contestant != &limit)) {
+            if (contestant.shape != shape || (contestant.kind == Kind::stream && &contestant != limit)) {
                 continue;
             }
-            results.push_back({caseName, shapes[shape], contestant.name, contestant.kind, contestant.instructionSet,
-                               contestant.build, contestant.median(), contestant.minimum(),
-                               limit.median() / contestant.median(), limit.minimum() / contestant.minimum()});
+            results.push_back({caseName,
+                               shapes[shape],
+                               contestant.name,
+                               contestant.kind,
+                               contestant.instructionSet,
+                               contestant.build,
+                               contestant.median(),
+                               contestant.minimum(),
+                               shareOf(*limit, contestant),
+                               {}});
+            if (past != nullptr) {
+                results.back().bypassing = shareOf(*past, contestant);
+            }
         }
     }
     return results;
@@ -115,7 +139,7 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
 void printHeading(std::ostream& out, const RunFacts& facts) {
     out << "kro-bench, " << bitsOfThisBuild << " bits, " << compilerName() << "\n"
         << processorName() << ", core " << facts.core << "; " << cacheSizes() << "\n"
-        << facts.rounds << " interleaved rounds; share: of the stream limit of the same run, by medians (by minima)"
+        << facts.rounds << " interleaved rounds; shares of the streams of the same run, by medians (by minima)"
         << (facts.consumer ? "; each time includes a consumer that reads the picture" : "") << "\n";
 }
 
@@ -125,10 +149,12 @@ void printTable(std::ostream& out, const std::vector<Result>& resultsOfOneCase) 
         if (nameOf(result.shape) != shape) {
             shape = nameOf(result.shape);
             const std::string title = result.caseName + "  " + shape;
-            out << "\n" << format("%-48s %10s %10s %7s %8s\n", title.c_str(), "Mpixel/s", "best", "share", "(min)");
+            out << "\n" << format("%-48s %10s %10s %17s", title.c_str(), "Mpixel/s", "best", "of plain stream");
+            out << (result.bypassing ? format(" %17s\n", "of bypassing") : "\n");
         }
-        out << format("  %-46s %10.0f %10.0f %7.3f  (%.3f)\n", shown(result).c_str(), result.megapixelsPerSecond(),
-                      result.bestMegapixelsPerSecond(), result.shareOfMedians, result.shareOfMinima);
+        out << format("  %-46s %10.0f %10.0f", shown(result).c_str(), result.megapixelsPerSecond(),
+                      result.bestMegapixelsPerSecond())
+            << cellsOf(result.plain) << (result.bypassing ? cellsOf(*result.bypassing) : "") << "\n";
     }
     out.flush();
 }
@@ -164,11 +190,13 @@ void writeJson(std::ostream& out, const RunFacts& facts, const std::vector<Resul
 }
 
 void writeCsv(std::ostream& out, const std::vector<Result>& results) {
-    out << "case,size,kind,name,isa,bits,median_ns,min_ns,mpixel_s,best_mpixel_s,share,share_of_minima\n";
+    out << "case,size,kind,name,isa,bits,median_ns,min_ns,mpixel_s,best_mpixel_s,"
+           "plain_share,plain_share_of_minima,bypassing_share,bypassing_share_of_minima\n";
     for (const Result& result : results) {
         out << result.caseName << ',' << nameOf(result.shape) << ',' << nameOf(result.kind) << ','
             << quoted(result.name) << ',' << result.instructionSet << ',' << bitsOfThisBuild
-            << numbers(result, ",%.1f,%.1f,%.1f,%.1f,%.4f,%.4f\n");
+            << numbers(result, ",%.1f,%.1f,%.1f,%.1f,%.4f,%.4f")
+            << (result.bypassing ? bypassing(result, ",%.4f,%.4f\n") : ",,\n");
     }
 }
 

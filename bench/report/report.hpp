@@ -1,6 +1,7 @@
 // Results and their three faces: a table to read, JSON, CSV.
 #pragma once
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -9,6 +10,12 @@
 #include "measuring/race.hpp"
 
 namespace bench {
+
+// Time of a stream as a part of a contestant's time, of the same shape and run.
+struct Share {
+    double ofMedians;
+    double ofMinima;
+};
 
 struct Result {
     std::string caseName;
@@ -19,8 +26,8 @@ struct Result {
     std::string build;
     double medianNanoseconds;
     double minimumNanoseconds;
-    double shareOfMedians;  // of the stream limit of the same shape and run
-    double shareOfMinima;
+    Share plain;                     // of the fastest stream with plain stores: the limit
+    std::optional<Share> bypassing;  // of the fastest one past the caches, where that was measured
 
     double megapixelsPerSecond() const;
     double bestMegapixelsPerSecond() const;
@@ -32,7 +39,7 @@ struct RunFacts {
     bool consumer;
 };
 
-// The race of one case: the stream variants become one limit, everything else a share of it.
+// The race of one case: the streams with plain stores become one limit, everything is a share of it.
 std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Shape>& shapes,
                               const std::vector<Contestant>& contestants);
 

@@ -49,7 +49,7 @@ std::vector<StreamVariant> streamVariants(size_t sourceSize, size_t destinationS
         variants.push_back({name, width.loop(ratio, StreamKind::plain), false});
         variants.push_back({name + " x4", width.loop(ratio, StreamKind::unrolled), false});
         if (withBypass && streamsBypass && variants.size() == 2) {
-            variants.push_back({name + " bypassing", width.loop(ratio, StreamKind::bypass), true});
+            variants.push_back({name, width.loop(ratio, StreamKind::bypass), true});
         }
     }
     return variants;
