@@ -18,7 +18,13 @@
 namespace bench {
 namespace {
 
-constexpr const char* examples = R"(
+constexpr const char* footer = R"(
+Sizes:
+  1280x960      source and destination start at a line of the cache
+  1280x960+1    one sample beyond it: rows at odd addresses
+  64x64+before  both start at a page, right behind a page that cannot be read
+  64x64+behind  both start at a page, and the page behind their last one cannot be read
+
 Examples:
   kro-bench                                          every kernel at 1280x960 and 1920x1080
   kro-bench --filter 'bilinear/.*BGR8$' --isa avx2   some of them
@@ -31,7 +37,8 @@ Examples:
 )";
 
 constexpr const char* allSizes =
-    "64x64,640x480,1280x960,1279x960,1280x960+1,1920x1080,1921x1080,1920x1080+1,2448x2048,4096x3000";
+    "64x64,64x64+before,64x64+behind,640x480,1280x960,1279x960,1280x960+1,1920x1080,1921x1080,1920x1080+1,2448x2048,"
+    "4096x3000";
 constexpr const char* usualSizes = "1280x960,1920x1080";
 
 struct Options {
@@ -41,6 +48,7 @@ struct Options {
     std::string jsonFile, csvFile;
     std::vector<std::string> modules;
     int rounds = 31;
+    int seeds = 1;
     int core = 0;
     bool together = false, consumer = false, bypass = false, noPeers = false;
     bool list = false, marks = false, instructions = false;
@@ -88,7 +96,7 @@ public:
         : options_(requirePossible(options)),
           filter_(options.filter),
           tables_(ownTables()),
-          facts_{options.rounds, options.core, options.consumer} {
+          facts_{options.rounds, options.seeds, options.core, options.consumer} {
         if (comparesBuilds()) {
             tables_.clear();
         }
@@ -106,7 +114,7 @@ public:
     void list() const {
         for (const Case& each : wantedCases()) {
             std::cout << each.name << ":";
-            const Frame frame({16, 16, false}, each.samples, each.outputBytesPerPixel);
+            const Frame frame({16, 16, Place::aligned}, each.samples, each.outputBytesPerPixel);
             for (const Table& table : tables_) {
                 std::cout << (each.bind(table, frame) ? " " : " missing:") << table.label();
             }
@@ -152,11 +160,13 @@ public:
     }
 
 private:
+    using Frames = std::vector<std::unique_ptr<Frame>>;  // of one shape, with different noises
+
     // A single step costs microseconds, so frames are small: wide enough for the widest loop, narrower for single
     // cells.
     void countInstructions(const Case& each, const Table& table) const {
         if (options_.sizes.empty()) {
-            countInstructions(each, table, {table.instructionSet == "scalar" ? 64 : 320, 12, false});
+            countInstructions(each, table, {table.instructionSet == "scalar" ? 64 : 320, 12, Place::aligned});
             return;
         }
         for (const Shape& shape : shapesFrom(options_.sizes)) {
@@ -208,40 +218,63 @@ private:
     }
 
     std::vector<Result> measure(const Case& each, const std::vector<Shape>& shapes) const {
-        std::vector<std::unique_ptr<Frame>> frames;
+        std::vector<Frames> frames;
         std::vector<Contestant> contestants;
         for (const Shape& shape : shapes) {
-            frames.push_back(std::make_unique<Frame>(shape, each.samples, each.outputBytesPerPixel));
-            enter(each, *frames.back(), frames.size() - 1, contestants);
+            frames.emplace_back();
+            for (uint32_t seed = 0; seed < static_cast<uint32_t>(options_.seeds); ++seed) {
+                frames.back().push_back(std::make_unique<Frame>(shape, each.samples, each.outputBytesPerPixel, seed));
+            }
+            enter(each, frames.back(), frames.size() - 1, contestants);
         }
         race(contestants, options_.rounds);
         return resultsOf(each.name, shapes, contestants);
     }
 
-    void enter(const Case& each, const Frame& frame, size_t shape, std::vector<Contestant>& contestants) const {
-        const auto add = [&](const std::string& name, Kind kind, const Work& work, const Table& table = {}) {
-            if (work) {
-                contestants.push_back(
-                    {name, kind, table.instructionSet, table.build, shape, withConsumer(work, frame)});
+    void enter(const Case& each, const Frames& frames, size_t shape, std::vector<Contestant>& contestants) const {
+        const auto add = [&](const std::string& name, Kind kind, const std::function<Work(const Frame&)>& bind,
+                             const Table& table = {}) {
+            const std::vector<Work> works = worksOn(frames, bind);
+            if (!works.empty()) {
+                contestants.push_back({name, kind, table.instructionSet, table.build, shape, works});
             }
         };
+        const Frame& any = *frames.front();
         for (const StreamVariant& variant :
-             streamVariants(frame.sourceSize(), frame.destinationSize(), options_.bypass)) {
+             streamVariants(any.sourceSize(), any.destinationSize(), options_.bypass)) {
             add(variant.name, variant.bypassesCache ? Kind::bypassingStream : Kind::stream,
-                [loop = variant.loop, &frame] {
-                    loop(frame.source<uint8_t>(), frame.sourceSize(), frame.destination(), frame.destinationSize());
-                });
+                [&](const Frame& frame) { return streaming(variant, frame); });
         }
         for (const Table& table : tables_) {
-            add(table.label(), Kind::kernel, each.bind(table, frame), table);
+            add(
+                table.label(), Kind::kernel, [&](const Frame& frame) { return each.bind(table, frame); }, table);
         }
         if (!options_.noPeers && !comparesBuilds()) {
             for (const Peer& peer : allPeers()) {
                 if (peer.caseName == each.name) {
-                    add(peer.name, Kind::peer, peer.bind(frame));
+                    add(peer.name, Kind::peer, peer.bind);
                 }
             }
         }
+    }
+
+    // Empty where one of them is not served.
+    std::vector<Work> worksOn(const Frames& frames, const std::function<Work(const Frame&)>& bind) const {
+        std::vector<Work> works;
+        for (const std::unique_ptr<Frame>& frame : frames) {
+            const Work work = bind(*frame);
+            if (!work) {
+                return {};
+            }
+            works.push_back(withConsumer(work, *frame));
+        }
+        return works;
+    }
+
+    static Work streaming(const StreamVariant& variant, const Frame& frame) {
+        return [loop = variant.loop, &frame] {
+            loop(frame.source<uint8_t>(), frame.sourceSize(), frame.destination(), frame.destinationSize());
+        };
     }
 
     Work withConsumer(const Work& work, const Frame& frame) const {
@@ -272,12 +305,14 @@ private:
 };
 
 void declare(CLI::App& app, Options& options) {
-    app.footer(examples);
+    app.footer(footer);
     app.add_option("--filter", options.filter, "Regular expression: cases to run (see --list)");
     app.add_option("--isa", options.isa, "Only this instruction set: scalar, ssse3, avx2, avx512bw, avx512vbmi");
-    app.add_option("--sizes", options.sizes, "Like 1280x960,1280x960+1 (+1: rows at odd addresses), or all")
+    app.add_option("--sizes", options.sizes, "Like 1280x960,1280x960+1 (see below), or all")
         ->type_name("SIZES [" + std::string(usualSizes) + "]");
     app.add_option("--rounds", options.rounds, "Interleaved rounds")->check(CLI::Range(1, 100000));
+    app.add_option("--seeds", options.seeds, "Frames of so many different noises take turns in each round")
+        ->check(CLI::Range(1, 1000));
     app.add_option("--core", options.core, "The core to run on")->check(CLI::Range(0, 1023));
     app.add_option("--json", options.jsonFile, "Write results to this file, - for standard output");
     app.add_option("--csv", options.csvFile, "Write results to this file, - for standard output");

@@ -1,6 +1,7 @@
 #include "kernels/cases.hpp"
 
 #include <cstring>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -100,26 +101,21 @@ Case entryCase(const char* name, Samples samples, size_t outputBytes, uint32_t i
 
 // A frame of rows with a gap between them, where `gap` bytes are asked for, to a picture of such rows.
 struct ViewBuffers {
-    std::vector<uint8_t> source, destination;
+    size_t in, out;  // from row to row
+    Buffer source, destination;
     KroSourceView frame;
     KroPictureView picture;
 
-    ViewBuffers(const Frame& given, size_t outputBytes, uint32_t inputFormat, uint32_t outputFormat, size_t gap) {
-        const auto height = static_cast<size_t>(given.height()), width = static_cast<size_t>(given.width());
-        const size_t in = sourceBytes(given.samples(), width), out = width * outputBytes;
-        uint8_t* const samples = aligned(source, height * (in + gap));
-        for (size_t y = 0; y < height; ++y) {
-            std::memcpy(samples + y * (in + gap), given.source<uint8_t>() + y * in, in);
+    ViewBuffers(const Frame& given, size_t outputBytes, uint32_t inputFormat, uint32_t outputFormat, size_t gap)
+        : in(sourceBytes(given.samples(), static_cast<size_t>(given.width())) + gap),
+          out(static_cast<size_t>(given.width()) * outputBytes + gap),
+          source(static_cast<size_t>(given.height()) * in, given.place(), given.sourceSampleBytes()),
+          destination(static_cast<size_t>(given.height()) * out, given.place(), given.destinationSampleBytes()),
+          frame{source.data(), static_cast<ptrdiff_t>(in), given.height(), given.width(), inputFormat},
+          picture{{destination.data()}, {static_cast<ptrdiff_t>(out)}, outputFormat} {
+        for (size_t y = 0; y < static_cast<size_t>(given.height()); ++y) {
+            std::memcpy(source.data() + y * in, given.source<uint8_t>() + y * (in - gap), in - gap);
         }
-        frame = {samples, static_cast<ptrdiff_t>(in + gap), given.height(), given.width(), inputFormat};
-        picture = {{aligned(destination, height * (out + gap))}, {static_cast<ptrdiff_t>(out + gap)}, outputFormat};
-    }
-
-private:
-    // As buffers without gaps are.
-    static uint8_t* aligned(std::vector<uint8_t>& memory, size_t size) {
-        memory.resize(size + alignment);
-        return memory.data() + (alignment - reinterpret_cast<uintptr_t>(memory.data()) % alignment);
     }
 };
 
@@ -131,19 +127,20 @@ bool knows(const Table& table, const KroSourceView& source, const KroPictureView
 
 Case viewCase(const char* name, Samples samples, size_t outputBytes, uint32_t inputFormat, KroAlgorithm algorithm,
               uint32_t outputFormat, size_t gap = 0, uint32_t flags = 0) {
-    const auto buffers = std::make_shared<std::weak_ptr<ViewBuffers>>();  // the same for all instruction sets
+    // The same for all instruction sets.
+    const auto buffers = std::make_shared<std::map<const Frame*, std::weak_ptr<ViewBuffers>>>();
     return {name, samples, outputBytes, [=](const Table& table, const Frame& frame) -> Work {
                 if (table.view == nullptr) {
                     return {};
                 }
-                std::shared_ptr<ViewBuffers> padded = buffers->lock();
+                std::shared_ptr<ViewBuffers> padded;
                 KroSourceView source{frame.source<uint8_t>(), 0, frame.height(), frame.width(), inputFormat};
                 KroPictureView picture{{frame.destination()}, {0}, outputFormat};
                 if (gap != 0) {
-                    if (padded == nullptr || padded->frame.height != frame.height() ||
-                        padded->frame.width != frame.width()) {
+                    padded = (*buffers)[&frame].lock();
+                    if (padded == nullptr) {
                         padded = std::make_shared<ViewBuffers>(frame, outputBytes, inputFormat, outputFormat, gap);
-                        *buffers = padded;
+                        (*buffers)[&frame] = padded;
                     }
                     source = padded->frame;
                     picture = padded->picture;

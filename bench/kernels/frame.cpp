@@ -1,9 +1,9 @@
 #include "kernels/frame.hpp"
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <new>
+#include <iterator>
 #include <stdexcept>
 
 namespace bench {
@@ -19,8 +19,7 @@ uint32_t sampleAt(int32_t row, int32_t column, uint32_t& noise) {
     return (slope + (rings & 0x3FFFu) + (noise >> 22)) & 0xFFFFu;
 }
 
-void fillBytes(uint8_t* bytes, size_t count, int32_t width) {
-    uint32_t noise = 1;
+void fillBytes(uint8_t* bytes, size_t count, int32_t width, uint32_t noise) {
     for (size_t i = 0; i < count; ++i) {
         const auto row = static_cast<int32_t>(i / static_cast<size_t>(width));
         const auto column = static_cast<int32_t>(i % static_cast<size_t>(width));
@@ -28,8 +27,7 @@ void fillBytes(uint8_t* bytes, size_t count, int32_t width) {
     }
 }
 
-void fillWords(uint8_t* bytes, const Shape& shape, int droppedBits) {
-    uint32_t noise = 1;
+void fillWords(uint8_t* bytes, const Shape& shape, int droppedBits, uint32_t noise) {
     for (int32_t row = 0; row < shape.height; ++row) {
         for (int32_t column = 0; column < shape.width; ++column) {
             const auto word = static_cast<uint16_t>(sampleAt(row, column, noise) >> droppedBits);
@@ -45,12 +43,24 @@ bool isWords(Samples samples) {
     return samples == Samples::u10 || samples == Samples::u12 || samples == Samples::u16;
 }
 
+// Of a size's name.
+constexpr struct Suffix {
+    const char* text;
+    Place place;
+} suffixes[] = {
+    {"", Place::aligned}, {"+1", Place::odd}, {"+before", Place::guardedBefore}, {"+behind", Place::guardedBehind}};
+
+std::string suffixOf(Place place) {
+    return std::find_if(std::begin(suffixes), std::end(suffixes), [=](const Suffix& s) { return s.place == place; })
+        ->text;
+}
+
 }  // namespace
 
 size_t pixelsOf(const Shape& shape) { return static_cast<size_t>(shape.width) * static_cast<size_t>(shape.height); }
 
 std::string nameOf(const Shape& shape) {
-    return std::to_string(shape.width) + "x" + std::to_string(shape.height) + (shape.offset ? "+1" : "");
+    return std::to_string(shape.width) + "x" + std::to_string(shape.height) + suffixOf(shape.place);
 }
 
 Shape shapeFrom(const std::string& text) {
@@ -58,10 +68,14 @@ Shape shapeFrom(const std::string& text) {
     int used = 0;
     const int fields = std::sscanf(text.c_str(), "%dx%d%n", &shape.width, &shape.height, &used);
     const std::string rest = fields == 2 ? text.substr(static_cast<size_t>(used)) : "?";
-    shape.offset = rest == "+1";
-    if ((!rest.empty() && !shape.offset) || shape.width < 4 || shape.height < 4) {
-        throw std::invalid_argument("not a size: " + text + " (like 1280x960, or 1280x960+1 for odd addresses)");
+    const auto* suffix =
+        std::find_if(std::begin(suffixes), std::end(suffixes), [&](const Suffix& each) { return rest == each.text; });
+    if (suffix == std::end(suffixes) || shape.width < 4 || shape.height < 4) {
+        throw std::invalid_argument("not a size: " + text +
+                                    " (like 1280x960, 1280x960+1 for odd addresses, 64x64+before or 64x64+behind for "
+                                    "guarded pages)");
     }
+    shape.place = suffix->place;
     return shape;
 }
 
@@ -78,33 +92,20 @@ size_t sourceBytes(Samples samples, size_t pixels) {
     }
 }
 
-void Frame::Free::operator()(uint8_t* memory) const { std::free(memory); }
+size_t Frame::sourceSampleBytes() const { return isWords(samples_) ? 2 : 1; }
 
-Frame::Memory Frame::allocate(size_t size) {
-    const size_t rounded = (size + 2 * alignment) / alignment * alignment;
-    auto* memory = static_cast<uint8_t*>(std::aligned_alloc(alignment, rounded));
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::memset(memory, 0, rounded);  // every page is there before the first timing
-    return Memory(memory);
-}
-
-Frame::Frame(const Shape& shape, Samples samples, size_t outputBytesPerPixel)
+Frame::Frame(const Shape& shape, Samples samples, size_t outputBytesPerPixel, uint32_t seed)
     : shape_(shape),
       samples_(samples),
       outputBytesPerPixel_(outputBytesPerPixel),
-      sourceMemory_(allocate(sourceBytes(samples, pixelsOf(shape)))),
-      destinationMemory_(allocate(pixelsOf(shape) * outputBytesPerPixel)),
-      workingMemory_(allocate(static_cast<size_t>(shape.width))) {
-    const size_t sourceOffset = !shape.offset ? 0 : isWords(samples) ? 2 : 1;
-    const size_t destinationOffset = !shape.offset ? 0 : outputBytesPerPixel >= 6 ? 2 : 1;
-    source_ = sourceMemory_.get() + sourceOffset;
-    destination_ = destinationMemory_.get() + destinationOffset;
+      source_(sourceSize(), shape.place, sourceSampleBytes()),
+      destination_(destinationSize(), shape.place, destinationSampleBytes()),
+      workingMemory_(static_cast<size_t>(shape.width)) {
+    const uint32_t noise = 1 + seed * 0x9E3779B9u;
     if (isWords(samples)) {
-        fillWords(source_, shape, droppedBits(samples));
+        fillWords(source_.data(), shape, droppedBits(samples), noise);
     } else {
-        fillBytes(source_, sourceSize(), shape.width);
+        fillBytes(source_.data(), sourceSize(), shape.width, noise);
     }
 }
 

@@ -27,20 +27,22 @@ double timeOf(const Work& work, int repeats) {
 }
 
 void chooseRepeats(Contestant& contestant) {
-    contestant.work();
-    double elapsed = timeOf(contestant.work, contestant.repeats);
+    const Work& work = contestant.works.front();
+    work();
+    double elapsed = timeOf(work, contestant.repeats);
     while (elapsed < shortestTiming) {
         const double wanted = contestant.repeats * std::min(8.0, 1.2 * shortestTiming / std::max(elapsed, 1.0));
         contestant.repeats = std::max(contestant.repeats + 1, static_cast<int>(wanted));
-        elapsed = timeOf(contestant.work, contestant.repeats);
+        elapsed = timeOf(work, contestant.repeats);
     }
 }
 
-void takeTurn(Contestant& contestant) {
+void takeTurn(Contestant& contestant, size_t turn) {
+    const Work& work = contestant.works[turn % contestant.works.size()];
     if (contestant.repeats > 1) {
-        contestant.work();  // finds the caches as its own repeats leave them, not as the one before did
+        work();  // finds the caches as its own repeats leave them, not as the one before did
     }
-    contestant.nanoseconds.push_back(timeOf(contestant.work, contestant.repeats) / contestant.repeats);
+    contestant.nanoseconds.push_back(timeOf(work, contestant.repeats) / contestant.repeats);
 }
 
 }  // namespace
@@ -67,9 +69,10 @@ void race(std::vector<Contestant>& contestants, int rounds) {
     for (Contestant& contestant : contestants) {
         chooseRepeats(contestant);
     }
-    for (int round = 0; round < rounds; ++round) {
+    const size_t frames = contestants.empty() ? 0 : contestants.front().works.size();
+    for (size_t turn = 0; turn < static_cast<size_t>(rounds) * frames; ++turn) {
         for (size_t i = 0; i < contestants.size(); ++i) {
-            takeTurn(contestants[(i + static_cast<size_t>(round)) % contestants.size()]);
+            takeTurn(contestants[(i + turn) % contestants.size()], turn);
         }
     }
 }

@@ -139,7 +139,9 @@ std::vector<Result> resultsOf(const std::string& caseName, const std::vector<Sha
 void printHeading(std::ostream& out, const RunFacts& facts) {
     out << "kro-bench, " << bitsOfThisBuild << " bits, " << compilerName() << "\n"
         << processorName() << ", core " << facts.core << "; " << cacheSizes() << "\n"
-        << facts.rounds << " interleaved rounds; shares of the streams of the same run, by medians (by minima)"
+        << facts.rounds << " interleaved rounds"
+        << (facts.seeds > 1 ? " of " + std::to_string(facts.seeds) + " frames" : "")
+        << "; shares of the streams of the same run, by medians (by minima)"
         << (facts.consumer ? "; each time includes a consumer that reads the picture" : "") << "\n";
 }
 
@@ -181,8 +183,8 @@ void printRatios(std::ostream& out, const std::vector<Result>& results, const st
 void writeJson(std::ostream& out, const RunFacts& facts, const std::vector<Result>& results) {
     out << "{\n  \"processor\": " << quoted(processorName()) << ",\n  \"caches\": " << quoted(cacheSizes())
         << ",\n  \"compiler\": " << quoted(compilerName()) << ",\n  \"bits\": " << bitsOfThisBuild
-        << ",\n  \"rounds\": " << facts.rounds << ",\n  \"consumer\": " << (facts.consumer ? "true" : "false")
-        << ",\n  \"results\": [\n";
+        << ",\n  \"rounds\": " << facts.rounds << ",\n  \"seeds\": " << facts.seeds
+        << ",\n  \"consumer\": " << (facts.consumer ? "true" : "false") << ",\n  \"results\": [\n";
     for (size_t i = 0; i < results.size(); ++i) {
         out << jsonOf(results[i]) << (i + 1 < results.size() ? ",\n" : "\n");
     }

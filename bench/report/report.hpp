@@ -35,6 +35,7 @@ struct Result {
 
 struct RunFacts {
     int rounds;
+    int seeds;
     int core;
     bool consumer;
 };
