@@ -13,6 +13,7 @@
 #include "peers/peers.hpp"
 #include "report/marks.hpp"
 #include "report/report.hpp"
+#include "report/summary.hpp"
 #include "stream/stream.hpp"
 
 namespace bench {
@@ -25,6 +26,13 @@ Sizes:
   64x64+before  both start at a page, right behind a page that cannot be read
   64x64+behind  both start at a page, and the page behind their last one cannot be read
 
+What the figures mean:
+  of plain      share of the plain stream, the fastest of loops that read and write the same bytes with plain stores
+  of bypass     share of the bypassing stream, whose stores go past the caches (--bypass); no limit of anything
+  x peer        rate over that of the fastest other library beside the same kernel
+  bound by      memory (or the cache that holds the frame) where the share of the plain stream is above 0.8, by medians;
+                operations otherwise: the kernel's own arithmetic and, of small frames, what a call costs
+
 Examples:
   kro-bench                                          every kernel at 1280x960 and 1920x1080
   kro-bench --filter 'bilinear/.*BGR8$' --isa avx2   some of them
@@ -33,6 +41,7 @@ Examples:
   kro-bench --sizes 1280x960,1280x960+1 --together   aligned rows and rows at odd addresses in the same rounds
   kro-bench --marks                                  the marks and what is reached
   kro-bench --consumer --bypass --sizes 4096x3000    with a reader of the picture, and stores past the cache
+  kro-bench --sizes 64x64,64x64+behind --seeds 5     small frames of five noises, with and without a page behind them
   kro-bench --instructions                           instructions per pixel instead of time, as CSV
 )";
 
@@ -153,8 +162,8 @@ public:
                 }
             }
         }
-        if (options_.marks && !quiet) {
-            printMarks(std::cout, results_);
+        if (!quiet) {
+            printEnd();
         }
         write();
     }
@@ -189,6 +198,14 @@ private:
             printRatios(std::cout, results, tables_.front().build, tables_.back().build);
         } else if (!options_.marks) {
             printTable(std::cout, results);
+        }
+    }
+
+    void printEnd() const {
+        if (options_.marks) {
+            printMarks(std::cout, results_);
+        } else if (!comparesBuilds()) {
+            printSummary(std::cout, results_);
         }
     }
 

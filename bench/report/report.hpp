@@ -31,6 +31,7 @@ struct Result {
 
     double megapixelsPerSecond() const;
     double bestMegapixelsPerSecond() const;
+    double timesAsFastAs(const Result& other) const { return other.medianNanoseconds / medianNanoseconds; }
 };
 
 struct RunFacts {
