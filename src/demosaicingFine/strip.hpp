@@ -154,7 +154,7 @@ private:
             mirrorBeside(out);
         }
     }
-    static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return x >> 1; }
+    static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return (x - (x & 1)) / 2; }
     static KRO_INLINE Sample& sampleAt(Sample* samples, int32_t x) {
         return samples[(x & 1) * nextSamples + laneOf(x)];
     }
