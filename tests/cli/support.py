@@ -177,6 +177,18 @@ def random_samples(count, bits, seed=1):
     return [generator.randrange(1 << bits) for _ in range(count)]
 
 
+def read_terminal(near):
+    """What was said to a terminal until nobody had its other side open any more; it is closed."""
+    said = b""
+    try:
+        while part := os.read(near, 65536):
+            said += part
+    except OSError:
+        pass
+    os.close(near)
+    return said
+
+
 class Case(FolderCase):
     """The command in a folder of the test's own."""
 

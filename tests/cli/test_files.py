@@ -9,7 +9,7 @@ import subprocess
 import time
 
 from pictures import read_pnm, write_pgm, write_ppm
-from support import COMMAND, Case
+from support import COMMAND, Case, read_terminal
 
 SIZE = ("-f", "rggb8", "-s", "8x6")
 
@@ -161,13 +161,7 @@ class Terminals(Case):
             near, far = pty.openpty()
             subprocess.run([COMMAND, *arguments, *more], stderr=far, cwd=self.folder, check=True)
             os.close(far)
-            said = b""
-            try:
-                while part := os.read(near, 4096):
-                    said += part
-            except OSError:
-                pass
-            os.close(near)
+            said = read_terminal(near)
             self.assertEqual(b"] 9/9" in said, shown, said)
 
     def test_no_pictures_on_a_screen(self):

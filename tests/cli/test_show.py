@@ -10,7 +10,7 @@ import termios
 import time
 
 from pictures import read_blocks, read_kitty, read_png, read_pnm, read_sixel
-from support import COMMAND, Case, random_samples
+from support import COMMAND, Case, random_samples, read_terminal
 
 FILM = ("film.raw", "-f", "rggb8", "-s", "40x30")
 
@@ -260,13 +260,7 @@ class Terminals(Case):
         process = subprocess.Popen([COMMAND, "show", "f.raw", "-f", "rggb8", "-s", "640x400", "-q"], stdout=far, cwd=self.folder,
                                    env=dict(os.environ, TERM="xterm", COLORTERM="truecolor"), start_new_session=True)
         os.close(far)
-        said = b""
-        try:
-            while part := os.read(near, 65536):
-                said += part
-        except OSError:
-            pass
-        os.close(near)
+        said = read_terminal(near)
         self.assertEqual((process.wait(60), b"\x1b[c" in said), (0, False))
         self.assertEqual(read_blocks(said.replace(b"\r\n", b"\n"))[0][:2], (70, 44))
 
