@@ -55,12 +55,10 @@ public:
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
-          first_(columns.begin),
-          count_(columns.end - columns.begin),
-          frame_{-columns.begin, job.width - columns.begin},
-          strip_{columns.begin, {0, columns.end - columns.begin}, frame_},
-          seen_{first_ == 0 ? 0 : -reach, frame_.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
-          inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + first_
+          strip_(Strip::of(columns, job.width)),
+          count_(strip_.made.end),
+          seen_{strip_.first == 0 ? 0 : -reach, strip_.frame.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
+          inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + strip_.first
                                                    : nullptr),
           top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
         const int32_t first = job.rows.begin - stepsBefore;
@@ -99,10 +97,9 @@ private:
     using Pass = void (*)(FineStrip& s, int32_t y);
 
     const FrameJob& job_;
-    const int32_t first_, count_;
-    const Columns frame_;
     const Strip strip_;
-    const Columns seen_;  // of which samples are read; what lies beyond is mirrored
+    const int32_t count_;  // of columns
+    const Columns seen_;   // of which samples are read; what lies beyond is mirrored
     const Sample* const inPlace_;
     const Lanes top_;
     alignas(64) Sample prepared_[2 * nextSamples] = {};
@@ -132,10 +129,10 @@ private:
         constexpr int32_t step = V::columns / 2;
         const auto group = [&](int32_t k)
                                KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
-        const Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, 0};
-        const ptrdiff_t end = (count_ + 1) / 2 + more;
-        for (ptrdiff_t i = step == 1 ? -more : -beside; i < end; i += step) {
-            formula(Block<turn, colourOdd>{block.strip, {block.groups[0], block.groups[1], block.groups[2]}, i});
+        const ptrdiff_t begin = step == 1 ? -more : -beside, end = (count_ + 1) / 2 + more;
+        for (Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, begin}; block.i < end;
+             block.i += step) {
+            formula(block);
         }
     }
 
@@ -145,12 +142,12 @@ private:
         const int32_t frameRow = mirroredFar(y, job_.height);
         Sample* const out = samples(y);
         if (inPlace_ != nullptr) {
-            split(advanced(inPlace_, frameRow * job_.source.stride), seen_, frame_.end, out);
+            split(advanced(inPlace_, frameRow * job_.source.stride), seen_, strip_.frame.end, out);
         } else {
-            readRun<S>(job_, frameRow, {first_ + seen_.begin, first_ + seen_.end}, prepared_);
+            readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
             split(prepared_ - seen_.begin, seen_, seen_.begin + 2 * nextSamples, out);
         }
-        if (first_ == 0 || frame_.end == count_) {
+        if (strip_.first == 0 || strip_.frame.end == count_) {
             mirrorBeside(out);
         }
     }
@@ -161,9 +158,9 @@ private:
     // From the frame's sides on outwards, in turns: of a narrow frame what is mirrored at the one side is mirrored
     // once more at the other.
     KRO_OUTLINE void mirrorBeside(Sample* samples) const {
-        const bool left = first_ == 0, right = frame_.end == count_;
-        for (int32_t k = 1; k <= reach + 1; ++k) {
-            if (left && k <= reach) {
+        const bool left = strip_.first == 0, right = strip_.frame.end == count_;
+        for (int32_t k = 1; k <= reach; ++k) {
+            if (left) {
                 sampleAt(samples, -k) = sampleAt(samples, k);
             }
             if (right) {
@@ -442,10 +439,10 @@ private:
             whole({-1, lanes + 1}, y);
             return;
         }
-        if (first_ == 0) {
+        if (strip_.first == 0) {
             whole({-1, 1}, y);
         }
-        if (frame_.end == count_) {
+        if (strip_.frame.end == count_) {
             whole({(count_ - 1 - (colourIsOdd(y) ? 1 : 0)) >> 1, lanes + 1}, y);
         }
     }
