@@ -130,8 +130,8 @@ private:
         const auto group = [&](int32_t k)
                                KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
         const ptrdiff_t begin = step == 1 ? -more : -beside, end = (count_ + 1) / 2 + more;
-        for (Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, begin}; block.i < end;
-             block.i += step) {
+        Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, begin};
+        for (; block.i < end; block.i += step) {
             formula(block);
         }
     }
