@@ -34,49 +34,58 @@ struct ColourRow {
 
 template <class S, Output kind>
 struct ByteColours {
+    using V = typename S::Bytes;
+    static KRO_INLINE Columns inner(const Strip& strip) { return innerColumns<1>(strip.frame); }
+
+    // A row of the output in the strip's columns, which `Walk` takes.
+    template <class Walk>
     static KRO_INLINE void row(const ColourRow& to, const uint8_t* here, const int16_t* above, const int16_t* same,
                                const int16_t* below) {
         const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
-        const auto make = to.phase.greenFirst ? (ownFirst ? one<true, ordered> : one<true, false>)
-                                              : (ownFirst ? one<false, ordered> : one<false, false>);
-        make(to, here, above, same, below);
+        const auto make = to.phase.greenFirst ? (ownFirst ? one<Walk, true, ordered> : one<Walk, true, false>)
+                                              : (ownFirst ? one<Walk, false, ordered> : one<Walk, false, false>);
+        make(to.target, to.phase.blueRow, to.y, to.strip, here, above, same, below, to.alphaColumns);
     }
 
 private:
     static constexpr bool ordered = isInterleaved(kind);
 
-    template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void one(const ColourRow& to, const uint8_t* here, const int16_t* above, const int16_t* same,
-                                const int16_t* below) {
-        auto out = rowTarget<kind, uint8_t>(to.target, to.phase, to.y, to.strip.first);
-        out.alphaColumns = to.alphaColumns;
-        const Columns frame = to.strip.frame;
-        eachBlock<typename S::Bytes, 1>(
-            to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-                const int32_t lane = block.x / 2;
-                put<kind, ownFirst>(out, block,
-                                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                        block.template tap<0>(here), above + lane, same + lane, below + lane}));
-            });
+    template <class Walk, bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void one(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                const uint8_t* here, const int16_t* above, const int16_t* same, const int16_t* below,
+                                Columns alphaColumns) {
+        auto out = rowTarget<kind, uint8_t>(target, {colourOdd, blueRow}, y, strip.first);
+        out.alphaColumns = alphaColumns;
+        Walk::template each<V, 1>(strip.made, strip.frame, inner(strip), [&](auto block) KRO_INLINE_LAMBDA {
+            const int32_t lane = block.x / 2;
+            put<kind, ownFirst>(out, block,
+                                edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
+                                    block.template tap<0>(here), above + lane, same + lane, below + lane}));
+        });
     }
 };
 
 template <class S>
 struct ByteGreens {
+    using V = typename S::Bytes;
+    static KRO_INLINE Columns inner(const Strip& strip) { return innerColumns<2>(strip.frame); }
+
     // Differences of a row; `rows`: from two above to two below.
-    static void make(bool colourOdd, const uint8_t* const (&rows)[5], Columns made, Columns frame,
-                     int16_t* differences) {
-        (colourOdd ? row<true> : row<false>)(rows[0], rows[1], rows[2], rows[3], rows[4], made, frame, differences);
+    template <class Walk>
+    static KRO_INLINE void make(bool colourOdd, const uint8_t* const (&rows)[5], const Strip& strip,
+                                int16_t* differences) {
+        (colourOdd ? row<Walk, true> : row<Walk, false>)(rows[0], rows[1], rows[2], rows[3], rows[4], strip,
+                                                         differences);
     }
 
 private:
-    template <bool colourOdd>
+    template <class Walk, bool colourOdd>
     static KRO_OUTLINE void row(const uint8_t* above2, const uint8_t* above, const uint8_t* here,
-                                const uint8_t* below, const uint8_t* below2, Columns made, Columns frame,
+                                const uint8_t* below, const uint8_t* below2, const Strip& strip,
                                 int16_t* differences) {
-        eachBlock<typename S::Bytes, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-            using V = typename decltype(block)::Vector;
-            V::storeLanes(differences + block.x / 2,
+        Walk::template each<V, 2>(strip.made, strip.frame, inner(strip), [&](auto block) KRO_INLINE_LAMBDA {
+            using B = typename decltype(block)::Vector;
+            B::storeLanes(differences + block.x / 2,
                           greenDifference<colourOdd>(block, above2, above, here, below, below2));
         });
     }
@@ -85,6 +94,8 @@ private:
 // `Source` gives rows mirrored at the top and bottom, after they were prepared.
 template <class S, Output kind, class Source, int32_t mostColumns>
 class ByteStrip {
+    using V = typename S::Bytes;
+
 public:
     static constexpr int32_t rowsAtOnce = 1;
 
@@ -93,7 +104,9 @@ public:
           source_(source),
           strip_(strip),
           greens_{strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
-                  strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end} {}
+                  strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end},
+          colourParts_(Stretches::of<V>(strip, ByteColours<S, kind>::inner(strip))),
+          greenParts_(Stretches::of<V>({strip.first, greens_, strip.frame}, ByteGreens<S>::inner(strip))) {}
 
     // The row is the unit.
     int32_t unitOf(int32_t y) const { return y; }
@@ -102,9 +115,11 @@ public:
     // Differences of row y. All samples fit the lanes.
     KRO_INLINE bool green(int32_t y) {
         source_.prepare(y + 2);
-        ByteGreens<S>::make(colourIsOdd(y),
-                            {source_[y - 2], source_[y - 1], source_[y], source_[y + 1], source_[y + 2]}, greens_,
-                            strip_.frame, differences(y));
+        const uint8_t* const rows[5] = {source_[y - 2], source_[y - 1], source_[y], source_[y + 1], source_[y + 2]};
+        const auto make = [&](auto walk, const Strip& part) KRO_INLINE_LAMBDA {
+            ByteGreens<S>::template make<decltype(walk)>(colourIsOdd(y), rows, part, differences(y));
+        };
+        greenParts_.each(make, make);
         mirrorSides(y);
         return true;
     }
@@ -115,9 +130,13 @@ public:
             const bool here = y >= frame_.alphaRows.begin && y < frame_.alphaRows.end;
             alpha = here ? Columns{written.begin - strip_.first, written.end - strip_.first} : Columns{0, 0};
         }
-        ByteColours<S, kind>::row({frame_.target, phaseOfRow(frame_.phase, y), y, strip_, alpha}, source_[y],
-                                  differences(mirrored(y - 1, frame_.height)), differences(y),
-                                  differences(mirrored(y + 1, frame_.height)));
+        const auto make = [&](auto walk, const Strip& part) KRO_INLINE_LAMBDA {
+            ByteColours<S, kind>::template row<decltype(walk)>(
+                {frame_.target, phaseOfRow(frame_.phase, y), y, part, alpha}, source_[y],
+                differences(mirrored(y - 1, frame_.height)), differences(y),
+                differences(mirrored(y + 1, frame_.height)));
+        };
+        colourParts_.each(make, make);
     }
     // Lane 0 is the strip's column 0; a lane belongs to each two columns.
     KRO_INLINE int16_t* differences(int32_t y) { return rows_[static_cast<uint32_t>(y) % inView] + margin; }
@@ -141,6 +160,7 @@ private:
     Source& source_;
     const Strip strip_;
     const Columns greens_;  // colours need differences one column beyond the strip
+    const Stretches colourParts_, greenParts_;
     alignas(64) int16_t rows_[inView][mostColumns / 2 + 2 * margin];
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }

@@ -78,87 +78,72 @@ struct PairFor<uint16_t> {
 template <class V>
 using PairOf = typename PairFor<typename V::Sample>::Type;
 
+// ---- the columns of a row ----
+//
+// Blocks take what they can, pairs of columns the rest: an odd column on either side, or rows that are narrower than a
+// block. Functions of rows are instantiated once for each of the two: a formula that went to a call out of line would
+// lie in memory, and the first wide load from what narrow stores have just put there waits for them.
+
+template <class V>
+KRO_INLINE Columns blockColumns(Columns made, Columns inner) {
+    const int32_t begin = (made.begin + 1) & ~1, end = made.end & ~1;
+    Columns columns{begin, end};
+    if constexpr (V::columns == 2) {
+        columns.begin = begin < inner.begin ? begin + 2 : begin;
+        columns.end = columns.begin + (((end < inner.end ? end : inner.end) - columns.begin) & ~1);
+    }
+    return columns.end - columns.begin < V::columns ? Columns{made.begin, made.begin} : columns;
+}
+
+struct InPairs {
+    template <class V, int reach, class Formula>
+    static KRO_INLINE void each(Columns made, Columns frame, Columns, const Formula& formula) {
+        for (int32_t x = made.begin & ~1; x < made.end; x += 2) {
+            formula(PairBlock<PairOf<V>>{x, frame, x >= made.begin, x + 1 < made.end});
+        }
+    }
+};
+
+// Wide blocks over even columns, at least a block apart: an end block where the row begins, inner blocks within
+// `inner`, end blocks to the right of it. The last one overlaps, since rows are no multiples of the block, and writes
+// the same values again. `reach` is the farthest tap of the formula.
+struct InBlocks {
+    template <class V, int reach, class Formula>
+    static KRO_INLINE void each(Columns made, Columns frame, Columns inner, const Formula& formula) {
+        constexpr int32_t step = V::columns;
+        int32_t x = made.begin;
+        if constexpr (step > 2) {
+            if (x < inner.begin) {
+                if (frame.end - frame.begin - step < reach) {
+                    formula(EndBlock<V, true, true>{x, frame.end - x - step});
+                    return;
+                }
+                formula(EndBlock<V, true, false>{x, 0});
+                x += step;
+            }
+        }
+        const int32_t lastInner = (made.end < inner.end ? made.end : inner.end) - step;
+        for (; x <= lastInner; x += step) {
+            formula(InnerBlock<V>{x});
+        }
+        if constexpr (step > 2) {
+            for (; x < made.end; x += step) {
+                const int32_t place = x < made.end - step ? x : made.end - step;
+                formula(EndBlock<V, false, true>{place, frame.end - place - step});
+            }
+        }
+    }
+};
+
 // Calls out of line take formulas by value: what a formula holds is then put into memory where such a call is made,
 // and stays in registers otherwise.
-
-template <class V, class Formula>
-KRO_INLINE void eachPair(Columns made, Columns frame, const Formula& formula) {
-    for (int32_t x = made.begin & ~1; x < made.end; x += 2) {
-        formula(PairBlock<PairOf<V>>{x, frame, x >= made.begin, x + 1 < made.end});
-    }
-}
-// The one column that an odd width, or a rectangle from an odd column on, leaves beside the blocks of every row.
 template <class V, class Formula>
 KRO_OUTLINE void oddColumn(int32_t column, Columns frame, Formula formula) {
     formula(PairBlock<PairOf<V>>{column & ~1, frame, column % 2 == 0, column % 2 != 0});
 }
 template <class V, class Formula>
 KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
-    eachPair<V>(made, frame, formula);
-}
-template <class V, class Formula>
-KRO_OUTLINE void onlyBlock(int32_t x, int32_t room, Formula formula) {
-    formula(EndBlock<V, true, true>{x, room});
-}
-
-// Wide blocks over [begin, end), both even, at least a block apart: an end block where the row begins, inner blocks
-// within `inner`, end blocks to the right of it. The last one overlaps, since rows are no multiples of the block, and
-// writes the same values again.
-template <class V, int reach, class Formula>
-KRO_INLINE void wideBlocks(int32_t begin, int32_t end, Columns frame, Columns inner, const Formula& formula) {
-    constexpr int32_t step = V::columns;
-    int32_t x = begin;
-    if (x < inner.begin) {
-        if (frame.end - frame.begin - step < reach) {
-            onlyBlock<V>(x, frame.end - x - step, formula);
-        } else {
-            formula(EndBlock<V, true, false>{x, 0});
-        }
-        x += step;
-    }
-    const int32_t lastInner = (end < inner.end ? end : inner.end) - step;
-    for (; x <= lastInner; x += step) {
-        formula(InnerBlock<V>{x});
-    }
-    for (; x < end; x += step) {
-        const int32_t place = x < end - step ? x : end - step;
-        formula(EndBlock<V, false, true>{place, frame.end - place - step});
-    }
-}
-
-// Calls formula(block) for the columns `made` of a row that exists in the columns `frame`: a pair up to the first
-// even column, wide blocks, a pair for an odd last column. `reach` is the farthest tap of the formula, `inner` the
-// columns that inner blocks may stand in, of which every tap must lie inside the row.
-template <class V, int reach, class Formula>
-KRO_INLINE void eachBlock(Columns made, Columns frame, Columns inner, const Formula& formula) {
-    const int32_t begin = (made.begin + 1) & ~1;
-    const int32_t end = made.end & ~1;
-    if constexpr (V::columns > 2) {
-        if (end - begin < V::columns) {
-            fewPairs<V>(made, frame, formula);
-            return;
-        }
-        if (made.begin < begin) {
-            oddColumn<V>(made.begin, frame, formula);
-        }
-        wideBlocks<V, reach>(begin, end, frame, inner, formula);
-        if (end < made.end) {
-            oddColumn<V>(end, frame, formula);
-        }
-    } else {
-        const int32_t last = (end < inner.end ? end : inner.end) - 2;
-        const int32_t first = begin < inner.begin ? begin + 2 : begin;
-        if (first > last) {
-            fewPairs<V>(made, frame, formula);
-            return;
-        }
-        fewPairs<V>({made.begin, first}, frame, formula);
-        int32_t x = first;
-        for (; x <= last; x += 2) {
-            formula(InnerBlock<V>{x});
-        }
-        fewPairs<V>({x, made.end}, frame, formula);
-    }
+    InPairs::each<V, 0>(made, frame, {}, formula);
 }
 // The same for formulas that look at nothing beside their block, from an even column on.
 template <class V, class Formula>

@@ -45,6 +45,32 @@ struct Strip {
     }
 };
 
+// The columns of a strip by how they are taken.
+struct Stretches {
+    Strip blocks, left, right;  // of pairs: to the left and to the right of the blocks
+
+    template <class V>
+    static KRO_INLINE Stretches of(const Strip& strip, Columns inner) {
+        const Columns wide = blockColumns<V>(strip.made, inner);
+        return {{strip.first, wide, strip.frame},
+                {strip.first, {strip.made.begin, wide.begin}, strip.frame},
+                {strip.first, {wide.end, strip.made.end}, strip.frame}};
+    }
+    // Calls blocksOf(InBlocks, strip) and pairsOf(InPairs, strip) for those that there are.
+    template <class BlocksOf, class PairsOf>
+    KRO_INLINE void each(const BlocksOf& blocksOf, const PairsOf& pairsOf) const {
+        if (blocks.made.begin < blocks.made.end) {
+            blocksOf(InBlocks{}, blocks);
+        }
+        if (left.made.begin < left.made.end) {
+            pairsOf(InPairs{}, left);
+        }
+        if (right.made.begin < right.made.end) {
+            pairsOf(InPairs{}, right);
+        }
+    }
+};
+
 template <class S, class Sample, Output kind, class Family>
 class Rectangle {
     using V = BackEnd<S, Sample>;
@@ -66,12 +92,13 @@ public:
     }
 
     // One row whose input is at hand.
-    static KRO_INLINE void row(const Target& target, Phase phase, int32_t y, const Strip& strip,
+    static KRO_INLINE void row(const Target& target, Phase phase, int32_t y, const Stretches& columns,
                                const RowInput<Sample>& in, const Family& family) {
-        const bool ownFirst = ordered && ownComesFirst(target, phase);
-        const auto one = phase.greenFirst ? (ownFirst ? single<true, ordered> : single<true, false>)
-                                          : (ownFirst ? single<false, ordered> : single<false, false>);
-        one(target, phase, y, strip, in.above, in.here, in.below, in.top, family);
+        const auto part = rowOf(target, phase, y, in, family);
+        columns.each(part, part);
+    }
+    static KRO_INLINE Stretches stretchesOf(const Strip& strip, const Family& family) {
+        return Stretches::of<V>(strip, family.inner(strip.frame));
     }
 
 private:
@@ -87,53 +114,77 @@ private:
     }
     static KRO_INLINE void runStrip(const FrameJob& job, RowSpan rows, const Strip& strip, Rows<S, Sample>& source,
                                     const Family& family) {
+        const Stretches columns = stretchesOf(strip, family);
         int32_t y = rows.begin;
         while (y < rows.end) {
             const Phase phase = phaseOfRow(job.phase, y);
             source.prepare(y + 2);
             if (Family::pairs && rowsInPairs && phase.greenFirst && y + 1 < rows.end) {
-                pair(job, source, y, strip, family);
+                pair(job, source, y, columns, family);
                 y += 2;
             } else {
-                row(job.target, phase, y, strip, {source[y - 1], source[y], source[y + 1], y == 0}, family);
+                row(job.target, phase, y, columns, {source[y - 1], source[y], source[y + 1], y == 0}, family);
                 ++y;
             }
         }
     }
 
-    template <bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void single(const Target& target, Phase phase, int32_t y, const Strip& strip,
+    // Makes a row's part of given columns.
+    static KRO_INLINE auto rowOf(const Target& target, Phase phase, int32_t y, const RowInput<Sample>& in,
+                                 const Family& family) {
+        return [=, &target, &in, &family](auto walk, const Strip& strip) KRO_INLINE_LAMBDA {
+            using Walk = decltype(walk);
+            const bool ownFirst = ordered && ownComesFirst(target, phase);
+            const auto one = phase.greenFirst
+                                 ? (ownFirst ? single<Walk, true, ordered> : single<Walk, true, false>)
+                                 : (ownFirst ? single<Walk, false, ordered> : single<Walk, false, false>);
+            one(target, phase.blueRow, y, strip, in.above, in.here, in.below, in.top, family);
+        };
+    }
+    // (A whole phase would be put into memory byte by byte and read at once, for which stores are waited for.)
+    template <class Walk, bool colourOdd, bool ownFirst>
+    static KRO_OUTLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                    const Sample* above, const Sample* here, const Sample* below, bool top,
                                    const Family& family) {
-        const auto out = rowTarget<kind, Sample>(target, phase, y, strip.first);
+        const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
         const Family f = family;
-        eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
-            put<kind, ownFirst>(out, block, f.template row<colourOdd>(block, above, here, below));
-        });
-        if (strip.first == 0) {
+        Walk::template each<V, 1>(
+            strip.made, strip.frame, f.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+                put<kind, ownFirst>(out, block, f.template row<colourOdd>(block, above, here, below));
+            });
+        if (strip.first + strip.made.begin == 0) {
             Family::template mend<kind, colourOdd, ownFirst>(out, RowInput<Sample>{above, here, below, top});
         }
         finishRow<kind, V>(out, strip.made);
     }
 
-    static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y, const Strip& strip,
-                                const Family& family) {
+    static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y,
+                                const Stretches& columns, const Family& family) {
         const Phase upper = phaseOfRow(job.phase, y);
-        const bool ownFirst = ordered && ownComesFirst(job.target, upper);
-        (ownFirst ? both<ordered> : both<false>)(job.target, upper, y, strip, source[y - 1], source[y], source[y + 1],
-                                                 source[y + 2], family);
+        const RowInput<Sample> one{source[y - 1], source[y], source[y + 1], y == 0};
+        const RowInput<Sample> two{one.here, one.below, source[y + 2], false};
+        columns.each(
+            [&](InBlocks, const Strip& strip) KRO_INLINE_LAMBDA {
+                const bool ownFirst = ordered && ownComesFirst(job.target, upper);
+                (ownFirst ? both<ordered> : both<false>)(job.target, upper.blueRow, y, strip, one.above, one.here,
+                                                         two.here, two.below, family);
+            },
+            [&](InPairs walk, const Strip& strip) KRO_INLINE_LAMBDA {
+                rowOf(job.target, upper, y, one, family)(walk, strip);
+                rowOf(job.target, phaseOfRow(upper, 1), y + 1, two, family)(walk, strip);
+            });
     }
 
     // Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands before its
     // first store: samples may alias, so the compiler could not reuse loads across stores.
     template <bool ownFirst>
-    static KRO_OUTLINE void both(const Target& target, Phase phase, int32_t y, const Strip& strip,
+    static KRO_OUTLINE void both(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                  const Sample* above, const Sample* here, const Sample* next, const Sample* below,
                                  const Family& family) {
-        const auto upper = rowTarget<kind, Sample>(target, phase, y, strip.first);
-        const auto lower = rowTarget<kind, Sample>(target, phaseOfRow(phase, 1), y + 1, strip.first);
+        const auto upper = rowTarget<kind, Sample>(target, {true, blueRow}, y, strip.first);
+        const auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
         const Family f = family;
-        eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
+        InBlocks::each<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
             const auto one = f.template row<true>(block, above, here, next);
             const auto two = f.template row<false>(block, here, next, below);
             put<kind, ownFirst>(upper, block, one);
