@@ -86,12 +86,14 @@ private:
         const RowSpan alphaRows{first + 1, first + 1 + steppedRows(job.height - first)};
         const EdgeFrame frame{job.height, job.width,  job.phase, job.target,
                               job.top,    rows.begin, alphaRows, unfit | deepBits<Number>};
-        const int32_t before = rows.begin > 0 ? 1 : 0, last = job.height - 1;
+        const int32_t before = rows.begin > 0 ? 1 : 0;
+        const int32_t last = rows.end < job.height ? rows.end : job.height - 1;
         Units strip(frame, source, Strip::of(columns, job.width), -before);
         int32_t unit = strip.unitOf(rows.begin) - before;
         for (int32_t y = rows.begin, made; y < rows.end; y += made) {
             made = rows.end - y < Units::rowsAtOnce ? rows.end - y : Units::rowsAtOnce;
-            for (const int32_t ahead = strip.unitOf(y + made < last ? y + made : last); unit <= ahead; ++unit) {
+            const int32_t next = y + made + Units::rowsBetween;
+            for (const int32_t ahead = strip.unitOf(next < last ? next : last); unit <= ahead; ++unit) {
                 if (!strip.green(unit)) {
                     return y;
                 }

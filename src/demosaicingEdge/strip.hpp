@@ -65,6 +65,23 @@ private:
     }
 };
 
+// Differences mirror at the frame's sides as samples do. Blocks there are stored one lane beside their place, too,
+// before they are stored in it; ByteStrip::mirrorSides mirrors what pairs store.
+template <class B>
+KRO_INLINE void storeDifferences(B block, int16_t* row, typename B::Vector::Lanes lanes) {
+    B::Vector::storeLanes(row + block.x / 2, lanes);
+}
+template <class V, bool first, bool last>
+KRO_INLINE void storeDifferences(EndBlock<V, first, last> block, int16_t* row, typename V::Lanes lanes) {
+    if constexpr (first) {
+        V::storeLanes(row + block.x / 2 - 1, lanes);
+    }
+    if (last && block.room == 0) {
+        V::storeLanes(row + block.x / 2 + 1, lanes);
+    }
+    V::storeLanes(row + block.x / 2, lanes);
+}
+
 template <class S>
 struct ByteGreens {
     using V = typename S::Bytes;
@@ -84,9 +101,8 @@ private:
                                 const uint8_t* below, const uint8_t* below2, const Strip& strip,
                                 int16_t* differences) {
         Walk::template each<V, 2>(strip.made, strip.frame, inner(strip), [&](auto block) KRO_INLINE_LAMBDA {
-            using B = typename decltype(block)::Vector;
-            B::storeLanes(differences + block.x / 2,
-                          greenDifference<colourOdd>(block, above2, above, here, below, below2));
+            storeDifferences(block, differences,
+                             greenDifference<colourOdd>(block, above2, above, here, below, below2));
         });
     }
 };
@@ -97,7 +113,7 @@ class ByteStrip {
     using V = typename S::Bytes;
 
 public:
-    static constexpr int32_t rowsAtOnce = 1;
+    static constexpr int32_t rowsAtOnce = 1, rowsBetween = 1;
 
     ByteStrip(const EdgeFrame& frame, Source& source, const Strip& strip, int32_t = 0)
         : frame_(frame),
@@ -114,13 +130,14 @@ public:
 
     // Differences of row y. All samples fit the lanes.
     KRO_INLINE bool green(int32_t y) {
-        source_.prepare(y + 2);
-        const uint8_t* const rows[5] = {source_[y - 2], source_[y - 1], source_[y], source_[y + 1], source_[y + 2]};
+        moveWindow(y);
         const auto make = [&](auto walk, const Strip& part) KRO_INLINE_LAMBDA {
-            ByteGreens<S>::template make<decltype(walk)>(colourIsOdd(y), rows, part, differences(y));
+            ByteGreens<S>::template make<decltype(walk)>(colourIsOdd(y), window_, part, differences(y));
         };
         greenParts_.each(make, make);
-        mirrorSides(y);
+        if (greenParts_.havePairs()) {
+            mirrorSides(y);
+        }
         return true;
     }
     KRO_INLINE void colour(int32_t y, int32_t = rowsAtOnce) {
@@ -153,7 +170,7 @@ public:
     }
 
 private:
-    static constexpr uint32_t inView = 4;  // three would do; the place of a row is a mask
+    static constexpr uint32_t inView = 4;
     static constexpr int32_t margin = 32;
 
     const EdgeFrame& frame_;
@@ -161,8 +178,18 @@ private:
     const Strip strip_;
     const Columns greens_;  // colours need differences one column beyond the strip
     const Stretches colourParts_, greenParts_;
+    const uint8_t* window_[5];  // rows around the one whose differences were made last: from two above to two below
+    int32_t following_ = INT32_MIN;
     alignas(64) int16_t rows_[inView][mostColumns / 2 + 2 * margin];
 
+    KRO_INLINE void moveWindow(int32_t y) {
+        source_.prepare(y + 2);
+        for (int32_t k = 0; k < 4; ++k) {
+            window_[k] = y == following_ ? window_[k + 1] : source_[y + k - 2];
+        }
+        window_[4] = source_[y + 2];
+        following_ = y + 1;
+    }
     bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }
 };
 

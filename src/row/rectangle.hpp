@@ -56,6 +56,7 @@ struct Stretches {
                 {strip.first, {strip.made.begin, wide.begin}, strip.frame},
                 {strip.first, {wide.end, strip.made.end}, strip.frame}};
     }
+    KRO_INLINE bool havePairs() const { return left.made.begin < left.made.end || right.made.begin < right.made.end; }
     // Calls blocksOf(InBlocks, strip) and pairsOf(InPairs, strip) for those that there are.
     template <class BlocksOf, class PairsOf>
     KRO_INLINE void each(const BlocksOf& blocksOf, const PairsOf& pairsOf) const {
