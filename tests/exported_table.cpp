@@ -14,7 +14,7 @@ constexpr Kernels exported = {
 #define KRO_KERNEL(routine, ...) ::routine,
 #include "table/kernels.def"
 #undef KRO_KERNEL
-    {},          {}, {}, {},
+    {},          {}, {}, {}, 0,
 };
 
 }  // namespace

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "demosaicingBilinear/means.hpp"
-#include "row/rectangle.hpp"
+#include "row/narrow.hpp"
 
 namespace kro {
 namespace {
@@ -50,6 +50,9 @@ struct Bilinear : Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>> {
     using Rect = Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>>;
 
     static void frame(const FrameJob& job) {
+        if (madeByNarrowerSet<S, uint8_t>(KRO_BILINEAR, kind, job)) {
+            return;
+        }
         Rect::frame(job, {});
         if (job.phase.greenFirst && job.width % 2 != 0) {
             markedValues(job);

@@ -5,7 +5,6 @@
 #pragma once
 
 #include "demosaicingBilinear/bilinear.hpp"
-#include "kro/kro.h"
 
 namespace kro {
 namespace {
@@ -105,6 +104,9 @@ struct BilinearWrapping : Rectangle<S, uint16_t, kind, WrappingFamily> {
 template <class S, Output kind>
 struct BilinearExact {
     static void frame(const FrameJob& job) {
+        if (madeByNarrowerSet<S, uint16_t>(KRO_BILINEAR, kind, job)) {
+            return;
+        }
         job.source.bits <= 14 ? Rectangle<S, uint16_t, kind, BilinearFamily<UnsignedMeans>>::frame(job, {})
                               : Rectangle<S, uint16_t, kind, BilinearFamily<ExactMeans>>::frame(job, {});
     }

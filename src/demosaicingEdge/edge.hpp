@@ -2,6 +2,7 @@
 #pragma once
 
 #include "demosaicingEdge/folded.hpp"
+#include "row/narrow.hpp"
 
 namespace kro {
 namespace {
@@ -34,6 +35,9 @@ class Edge {
 
 public:
     static void frame(const FrameJob& job) {
+        if (madeByNarrowerSet<S, Sample>(KRO_EDGE, kind, job)) {
+            return;
+        }
         const bool ringed = !readableInPlace<Sample>(job.source) && job.source.ring == nullptr;
         walk<int16_t>(job, {0, job.width}, job.rows, ringed);
     }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "demosaicingFine/strip.hpp"
-#include "row/store.hpp"
+#include "row/narrow.hpp"
 
 namespace kro {
 namespace {
@@ -35,6 +35,9 @@ class Fine {
 
 public:
     static void frame(const FrameJob& job) {
+        if (madeByNarrowerSet<S, Sample>(KRO_FINE, kind, job)) {
+            return;
+        }
         for (int32_t x = 0; x < job.width;) {
             const int32_t end = x + columnsOf(job.width - x);
             walk(job, {x, end});

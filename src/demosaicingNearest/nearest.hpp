@@ -1,7 +1,7 @@
 // Nearest-neighbour: every pixel takes each missing colour from the 2 x 2 samples above and left of it and its own.
 #pragma once
 
-#include "row/rectangle.hpp"
+#include "row/narrow.hpp"
 
 namespace kro {
 namespace {
@@ -35,7 +35,11 @@ struct NearestFamily {
 template <class S, class Sample, Output kind>
 struct Nearest : Rectangle<S, Sample, kind, NearestFamily> {
     using Rect = Rectangle<S, Sample, kind, NearestFamily>;
-    static void frame(const FrameJob& job) { Rect::frame(job, {}); }
+    static void frame(const FrameJob& job) {
+        if (!madeByNarrowerSet<S, Sample>(KRO_NEAREST, kind, job)) {
+            Rect::frame(job, {});
+        }
+    }
 };
 
 }  // namespace

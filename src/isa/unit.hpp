@@ -33,6 +33,7 @@ constexpr Kernels kernelsOf(const char* name) {
          KRO_KINDS(Fine, S, uint16_t)},
         KRO_KINDS(Grey, S, uint8_t),
         KRO_KINDS(Grey, S, uint16_t),
+        S::Bytes::columns,
     };
 }
 

@@ -23,6 +23,18 @@ const Kernels& bestKernels() {
     return *best;
 }
 
+void makeByNarrowerSet(int32_t vectorBytes, bool words, int32_t algorithm, Output kind, const FrameJob& job) {
+    const int32_t filled = words ? job.width * 2 : job.width;
+    const Kernels* narrower = &scalarKernels;
+#define KRO_SET(set, backEnd, header, usable, flags)                                                   \
+    if (set##Kernels.vectorBytes < vectorBytes && set##Kernels.vectorBytes <= filled && (usable)) { \
+        narrower = &set##Kernels;                                                                      \
+    }
+#include "table/sets.def"
+#undef KRO_SET
+    (words ? narrower->words : narrower->bytes)[algorithm][static_cast<int32_t>(kind)](job);
+}
+
 int usableKernels(const Kernels** tables, int room) {
     const Set sets[] = {
 #define KRO_SET(set, backEnd, header, usable, flags) {set##Kernels, usable},

@@ -21,6 +21,8 @@ struct Kernels {
     // Internal: grey frames, by output kind.
     void (*greyBytes[outputKinds])(const FrameJob&);
     void (*greyWords[outputKinds])(const FrameJob&);
+
+    int32_t vectorBytes;  // 2 of the scalar set
 };
 
 // The tables by name: scalarKernels, ssse3Kernels ...
