@@ -85,7 +85,7 @@ private:
             return;
         }
         const int32_t above = y == 0 ? 1 : 0;
-        Rect::row(job.target, phaseOfRow(job.phase, y), y, Rect::stretchesOf({job.width - 5, columns, {0, 5}}, {}),
+        Rect::rowOf(job.target, phaseOfRow(job.phase, y), y, {job.width - 5, columns, {0, 5}},
                   {copy[above], copy[y], copy[y + 1], y == 0}, {});
     }
 };

@@ -39,9 +39,8 @@ struct NearestEntries {
 
 private:
     static void one(const uint8_t* const* rows, int32_t y, Phase phase, int32_t width, const Target& target) {
-        using Rows = Nearest<S, uint8_t, kind>;
-        Rows::row(target, phase, y, Rows::stretchesOf(Strip::of({0, width}, width), {}),
-                  {rows[0], rows[1], nullptr, false}, {});
+        Nearest<S, uint8_t, kind>::row(target, phase, y, Strip::of({0, width}, width),
+                                       {rows[0], rows[1], nullptr, false}, {});
     }
 };
 

@@ -56,11 +56,12 @@ struct Stretches {
                 {strip.first, {strip.made.begin, wide.begin}, strip.frame},
                 {strip.first, {wide.end, strip.made.end}, strip.frame}};
     }
+    KRO_INLINE bool haveBlocks() const { return blocks.made.begin < blocks.made.end; }
     KRO_INLINE bool havePairs() const { return left.made.begin < left.made.end || right.made.begin < right.made.end; }
     // Calls blocksOf(InBlocks, strip) and pairsOf(InPairs, strip) for those that there are.
     template <class BlocksOf, class PairsOf>
     KRO_INLINE void each(const BlocksOf& blocksOf, const PairsOf& pairsOf) const {
-        if (blocks.made.begin < blocks.made.end) {
+        if (haveBlocks()) {
             blocksOf(InBlocks{}, blocks);
         }
         if (left.made.begin < left.made.end) {
@@ -93,13 +94,21 @@ public:
     }
 
     // One row whose input is at hand.
-    static KRO_INLINE void row(const Target& target, Phase phase, int32_t y, const Stretches& columns,
+    static KRO_INLINE void row(const Target& target, Phase phase, int32_t y, const Strip& strip,
                                const RowInput<Sample>& in, const Family& family) {
-        const auto part = rowOf(target, phase, y, in, family);
-        columns.each(part, part);
+        const auto part = [&](auto walk, const Strip& columns) KRO_INLINE_LAMBDA {
+            rowOf<decltype(walk)>(target, phase, y, columns, in, family);
+        };
+        Stretches::of<V>(strip, family.inner(strip.frame)).each(part, part);
     }
-    static KRO_INLINE Stretches stretchesOf(const Strip& strip, const Family& family) {
-        return Stretches::of<V>(strip, family.inner(strip.frame));
+    // The same in pairs of columns.
+    template <class Walk = InPairs>
+    static KRO_INLINE void rowOf(const Target& target, Phase phase, int32_t y, const Strip& strip,
+                                 const RowInput<Sample>& in, const Family& family) {
+        const bool ownFirst = ordered && ownComesFirst(target, phase);
+        const auto one = phase.greenFirst ? (ownFirst ? single<Walk, true, ordered> : single<Walk, true, false>)
+                                          : (ownFirst ? single<Walk, false, ordered> : single<Walk, false, false>);
+        one(target, phase.blueRow, y, strip, in.above, in.here, in.below, in.top, family);
     }
 
 private:
@@ -115,79 +124,93 @@ private:
     }
     static KRO_INLINE void runStrip(const FrameJob& job, RowSpan rows, const Strip& strip, Rows<S, Sample>& source,
                                     const Family& family) {
-        const Stretches columns = stretchesOf(strip, family);
-        int32_t y = rows.begin;
-        while (y < rows.end) {
-            const Phase phase = phaseOfRow(job.phase, y);
-            source.prepare(y + 2);
-            if (Family::pairs && rowsInPairs && phase.greenFirst && y + 1 < rows.end) {
-                pair(job, source, y, columns, family);
-                y += 2;
-            } else {
-                row(job.target, phase, y, columns, {source[y - 1], source[y], source[y + 1], y == 0}, family);
-                ++y;
-            }
-        }
+        const Phase greenFirst = phaseOfRow(job.phase, job.phase.greenFirst ? 0 : 1);
+        const bool ownFirst = ordered && ownComesFirst(job.target, greenFirst);
+        (ownFirst ? walk<ordered> : walk<false>)(job, rows, Stretches::of<V>(strip, family.inner(strip.frame)), source,
+                                                 family);
     }
 
-    // Makes a row's part of given columns.
-    static KRO_INLINE auto rowOf(const Target& target, Phase phase, int32_t y, const RowInput<Sample>& in,
+    // All rows; `ownFirst` speaks of those that start with green. Rows are made where they are counted: a call for each
+    // takes as long as 64 columns.
+    template <bool ownFirst>
+    static KRO_OUTLINE void walk(const FrameJob& job, RowSpan rows, const Stretches& columns, Rows<S, Sample>& source,
                                  const Family& family) {
-        return [=, &target, &in, &family](auto walk, const Strip& strip) KRO_INLINE_LAMBDA {
-            using Walk = decltype(walk);
-            const bool ownFirst = ordered && ownComesFirst(target, phase);
-            const auto one = phase.greenFirst
-                                 ? (ownFirst ? single<Walk, true, ordered> : single<Walk, true, false>)
-                                 : (ownFirst ? single<Walk, false, ordered> : single<Walk, false, false>);
-            one(target, phase.blueRow, y, strip, in.above, in.here, in.below, in.top, family);
-        };
+        constexpr bool otherFirst = ordered && !ownFirst;
+        const Family f = family;
+        const Strip blocks = columns.blocks;
+        const bool haveBlocks = columns.haveBlocks(), havePairs = columns.havePairs();
+        source.prepare(rows.begin + 1);
+        const Sample *above = source[rows.begin - 1], *here = source[rows.begin];
+        for (int32_t y = rows.begin; y < rows.end;) {
+            source.prepare(y + 2);
+            const Phase phase = phaseOfRow(job.phase, y);
+            const Sample* const next = source[y + 1];
+            const RowInput<Sample> in{above, here, next, y == 0};
+            if (Family::pairs && rowsInPairs && phase.greenFirst && y + 1 < rows.end) {
+                const RowInput<Sample> below{here, next, source[y + 2], false};
+                if (haveBlocks) {
+                    pair<ownFirst>(job.target, phase.blueRow, y, blocks, in, below.below, f);
+                }
+                if (havePairs) {
+                    sides(job.target, phase, y, columns, in, f);
+                    sides(job.target, phaseOfRow(phase, 1), y + 1, columns, below, f);
+                }
+                above = next;
+                here = below.below;
+                y += 2;
+                continue;
+            }
+            if (haveBlocks) {
+                phase.greenFirst ? part<InBlocks, true, ownFirst>(job.target, phase.blueRow, y, blocks, in, f)
+                                 : part<InBlocks, false, otherFirst>(job.target, phase.blueRow, y, blocks, in, f);
+            }
+            if (havePairs) {
+                sides(job.target, phase, y, columns, in, f);
+            }
+            above = here;
+            here = next;
+            ++y;
+        }
     }
-    // (A whole phase would be put into memory byte by byte and read at once, for which stores are waited for.)
+    static KRO_OUTLINE void sides(const Target& target, Phase phase, int32_t y, const Stretches& columns,
+                                  const RowInput<Sample>& in, const Family& family) {
+        columns.each([](auto, const Strip&) {},
+                     [&](auto, const Strip& strip) { rowOf(target, phase, y, strip, in, family); });
+    }
+
+    // A row's part of given columns. (A whole phase would be put into memory byte by byte and read at once, for which
+    // stores are waited for.)
+    template <class Walk, bool colourOdd, bool ownFirst>
+    static KRO_INLINE void part(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                const RowInput<Sample>& in, const Family& family) {
+        const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
+        Walk::template each<V, 1>(
+            strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+                put<kind, ownFirst>(out, block, family.template row<colourOdd>(block, in.above, in.here, in.below));
+            });
+        if (strip.first + strip.made.begin == 0) {
+            Family::template mend<kind, colourOdd, ownFirst>(out, in);
+        }
+        finishRow<kind, V>(out, strip.made);
+    }
     template <class Walk, bool colourOdd, bool ownFirst>
     static KRO_OUTLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                    const Sample* above, const Sample* here, const Sample* below, bool top,
                                    const Family& family) {
-        const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
         const Family f = family;
-        Walk::template each<V, 1>(
-            strip.made, strip.frame, f.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-                put<kind, ownFirst>(out, block, f.template row<colourOdd>(block, above, here, below));
-            });
-        if (strip.first + strip.made.begin == 0) {
-            Family::template mend<kind, colourOdd, ownFirst>(out, RowInput<Sample>{above, here, below, top});
-        }
-        finishRow<kind, V>(out, strip.made);
+        part<Walk, colourOdd, ownFirst>(target, blueRow, y, strip, {above, here, below, top}, f);
     }
 
-    static KRO_INLINE void pair(const FrameJob& job, const Rows<S, Sample>& source, int32_t y,
-                                const Stretches& columns, const Family& family) {
-        const Phase upper = phaseOfRow(job.phase, y);
-        const RowInput<Sample> one{source[y - 1], source[y], source[y + 1], y == 0};
-        const RowInput<Sample> two{one.here, one.below, source[y + 2], false};
-        columns.each(
-            [&](InBlocks, const Strip& strip) KRO_INLINE_LAMBDA {
-                const bool ownFirst = ordered && ownComesFirst(job.target, upper);
-                (ownFirst ? both<ordered> : both<false>)(job.target, upper.blueRow, y, strip, one.above, one.here,
-                                                         two.here, two.below, family);
-            },
-            [&](InPairs walk, const Strip& strip) KRO_INLINE_LAMBDA {
-                rowOf(job.target, upper, y, one, family)(walk, strip);
-                rowOf(job.target, phaseOfRow(upper, 1), y + 1, two, family)(walk, strip);
-            });
-    }
-
-    // Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands before its
-    // first store: samples may alias, so the compiler could not reuse loads across stores.
+    // Two rows. Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands
+    // before its first store: samples may alias, so the compiler could not reuse loads across stores.
     template <bool ownFirst>
-    static KRO_OUTLINE void both(const Target& target, bool blueRow, int32_t y, const Strip& strip,
-                                 const Sample* above, const Sample* here, const Sample* next, const Sample* below,
-                                 const Family& family) {
+    static KRO_INLINE void pair(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                const RowInput<Sample>& in, const Sample* below, const Family& family) {
         const auto upper = rowTarget<kind, Sample>(target, {true, blueRow}, y, strip.first);
         const auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
-        const Family f = family;
-        InBlocks::each<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-            const auto one = f.template row<true>(block, above, here, next);
-            const auto two = f.template row<false>(block, here, next, below);
+        InBlocks::each<V, 1>(strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+            const auto one = family.template row<true>(block, in.above, in.here, in.below);
+            const auto two = family.template row<false>(block, in.here, in.below, below);
             put<kind, ownFirst>(upper, block, one);
             put<kind, ordered && !ownFirst>(lower, block, two);
         });
