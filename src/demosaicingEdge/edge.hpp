@@ -82,7 +82,7 @@ private:
         return run<Number, ringedStripColumns<Sample, Number>>(job, source, columns, rows, 0);
     }
 
-    // Greens one unit ahead of colours. Returns the first row that was not made.
+    // Greens ahead of colours. Returns the first row that was not made.
     template <class Number, int32_t most>
     static KRO_INLINE int32_t run(const FrameJob& job, Source& source, Columns columns, RowSpan rows, int32_t unfit) {
         using Units = EdgeStrip<S, Sample, Number, kind, Source, most>;
@@ -90,14 +90,21 @@ private:
         const RowSpan alphaRows{first + 1, first + 1 + steppedRows(job.height - first)};
         const EdgeFrame frame{job.height, job.width,  job.phase, job.target,
                               job.top,    rows.begin, alphaRows, unfit | deepBits<Number>};
-        const int32_t before = rows.begin > 0 ? 1 : 0;
-        const int32_t last = rows.end < job.height ? rows.end : job.height - 1;
-        Units strip(frame, source, Strip::of(columns, job.width), -before);
-        int32_t unit = strip.unitOf(rows.begin) - before;
+        const int32_t before = rows.begin > 0 ? 1 : 0, last = job.height - 1;
+        const Strip strip = Strip::of(columns, job.width);
+        if constexpr (sizeof(Sample) == 1) {
+            Units(frame, source, strip).make(rows, rows.begin - before, rows.end < last ? rows.end : last);
+            return rows.end;
+        } else {
+            Units units(frame, source, strip, -before);
+            return runUnits(units, rows, units.unitOf(rows.begin) - before, last);
+        }
+    }
+    template <class Units>
+    static KRO_INLINE int32_t runUnits(Units& strip, RowSpan rows, int32_t unit, int32_t last) {
         for (int32_t y = rows.begin, made; y < rows.end; y += made) {
             made = rows.end - y < Units::rowsAtOnce ? rows.end - y : Units::rowsAtOnce;
-            const int32_t next = y + made + Units::rowsBetween;
-            for (const int32_t ahead = strip.unitOf(next < last ? next : last); unit <= ahead; ++unit) {
+            for (const int32_t ahead = strip.unitOf(y + made < last ? y + made : last); unit <= ahead; ++unit) {
                 if (!strip.green(unit)) {
                     return y;
                 }

@@ -135,7 +135,7 @@ class WordStrip {
     using Passes = UnitPasses<S, Number>;
 
 public:
-    static constexpr int32_t rowsAtOnce = 2, rowsBetween = 0;
+    static constexpr int32_t rowsAtOnce = 2;
 
     // `Source` gives rows: source[y] mirrored at the top and bottom, source.at(y) of the frame itself. The first unit
     // that differences are made of is `firstUnit`.

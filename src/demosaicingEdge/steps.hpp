@@ -49,19 +49,10 @@ private:
                                   const uint8_t (&carried)[2]) {
         BandStrip strip(frame, source, Strip::of(columns, frame.width));
         fromGreenRow(strip, source, columns, greenRow, carried);
-        strip.green(2);
-        strip.colour(1);
-        if (frame.height == stepBand) {
-            strip.green(3);
-            strip.colour(2);
+        const bool step = frame.height == stepBand;
+        strip.make({1, step ? 3 : frame.height}, 2, step ? 3 : frame.height - 1);
+        if (step) {
             toGreenRow(strip, source, columns, greenRow);
-            return;
-        }
-        for (int32_t y = 2; y < frame.height; ++y) {
-            if (y + 1 < frame.height) {
-                strip.green(y + 1);
-            }
-            strip.colour(y);
         }
     }
     static void fromGreenRow(BandStrip& strip, const Band& source, Columns columns, const uint8_t* greenRow,

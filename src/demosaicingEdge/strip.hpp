@@ -32,41 +32,8 @@ struct ColourRow {
     Columns alphaColumns;
 };
 
-template <class S, Output kind>
-struct ByteColours {
-    using V = typename S::Bytes;
-    static KRO_INLINE Columns inner(const Strip& strip) { return innerColumns<1>(strip.frame); }
-
-    // A row of the output in the strip's columns, which `Walk` takes.
-    template <class Walk>
-    static KRO_INLINE void row(const ColourRow& to, const uint8_t* here, const int16_t* above, const int16_t* same,
-                               const int16_t* below) {
-        const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
-        const auto make = to.phase.greenFirst ? (ownFirst ? one<Walk, true, ordered> : one<Walk, true, false>)
-                                              : (ownFirst ? one<Walk, false, ordered> : one<Walk, false, false>);
-        make(to.target, to.phase.blueRow, to.y, to.strip, here, above, same, below, to.alphaColumns);
-    }
-
-private:
-    static constexpr bool ordered = isInterleaved(kind);
-
-    template <class Walk, bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void one(const Target& target, bool blueRow, int32_t y, const Strip& strip,
-                                const uint8_t* here, const int16_t* above, const int16_t* same, const int16_t* below,
-                                Columns alphaColumns) {
-        auto out = rowTarget<kind, uint8_t>(target, {colourOdd, blueRow}, y, strip.first);
-        out.alphaColumns = alphaColumns;
-        Walk::template each<V, 1>(strip.made, strip.frame, inner(strip), [&](auto block) KRO_INLINE_LAMBDA {
-            const int32_t lane = block.x / 2;
-            put<kind, ownFirst>(out, block,
-                                edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                    block.template tap<0>(here), above + lane, same + lane, below + lane}));
-        });
-    }
-};
-
 // Differences mirror at the frame's sides as samples do. Blocks there are stored one lane beside their place, too,
-// before they are stored in it; ByteStrip::mirrorSides mirrors what pairs store.
+// before they are stored in it; ByteRows::mirrorSides mirrors what pairs store.
 template <class B>
 KRO_INLINE void storeDifferences(B block, int16_t* row, typename B::Vector::Lanes lanes) {
     B::Vector::storeLanes(row + block.x / 2, lanes);
@@ -82,106 +49,79 @@ KRO_INLINE void storeDifferences(EndBlock<V, first, last> block, int16_t* row, t
     V::storeLanes(row + block.x / 2, lanes);
 }
 
-template <class S>
-struct ByteGreens {
+// Rows of a strip of bytes, one by one. `Source` gives rows mirrored at the top and bottom, after they were prepared.
+template <class S, Output kind, class Source>
+class ByteRows {
     using V = typename S::Bytes;
-    static KRO_INLINE Columns inner(const Strip& strip) { return innerColumns<2>(strip.frame); }
+    static constexpr bool ordered = isInterleaved(kind);
 
-    // Differences of a row; `rows`: from two above to two below.
-    template <class Walk>
-    static KRO_INLINE void make(bool colourOdd, const uint8_t* const (&rows)[5], const Strip& strip,
-                                int16_t* differences) {
-        (colourOdd ? row<Walk, true> : row<Walk, false>)(rows[0], rows[1], rows[2], rows[3], rows[4], strip,
-                                                         differences);
-    }
-
-private:
-    template <class Walk, bool colourOdd>
-    static KRO_OUTLINE void row(const uint8_t* above2, const uint8_t* above, const uint8_t* here,
-                                const uint8_t* below, const uint8_t* below2, const Strip& strip,
-                                int16_t* differences) {
-        Walk::template each<V, 2>(strip.made, strip.frame, inner(strip), [&](auto block) KRO_INLINE_LAMBDA {
-            storeDifferences(block, differences,
-                             greenDifference<colourOdd>(block, above2, above, here, below, below2));
-        });
-    }
-};
-
-// `Source` gives rows mirrored at the top and bottom, after they were prepared.
-template <class S, Output kind, class Source, int32_t mostColumns>
-class ByteStrip {
-    using V = typename S::Bytes;
-
-public:
-    static constexpr int32_t rowsAtOnce = 1, rowsBetween = 1;
-
-    ByteStrip(const EdgeFrame& frame, Source& source, const Strip& strip, int32_t = 0)
-        : frame_(frame),
-          source_(source),
-          strip_(strip),
-          greens_{strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
-                  strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end},
-          colourParts_(Stretches::of<V>(strip, ByteColours<S, kind>::inner(strip))),
-          greenParts_(Stretches::of<V>({strip.first, greens_, strip.frame}, ByteGreens<S>::inner(strip))) {}
-
-    // The row is the unit.
-    int32_t unitOf(int32_t y) const { return y; }
-    Columns greenColumns() const { return greens_; }
-
-    // Differences of row y. All samples fit the lanes.
-    KRO_INLINE bool green(int32_t y) {
-        moveWindow(y);
-        const auto make = [&](auto walk, const Strip& part) KRO_INLINE_LAMBDA {
-            ByteGreens<S>::template make<decltype(walk)>(colourIsOdd(y), window_, part, differences(y));
-        };
-        greenParts_.each(make, make);
-        if (greenParts_.havePairs()) {
-            mirrorSides(y);
-        }
-        return true;
-    }
-    KRO_INLINE void colour(int32_t y, int32_t = rowsAtOnce) {
-        Columns alpha{INT32_MIN, INT32_MAX};
-        if (kind == Output::bgra && !frame_.target.alphaEverywhere) {
-            const Columns written = alphaColumns(frame_.width);
-            const bool here = y >= frame_.alphaRows.begin && y < frame_.alphaRows.end;
-            alpha = here ? Columns{written.begin - strip_.first, written.end - strip_.first} : Columns{0, 0};
-        }
-        const auto make = [&](auto walk, const Strip& part) KRO_INLINE_LAMBDA {
-            ByteColours<S, kind>::template row<decltype(walk)>(
-                {frame_.target, phaseOfRow(frame_.phase, y), y, part, alpha}, source_[y],
-                differences(mirrored(y - 1, frame_.height)), differences(y),
-                differences(mirrored(y + 1, frame_.height)));
-        };
-        colourParts_.each(make, make);
-    }
-    // Lane 0 is the strip's column 0; a lane belongs to each two columns.
-    KRO_INLINE int16_t* differences(int32_t y) { return rows_[static_cast<uint32_t>(y) % inView] + margin; }
-    // Differences mirror at the frame's sides as samples do.
-    KRO_INLINE void mirrorSides(int32_t y) {
-        int16_t* const row = differences(y);
-        if (greens_.begin == strip_.frame.begin) {
-            row[(greens_.begin >> 1) - 1] = row[greens_.begin >> 1];
-        }
-        if (greens_.end == strip_.frame.end) {
-            int16_t* const end = row + ((greens_.end + (colourIsOdd(y) ? 0 : 1)) >> 1);
-            *end = end[-1];
-        }
-    }
-
-private:
+protected:
     static constexpr uint32_t inView = 4;
     static constexpr int32_t margin = 32;
 
+    // `differences`: `inView` rows of `pitch` lanes.
+    ByteRows(const EdgeFrame& frame, Source& source, const Strip& strip, int16_t* differences, int32_t pitch)
+        : frame_(frame),
+          source_(source),
+          greens_(Stretches::of<V>({strip.first, greenColumnsOf(strip), strip.frame}, innerColumns<2>(strip.frame))),
+          colours_(Stretches::of<V>(strip, innerColumns<1>(strip.frame))),
+          made_(greenColumnsOf(strip)),
+          differences_(differences + margin),
+          pitch_(pitch) {}
+
+public:
+    Columns greenColumns() const { return made_; }
+    // Differences of a row. Lane 0 is the strip's column 0; a lane belongs to each two columns.
+    KRO_INLINE int16_t* differences(int32_t y) {
+        return differences_ + static_cast<ptrdiff_t>(static_cast<uint32_t>(y) % inView) * pitch_;
+    }
+    // Differences that blocks did not store, at the frame's sides.
+    KRO_INLINE void mirrorSides(int32_t y) {
+        int16_t* const row = differences(y);
+        const Columns frame = greens_.blocks.frame;
+        if (made_.begin == frame.begin) {
+            row[(made_.begin >> 1) - 1] = row[made_.begin >> 1];
+        }
+        if (made_.end == frame.end) {
+            int16_t* const end = row + ((made_.end + (colourIsOdd(y) ? 0 : 1)) >> 1);
+            *end = end[-1];
+        }
+    }
+    // Colours of rows, and before them differences of the rows from `next` to `last`, two rows ahead: where a load lies
+    // across what was stored just before, it waits for the cache.
+    void make(RowSpan rows, int32_t next, int32_t last) {
+        const Phase greenFirst = phaseOfRow(frame_.phase, frame_.phase.greenFirst ? 0 : 1);
+        ordered && ownComesFirst(frame_.target, greenFirst) ? walk<ordered>(rows, next, last)
+                                                            : walk<false>(rows, next, last);
+    }
+
+private:
     const EdgeFrame& frame_;
     Source& source_;
-    const Strip strip_;
-    const Columns greens_;  // colours need differences one column beyond the strip
-    const Stretches colourParts_, greenParts_;
+    const Stretches greens_, colours_;
+    const Columns made_;  // colours need differences one column beyond the strip
+    int16_t* const differences_;
+    const int32_t pitch_;
     const uint8_t* window_[5];  // rows around the one whose differences were made last: from two above to two below
     int32_t following_ = INT32_MIN;
-    alignas(64) int16_t rows_[inView][mostColumns / 2 + 2 * margin];
 
+    static Columns greenColumnsOf(const Strip& strip) {
+        return {strip.frame.begin < strip.made.begin ? strip.made.begin - 2 : strip.frame.begin,
+                strip.made.end < strip.frame.end ? strip.made.end + 2 : strip.frame.end};
+    }
+    bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }
+
+    // `ownFirst` speaks of rows that start with green.
+    template <bool ownFirst>
+    KRO_OUTLINE void walk(RowSpan rows, int32_t next, int32_t last) {
+        for (int32_t y = rows.begin; y < rows.end; ++y) {
+            for (const int32_t ahead = y + 2 < last ? y + 2 : last; next <= ahead; ++next) {
+                moveWindow(next);
+                colourIsOdd(next) ? green<true>(next) : green<false>(next);
+            }
+            colourIsOdd(y) ? colour<true, ownFirst>(y) : colour<false, ordered && !ownFirst>(y);
+        }
+    }
     KRO_INLINE void moveWindow(int32_t y) {
         source_.prepare(y + 2);
         for (int32_t k = 0; k < 4; ++k) {
@@ -190,7 +130,85 @@ private:
         window_[4] = source_[y + 2];
         following_ = y + 1;
     }
-    bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }
+
+    template <bool colourOdd>
+    KRO_INLINE void green(int32_t y) {
+        if (greens_.haveBlocks()) {
+            greensOf<InBlocks, colourOdd>(y, greens_.blocks);
+        }
+        if (greens_.havePairs()) {
+            greensInPairs<colourOdd>(y);
+        }
+    }
+    template <bool colourOdd>
+    KRO_OUTLINE void greensInPairs(int32_t y) {
+        greensOf<InPairs, colourOdd>(y, greens_.left);
+        greensOf<InPairs, colourOdd>(y, greens_.right);
+        mirrorSides(y);
+    }
+    template <class Walk, bool colourOdd>
+    KRO_INLINE void greensOf(int32_t y, const Strip& strip) {
+        int16_t* const row = differences(y);
+        const uint8_t *const above2 = window_[0], *const above = window_[1], *const here = window_[2],
+                             *const below = window_[3], *const below2 = window_[4];
+        Walk::template each<V, 2>(
+            strip.made, strip.frame, innerColumns<2>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+                storeDifferences(block, row, greenDifference<colourOdd>(block, above2, above, here, below, below2));
+            });
+    }
+
+    template <bool colourOdd, bool ownFirst>
+    KRO_INLINE void colour(int32_t y) {
+        if (colours_.haveBlocks()) {
+            coloursOf<InBlocks, colourOdd, ownFirst>(y, colours_.blocks);
+        }
+        if (colours_.havePairs()) {
+            coloursInPairs<colourOdd, ownFirst>(y);
+        }
+    }
+    template <bool colourOdd, bool ownFirst>
+    KRO_OUTLINE void coloursInPairs(int32_t y) {
+        coloursOf<InPairs, colourOdd, ownFirst>(y, colours_.left);
+        coloursOf<InPairs, colourOdd, ownFirst>(y, colours_.right);
+    }
+    template <class Walk, bool colourOdd, bool ownFirst>
+    KRO_INLINE void coloursOf(int32_t y, const Strip& strip) {
+        auto out = rowTarget<kind, uint8_t>(frame_.target, phaseOfRow(frame_.phase, y), y, strip.first);
+        out.alphaColumns = alphaColumnsOf(y, strip.first);
+        const uint8_t* const here = source_[y];
+        const int16_t *const above = differences(mirrored(y - 1, frame_.height)), *const same = differences(y),
+                             *const below = differences(mirrored(y + 1, frame_.height));
+        Walk::template each<V, 1>(
+            strip.made, strip.frame, innerColumns<1>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+                const int32_t lane = block.x / 2;
+                put<kind, ownFirst>(out, block,
+                                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
+                                        block.template tap<0>(here), above + lane, same + lane, below + lane}));
+            });
+    }
+    // Columns whose alpha is written.
+    KRO_INLINE Columns alphaColumnsOf(int32_t y, int32_t first) const {
+        if (kind == Output::bgra && !frame_.target.alphaEverywhere) {
+            const Columns written = alphaColumns(frame_.width);
+            const bool here = y >= frame_.alphaRows.begin && y < frame_.alphaRows.end;
+            return here ? Columns{written.begin - first, written.end - first} : Columns{0, 0};
+        }
+        return {INT32_MIN, INT32_MAX};
+    }
+};
+
+// With its memory.
+template <class S, Output kind, class Source, int32_t mostColumns>
+class ByteStrip : public ByteRows<S, kind, Source> {
+    using Base = ByteRows<S, kind, Source>;
+    static constexpr int32_t pitch = mostColumns / 2 + 2 * Base::margin;
+
+public:
+    ByteStrip(const EdgeFrame& frame, Source& source, const Strip& strip)
+        : Base(frame, source, strip, memory_[0], pitch) {}
+
+private:
+    alignas(64) int16_t memory_[Base::inView][pitch];
 };
 
 }  // namespace
