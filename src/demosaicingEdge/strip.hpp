@@ -32,21 +32,28 @@ struct ColourRow {
     Columns alphaColumns;
 };
 
+// The difference of column x, which is even: two bytes for two columns.
+template <class Number>
+KRO_INLINE Number* differenceAt(Number* row, int32_t x) {
+    return advanced(row, x);
+}
+
 // Differences mirror at the frame's sides as samples do. Blocks there are stored one lane beside their place, too,
 // before they are stored in it; ByteRows::mirrorSides mirrors what pairs store.
 template <class B>
 KRO_INLINE void storeDifferences(B block, int16_t* row, typename B::Vector::Lanes lanes) {
-    B::Vector::storeLanes(row + block.x / 2, lanes);
+    B::Vector::storeLanes(differenceAt(row, block.x), lanes);
 }
 template <class V, bool first, bool last>
 KRO_INLINE void storeDifferences(EndBlock<V, first, last> block, int16_t* row, typename V::Lanes lanes) {
+    int16_t* const place = differenceAt(row, block.x);
     if constexpr (first) {
-        V::storeLanes(row + block.x / 2 - 1, lanes);
+        V::storeLanes(place - 1, lanes);
     }
     if (last && block.room == 0) {
-        V::storeLanes(row + block.x / 2 + 1, lanes);
+        V::storeLanes(place + 1, lanes);
     }
-    V::storeLanes(row + block.x / 2, lanes);
+    V::storeLanes(place, lanes);
 }
 
 // Rows of a strip of bytes, one by one. `Source` gives rows mirrored at the top and bottom, after they were prepared.
@@ -180,10 +187,10 @@ private:
                              *const below = differences(mirrored(y + 1, frame_.height));
         Walk::template each<V, 1>(
             strip.made, strip.frame, innerColumns<1>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-                const int32_t lane = block.x / 2;
+                const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
                 put<kind, ownFirst>(out, block,
                                     edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                        block.template tap<0>(here), above + lane, same + lane, below + lane}));
+                                        block.template tap<0>(here), from(above), from(same), from(below)}));
             });
     }
     // Columns whose alpha is written.
