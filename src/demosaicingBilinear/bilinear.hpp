@@ -85,8 +85,8 @@ private:
             return;
         }
         const int32_t above = y == 0 ? 1 : 0;
-        Rect::rowOf(job.target, phaseOfRow(job.phase, y), y, {job.width - 5, columns, {0, 5}},
-                  {copy[above], copy[y], copy[y + 1], y == 0}, {});
+        Rect::shortRow(job.target, phaseOfRow(job.phase, y), y, {job.width - 5, columns, {0, 5}},
+                       {copy[above], copy[y], copy[y + 1], y == 0}, {});
     }
 };
 

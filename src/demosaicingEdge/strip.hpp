@@ -94,12 +94,12 @@ public:
             *end = end[-1];
         }
     }
-    // Colours of rows, and before them differences of the rows from `next` to `last`, two rows ahead: where a load lies
-    // across what was stored just before, it waits for the cache.
+    // Colours of rows, and before them differences of the rows from `next` to `last`, two rows ahead: where a load
+    // lies across what was stored just before, it waits for the cache.
     void make(RowSpan rows, int32_t next, int32_t last) {
         const Phase greenFirst = phaseOfRow(frame_.phase, frame_.phase.greenFirst ? 0 : 1);
-        ordered && ownComesFirst(frame_.target, greenFirst) ? walk<ordered>(rows, next, last)
-                                                            : walk<false>(rows, next, last);
+        const bool ownFirst = ordered && ownComesFirst(frame_.target, greenFirst);
+        ownFirst ? walk<ordered>(rows, next, last) : walk<false>(rows, next, last);
     }
 
 private:
@@ -148,9 +148,8 @@ private:
         }
     }
     template <bool colourOdd>
-    KRO_OUTLINE void greensInPairs(int32_t y) {
-        greensOf<InPairs, colourOdd>(y, greens_.left);
-        greensOf<InPairs, colourOdd>(y, greens_.right);
+    KRO_RARE void greensInPairs(int32_t y) {
+        greens_.eachSide([&](const Strip& side) KRO_INLINE_LAMBDA { greensOf<InPairs, colourOdd>(y, side); });
         mirrorSides(y);
     }
     template <class Walk, bool colourOdd>
@@ -174,9 +173,9 @@ private:
         }
     }
     template <bool colourOdd, bool ownFirst>
-    KRO_OUTLINE void coloursInPairs(int32_t y) {
-        coloursOf<InPairs, colourOdd, ownFirst>(y, colours_.left);
-        coloursOf<InPairs, colourOdd, ownFirst>(y, colours_.right);
+    KRO_RARE void coloursInPairs(int32_t y) {
+        colours_.eachSide([&](const Strip& side)
+                              KRO_INLINE_LAMBDA { coloursOf<InPairs, colourOdd, ownFirst>(y, side); });
     }
     template <class Walk, bool colourOdd, bool ownFirst>
     KRO_INLINE void coloursOf(int32_t y, const Strip& strip) {

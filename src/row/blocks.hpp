@@ -80,9 +80,9 @@ using PairOf = typename PairFor<typename V::Sample>::Type;
 
 // ---- the columns of a row ----
 //
-// Blocks take what they can, pairs of columns the rest: an odd column on either side, or rows that are narrower than a
-// block. Functions of rows are instantiated once for each of the two: a formula that went to a call out of line would
-// lie in memory, and the first wide load from what narrow stores have just put there waits for them.
+// Blocks take what they can, pairs of columns the rest: an odd column on either side, or rows that are narrower than
+// a block. Functions of rows are instantiated once for each of the two: a formula that went to a call out of line
+// would lie in memory, and the first wide load from what narrow stores have just put there waits for them.
 
 template <class V>
 KRO_INLINE Columns blockColumns(Columns made, Columns inner) {

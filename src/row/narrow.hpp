@@ -1,5 +1,5 @@
-// Frames narrower than a block of the set in hand: the widest set whose blocks they have room for makes them. (In pairs
-// of columns they would take ten times as long.)
+// Frames narrower than a block of the set in hand: the widest set whose blocks they have room for makes them. (In
+// pairs of columns they would take ten times as long.)
 #pragma once
 
 #include "kro/view.h"

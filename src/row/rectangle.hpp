@@ -45,32 +45,30 @@ struct Strip {
     }
 };
 
-// The columns of a strip by how they are taken.
+// The columns of a strip by how they are taken: blocks, and pairs to the left and to the right of them.
 struct Stretches {
-    Strip blocks, left, right;  // of pairs: to the left and to the right of the blocks
+    Strip blocks, sides[2];
 
     template <class V>
     static KRO_INLINE Stretches of(const Strip& strip, Columns inner) {
         const Columns wide = blockColumns<V>(strip.made, inner);
         return {{strip.first, wide, strip.frame},
-                {strip.first, {strip.made.begin, wide.begin}, strip.frame},
-                {strip.first, {wide.end, strip.made.end}, strip.frame}};
+                {{strip.first, {strip.made.begin, wide.begin}, strip.frame},
+                 {strip.first, {wide.end, strip.made.end}, strip.frame}}};
     }
     KRO_INLINE bool haveBlocks() const { return blocks.made.begin < blocks.made.end; }
-    KRO_INLINE bool havePairs() const { return left.made.begin < left.made.end || right.made.begin < right.made.end; }
-    // Calls blocksOf(InBlocks, strip) and pairsOf(InPairs, strip) for those that there are.
-    template <class BlocksOf, class PairsOf>
-    KRO_INLINE void each(const BlocksOf& blocksOf, const PairsOf& pairsOf) const {
-        if (haveBlocks()) {
-            blocksOf(InBlocks{}, blocks);
-        }
-        if (left.made.begin < left.made.end) {
-            pairsOf(InPairs{}, left);
-        }
-        if (right.made.begin < right.made.end) {
-            pairsOf(InPairs{}, right);
+    KRO_INLINE bool havePairs() const { return isThere(sides[0]) || isThere(sides[1]); }
+    template <class Make>
+    KRO_INLINE void eachSide(const Make& make) const {
+        for (const Strip& side : sides) {
+            if (isThere(side)) {
+                make(side);
+            }
         }
     }
+
+private:
+    static KRO_INLINE bool isThere(const Strip& side) { return side.made.begin < side.made.end; }
 };
 
 template <class S, class Sample, Output kind, class Family>
@@ -94,21 +92,18 @@ public:
     }
 
     // One row whose input is at hand.
-    static KRO_INLINE void row(const Target& target, Phase phase, int32_t y, const Strip& strip,
-                               const RowInput<Sample>& in, const Family& family) {
-        const auto part = [&](auto walk, const Strip& columns) KRO_INLINE_LAMBDA {
-            rowOf<decltype(walk)>(target, phase, y, columns, in, family);
-        };
-        Stretches::of<V>(strip, family.inner(strip.frame)).each(part, part);
+    static void row(const Target& target, Phase phase, int32_t y, const Strip& strip, const RowInput<Sample>& in,
+                    const Family& family) {
+        const Stretches columns = Stretches::of<V>(strip, family.inner(strip.frame));
+        if (columns.haveBlocks()) {
+            stretch<InBlocks>(target, phase, y, columns.blocks, in, family);
+        }
+        sides(target, phase, y, columns, in, family);
     }
-    // The same in pairs of columns.
-    template <class Walk = InPairs>
-    static KRO_INLINE void rowOf(const Target& target, Phase phase, int32_t y, const Strip& strip,
-                                 const RowInput<Sample>& in, const Family& family) {
-        const bool ownFirst = ordered && ownComesFirst(target, phase);
-        const auto one = phase.greenFirst ? (ownFirst ? single<Walk, true, ordered> : single<Walk, true, false>)
-                                          : (ownFirst ? single<Walk, false, ordered> : single<Walk, false, false>);
-        one(target, phase.blueRow, y, strip, in.above, in.here, in.below, in.top, family);
+    // The same of few columns.
+    static void shortRow(const Target& target, Phase phase, int32_t y, const Strip& strip, const RowInput<Sample>& in,
+                         const Family& family) {
+        stretch<InPairs>(target, phase, y, strip, in, family);
     }
 
 private:
@@ -126,63 +121,57 @@ private:
                                     const Family& family) {
         const Phase greenFirst = phaseOfRow(job.phase, job.phase.greenFirst ? 0 : 1);
         const bool ownFirst = ordered && ownComesFirst(job.target, greenFirst);
-        (ownFirst ? walk<ordered> : walk<false>)(job, rows, Stretches::of<V>(strip, family.inner(strip.frame)), source,
-                                                 family);
+        (ownFirst ? walk<ordered> : walk<false>)(job, rows, Stretches::of<V>(strip, family.inner(strip.frame)),
+                                                 source, family);
     }
 
-    // All rows; `ownFirst` speaks of those that start with green. Rows are made where they are counted: a call for each
-    // takes as long as 64 columns.
+    // Rows are made where they are counted: a call for each would take as long as 64 columns (Zen 5). `ownFirst`
+    // speaks of those that start with green.
     template <bool ownFirst>
     static KRO_OUTLINE void walk(const FrameJob& job, RowSpan rows, const Stretches& columns, Rows<S, Sample>& source,
                                  const Family& family) {
-        constexpr bool otherFirst = ordered && !ownFirst;
         const Family f = family;
         const Strip blocks = columns.blocks;
         const bool haveBlocks = columns.haveBlocks(), havePairs = columns.havePairs();
         source.prepare(rows.begin + 1);
         const Sample *above = source[rows.begin - 1], *here = source[rows.begin];
-        for (int32_t y = rows.begin; y < rows.end;) {
+        for (int32_t y = rows.begin; y < rows.end; ++y) {
             source.prepare(y + 2);
             const Phase phase = phaseOfRow(job.phase, y);
-            const Sample* const next = source[y + 1];
-            const RowInput<Sample> in{above, here, next, y == 0};
-            if (Family::pairs && rowsInPairs && phase.greenFirst && y + 1 < rows.end) {
-                const RowInput<Sample> below{here, next, source[y + 2], false};
-                if (haveBlocks) {
-                    pair<ownFirst>(job.target, phase.blueRow, y, blocks, in, below.below, f);
-                }
-                if (havePairs) {
-                    sides(job.target, phase, y, columns, in, f);
-                    sides(job.target, phaseOfRow(phase, 1), y + 1, columns, below, f);
-                }
-                above = next;
-                here = below.below;
-                y += 2;
-                continue;
-            }
-            if (haveBlocks) {
-                phase.greenFirst ? part<InBlocks, true, ownFirst>(job.target, phase.blueRow, y, blocks, in, f)
-                                 : part<InBlocks, false, otherFirst>(job.target, phase.blueRow, y, blocks, in, f);
-            }
+            const RowInput<Sample> in{above, here, source[y + 1], y == 0};
+            above = here;
+            here = in.below;
             if (havePairs) {
                 sides(job.target, phase, y, columns, in, f);
             }
-            above = here;
-            here = next;
-            ++y;
+            if (Family::pairs && rowsInPairs && phase.greenFirst && y + 1 < rows.end) {
+                const RowInput<Sample> lower{above, here, source[y + 2], false};
+                if (havePairs) {
+                    sides(job.target, phaseOfRow(phase, 1), y + 1, columns, lower, f);
+                }
+                if (haveBlocks) {
+                    pair<ownFirst>(job.target, phase.blueRow, y, blocks, in, lower.below, f);
+                }
+                above = here;
+                here = lower.below;
+                ++y;
+            } else if (haveBlocks && phase.greenFirst) {
+                single<InBlocks, true, ownFirst>(job.target, phase.blueRow, y, blocks, in, f);
+            } else if (haveBlocks) {
+                single<InBlocks, false, ordered && !ownFirst>(job.target, phase.blueRow, y, blocks, in, f);
+            }
         }
     }
     static KRO_OUTLINE void sides(const Target& target, Phase phase, int32_t y, const Stretches& columns,
                                   const RowInput<Sample>& in, const Family& family) {
-        columns.each([](auto, const Strip&) {},
-                     [&](auto, const Strip& strip) { rowOf(target, phase, y, strip, in, family); });
+        columns.eachSide([&](const Strip& side) { stretch<InPairs>(target, phase, y, side, in, family); });
     }
 
-    // A row's part of given columns. (A whole phase would be put into memory byte by byte and read at once, for which
-    // stores are waited for.)
+    // One row in given columns. (A whole phase as an argument would be put into memory byte by byte and read at once,
+    // for which stores are waited for.)
     template <class Walk, bool colourOdd, bool ownFirst>
-    static KRO_INLINE void part(const Target& target, bool blueRow, int32_t y, const Strip& strip,
-                                const RowInput<Sample>& in, const Family& family) {
+    static KRO_INLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                  const RowInput<Sample>& in, const Family& family) {
         const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
         Walk::template each<V, 1>(
             strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
@@ -194,11 +183,20 @@ private:
         finishRow<kind, V>(out, strip.made);
     }
     template <class Walk, bool colourOdd, bool ownFirst>
-    static KRO_OUTLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
-                                   const Sample* above, const Sample* here, const Sample* below, bool top,
-                                   const Family& family) {
+    static KRO_OUTLINE void outlined(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                     const RowInput<Sample>& in, const Family& family) {
         const Family f = family;
-        part<Walk, colourOdd, ownFirst>(target, blueRow, y, strip, {above, here, below, top}, f);
+        const RowInput<Sample> rows = in;
+        single<Walk, colourOdd, ownFirst>(target, blueRow, y, strip, rows, f);
+    }
+    template <class Walk>
+    static void stretch(const Target& target, Phase phase, int32_t y, const Strip& strip, const RowInput<Sample>& in,
+                        const Family& family) {
+        const bool ownFirst = ordered && ownComesFirst(target, phase);
+        const auto make = phase.greenFirst
+                              ? (ownFirst ? outlined<Walk, true, ordered> : outlined<Walk, true, false>)
+                              : (ownFirst ? outlined<Walk, false, ordered> : outlined<Walk, false, false>);
+        make(target, phase.blueRow, y, strip, in, family);
     }
 
     // Two rows. Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands

@@ -26,9 +26,9 @@ const Kernels& bestKernels() {
 void makeByNarrowerSet(int32_t vectorBytes, bool words, int32_t algorithm, Output kind, const FrameJob& job) {
     const int32_t filled = words ? job.width * 2 : job.width;
     const Kernels* narrower = &scalarKernels;
-#define KRO_SET(set, backEnd, header, usable, flags)                                                   \
+#define KRO_SET(set, backEnd, header, usable, flags)                                                \
     if (set##Kernels.vectorBytes < vectorBytes && set##Kernels.vectorBytes <= filled && (usable)) { \
-        narrower = &set##Kernels;                                                                      \
+        narrower = &set##Kernels;                                                                   \
     }
 #include "table/sets.def"
 #undef KRO_SET
