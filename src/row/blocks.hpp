@@ -145,7 +145,7 @@ template <class V, class Formula>
 KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
     InPairs::each<V, 0>(made, frame, {}, formula);
 }
-// The same for formulas that look at nothing beside their block, from an even column on.
+// Blocks of formulas that look at nothing beside them, from an even column on, and pairs for what is left.
 template <class V, class Formula>
 KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula) {
     const int32_t end = made.end & ~1;

@@ -215,7 +215,8 @@ struct Avx512Bytes : Avx512Lanes {
     static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) {
         static constexpr Shuffle<16> lane = widen3to4(0);
         const __m512i spread = _mm512_setr_epi32(0, 1, 2, 2, 3, 4, 5, 5, 6, 7, 8, 8, 9, 10, 11, 11);
-        const Vector groups = _mm512_permutexvar_epi32(spread, _mm512_maskz_loadu_epi32(0x0FFF, in));
+        const __m256i last = _mm256_castsi128_si256(Ssse3Lanes::load(in + 32));
+        const Vector groups = _mm512_permutexvar_epi32(spread, halves(Avx2Lanes::load(in), last));
         store(out, _mm512_shuffle_epi8(groups, _mm512_broadcast_i32x4(Ssse3Bytes::table(lane))));
     }
 
