@@ -118,15 +118,28 @@ private:
     }
     bool colourIsOdd(int32_t y) const { return phaseOfRow(frame_.phase, y).greenFirst; }
 
+    // What a row of colours is made of: its samples, the differences of the rows above, of its own and below.
+    struct ColourInput {
+        const uint8_t* here;
+        const int16_t *above, *same, *below;
+    };
+
     // `ownFirst` speaks of rows that start with green.
     template <bool ownFirst>
     KRO_OUTLINE void walk(RowSpan rows, int32_t next, int32_t last) {
+        const bool greenPairs = greens_.havePairs(), colourPairs = colours_.havePairs();
+        const int16_t *above = differences(mirrored(rows.begin - 1, frame_.height)), *same = differences(rows.begin);
         for (int32_t y = rows.begin; y < rows.end; ++y) {
             for (const int32_t ahead = y + 2 < last ? y + 2 : last; next <= ahead; ++next) {
                 moveWindow(next);
-                colourIsOdd(next) ? green<true>(next) : green<false>(next);
+                colourIsOdd(next) ? green<true>(next, greenPairs) : green<false>(next, greenPairs);
             }
-            colourIsOdd(y) ? colour<true, ownFirst>(y) : colour<false, ordered && !ownFirst>(y);
+            const ColourInput in{window_[y + 3 - following_], above, same,
+                                 differences(mirrored(y + 1, frame_.height))};
+            colourIsOdd(y) ? colour<true, ownFirst>(y, in, colourPairs)
+                           : colour<false, ordered && !ownFirst>(y, in, colourPairs);
+            above = same;
+            same = in.below;
         }
     }
     KRO_INLINE void moveWindow(int32_t y) {
@@ -139,11 +152,11 @@ private:
     }
 
     template <bool colourOdd>
-    KRO_INLINE void green(int32_t y) {
+    KRO_INLINE void green(int32_t y, bool pairs) {
         if (greens_.haveBlocks()) {
             greensOf<InBlocks, colourOdd>(y, greens_.blocks);
         }
-        if (greens_.havePairs()) {
+        if (pairs) {
             greensInPairs<colourOdd>(y);
         }
     }
@@ -164,32 +177,30 @@ private:
     }
 
     template <bool colourOdd, bool ownFirst>
-    KRO_INLINE void colour(int32_t y) {
+    KRO_INLINE void colour(int32_t y, const ColourInput& in, bool pairs) {
         if (colours_.haveBlocks()) {
-            coloursOf<InBlocks, colourOdd, ownFirst>(y, colours_.blocks);
+            coloursOf<InBlocks, colourOdd, ownFirst>(y, in, colours_.blocks);
         }
-        if (colours_.havePairs()) {
-            coloursInPairs<colourOdd, ownFirst>(y);
+        if (pairs) {
+            coloursInPairs<colourOdd, ownFirst>(y, in);
         }
     }
     template <bool colourOdd, bool ownFirst>
-    KRO_RARE void coloursInPairs(int32_t y) {
+    KRO_RARE void coloursInPairs(int32_t y, ColourInput in) {
         colours_.eachSide([&](const Strip& side)
-                              KRO_INLINE_LAMBDA { coloursOf<InPairs, colourOdd, ownFirst>(y, side); });
+                              KRO_INLINE_LAMBDA { coloursOf<InPairs, colourOdd, ownFirst>(y, in, side); });
     }
     template <class Walk, bool colourOdd, bool ownFirst>
-    KRO_INLINE void coloursOf(int32_t y, const Strip& strip) {
+    KRO_INLINE void coloursOf(int32_t y, const ColourInput& in, const Strip& strip) {
         auto out = rowTarget<kind, uint8_t>(frame_.target, phaseOfRow(frame_.phase, y), y, strip.first);
         out.alphaColumns = alphaColumnsOf(y, strip.first);
-        const uint8_t* const here = source_[y];
-        const int16_t *const above = differences(mirrored(y - 1, frame_.height)), *const same = differences(y),
-                             *const below = differences(mirrored(y + 1, frame_.height));
         Walk::template each<V, 1>(
             strip.made, strip.frame, innerColumns<1>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
                 const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
-                put<kind, ownFirst>(out, block,
-                                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                        block.template tap<0>(here), from(above), from(same), from(below)}));
+                put<kind, ownFirst>(
+                    out, block,
+                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
+                        block.template tap<0>(in.here), from(in.above), from(in.same), from(in.below)}));
             });
     }
     // Columns whose alpha is written.
