@@ -15,11 +15,11 @@ constexpr int32_t steppedRows(int32_t height) { return height < 6 ? 0 : (height 
 // where lanes are wide; and where a ring of rows lies there too, 10, 26 and 32.
 // Where the stack has no such limit, frames of 1,280 columns of 12-bit words in one strip are 8 % faster (AVX-512).
 template <class Sample, class Number>
-constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4352
+constexpr int32_t stripColumns = sizeof(Sample) == 1   ? 4096
                                  : sizeof(Number) == 2 ? 928
                                                        : 672;
 template <class Sample, class Number>
-constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1664
+constexpr int32_t ringedStripColumns = sizeof(Sample) == 1   ? 1600
                                        : sizeof(Number) == 2 ? 640
                                                              : 480;
 

@@ -130,6 +130,8 @@ private:
     template <bool ownFirst>
     static KRO_OUTLINE void walk(const FrameJob& job, RowSpan rows, const Stretches& columns, Rows<S, Sample>& source,
                                  const Family& family) {
+        constexpr bool otherFirst = ordered && !ownFirst;
+        constexpr bool apart = V::columns == 2;  // general registers are too few for a row and all around it
         const Family f = family;
         const Strip blocks = columns.blocks;
         const bool haveBlocks = columns.haveBlocks(), havePairs = columns.havePairs();
@@ -150,15 +152,18 @@ private:
                     sides(job.target, phaseOfRow(phase, 1), y + 1, columns, lower, f);
                 }
                 if (haveBlocks) {
-                    pair<ownFirst>(job.target, phase.blueRow, y, blocks, in, lower.below, f);
+                    (apart ? outlinedPair<ownFirst> : pair<ownFirst>)(job.target, phase.blueRow, y, blocks, in,
+                                                                      lower.below, f);
                 }
                 above = here;
                 here = lower.below;
                 ++y;
             } else if (haveBlocks && phase.greenFirst) {
-                single<InBlocks, true, ownFirst>(job.target, phase.blueRow, y, blocks, in, f);
+                (apart ? outlined<InBlocks, true, ownFirst>
+                       : single<InBlocks, true, ownFirst>)(job.target, phase.blueRow, y, blocks, in, f);
             } else if (haveBlocks) {
-                single<InBlocks, false, ordered && !ownFirst>(job.target, phase.blueRow, y, blocks, in, f);
+                (apart ? outlined<InBlocks, false, otherFirst>
+                       : single<InBlocks, false, otherFirst>)(job.target, phase.blueRow, y, blocks, in, f);
             }
         }
     }
@@ -214,6 +219,13 @@ private:
         });
         finishRow<kind, V>(upper, strip.made);
         finishRow<kind, V>(lower, strip.made);
+    }
+    template <bool ownFirst>
+    static KRO_OUTLINE void outlinedPair(const Target& target, bool blueRow, int32_t y, const Strip& strip,
+                                         const RowInput<Sample>& in, const Sample* below, const Family& family) {
+        const Family f = family;
+        const RowInput<Sample> rows = in;
+        pair<ownFirst>(target, blueRow, y, strip, rows, below, f);
     }
 };
 
