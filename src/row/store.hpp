@@ -218,6 +218,14 @@ KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, Par
     store(3, part3);
 }
 
+// One by one: where the compiler keeps a loop, parts lie in memory for it.
+template <class V>
+KRO_INLINE void storeQuads(typename V::Sample* out, const typename V::Quads& quads) {
+    V::store(out, quads.part[0]);
+    V::store(out + V::columns, quads.part[1]);
+    V::store(out + 2 * V::columns, quads.part[2]);
+    V::store(out + 3 * V::columns, quads.part[3]);
+}
 template <Output kind, class V, class T>
 KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, typename V::Vector green,
                          typename V::Vector third) {
@@ -232,9 +240,7 @@ KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, type
             return;
         }
     }
-    for (int part = 0; part < 4; ++part) {
-        V::store(out + part * V::columns, quads.part[part]);
-    }
+    storeQuads<V>(out, quads);
 }
 
 // Three interleaved channels, in the form that the back end wants.
