@@ -131,7 +131,9 @@ private:
                                  const Sample* above, const Sample* here, const Sample* next, const Sample* below,
                                  const Family& family) {
         const auto upper = rowTarget<kind, Sample>(target, phase, y, strip.first);
-        const auto lower = rowTarget<kind, Sample>(target, phaseOfRow(phase, 1), y + 1, strip.first);
+        auto lower = rowTarget<kind, Sample>(target, phaseOfRow(phase, 1), y + 1, strip.first);
+        lower.ownWeight = upper.otherWeight;  // the compiler would not see that they are the same, and hold both
+        lower.otherWeight = upper.ownWeight;
         const Family f = family;
         eachBlock<V, 1>(strip.made, strip.frame, f.inner(strip.frame), [=](auto block) KRO_INLINE_LAMBDA {
             const auto one = f.template row<true>(block, above, here, next);

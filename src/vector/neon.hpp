@@ -104,6 +104,7 @@ struct NeonLanes {
 
 struct NeonBytes : NeonLanes {
     static constexpr int columns = 16;
+    static constexpr bool weighsHighBytes = false;
     static constexpr bool wholePermutes = false;
     using Sample = uint8_t;
 
