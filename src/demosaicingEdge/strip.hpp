@@ -32,6 +32,12 @@ struct ColourRow {
     Columns alphaColumns;
 };
 
+// That of column x, which is even: two bytes for two columns.
+template <class Number>
+KRO_INLINE Number* differenceAt(Number* row, int32_t x) {
+    return advanced(row, x);
+}
+
 template <class S, Output kind>
 struct ByteColours {
     static KRO_INLINE void row(const ColourRow& to, const uint8_t* here, const int16_t* above, const int16_t* same,
@@ -53,10 +59,10 @@ private:
         const Columns frame = to.strip.frame;
         eachBlock<typename S::Bytes, 1>(
             to.strip.made, frame, innerColumns<1>(frame), [=](auto block) KRO_INLINE_LAMBDA {
-                const int32_t lane = block.x / 2;
+                const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
                 put<kind, ownFirst>(out, block,
                                     edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                        block.template tap<0>(here), above + lane, same + lane, below + lane}));
+                                        block.template tap<0>(here), from(above), from(same), from(below)}));
             });
     }
 };
@@ -76,7 +82,7 @@ private:
                                 int16_t* differences) {
         eachBlock<typename S::Bytes, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             using V = typename decltype(block)::Vector;
-            V::storeLanes(differences + block.x / 2,
+            V::storeLanes(differenceAt(differences, block.x),
                           greenDifference<colourOdd>(block, above2, above, here, below, below2));
         });
     }

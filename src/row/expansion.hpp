@@ -16,11 +16,8 @@ KRO_INLINE void expandBlock(const typename V::Sample* in, uint32_t alpha, typena
         V::store3(out, grey, grey, grey);
     } else {
         const auto level = V::transposed(grey), fourth = V::filled(alpha);
-        const auto quads =
-            kind == Output::abgr ? V::quads(fourth, level, level, level) : V::quads(level, level, level, fourth);
-        for (int part = 0; part < 4; ++part) {
-            V::store(out + part * V::columns, quads.part[part]);
-        }
+        storeQuads<V>(out, kind == Output::abgr ? V::quads(fourth, level, level, level)
+                                                : V::quads(level, level, level, fourth));
     }
 }
 template <Output kind, class Sample>

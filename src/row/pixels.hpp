@@ -231,6 +231,20 @@ KRO_INLINE typename V::Lanes oddLanes(Saturated<V> s) {
     return V::clampByte(s.value);
 }
 
+// A channel as lanes that a saturating pack makes samples of.
+template <class Lanes>
+struct LanesToPack {
+    Lanes even, odd;
+};
+template <class V, class Even, class Odd>
+KRO_INLINE LanesToPack<typename V::Lanes> lanesToPack(const Sites<Even, Odd>& sites) {
+    return {evenLanes(sites.even), oddLanes(sites.odd)};
+}
+template <class V>
+KRO_INLINE LanesToPack<typename V::Lanes> lanesToPack(const Sites<Saturated<V>, Saturated<V>>& sites) {
+    return {sites.even.value, sites.odd.value};
+}
+
 // Pixels whose own and other colour are signed lanes at all sites.
 template <class V, class Green>
 struct SaturatedPixels {
@@ -238,13 +252,21 @@ struct SaturatedPixels {
     Green green;
     Sites<Saturated<V>, Saturated<V>> other;
 };
+// Two channels of them in column order.
+template <class V>
+struct PackedPair {
+    typename V::Vector first, second;
+};
+template <class V, class Channel>
+KRO_INLINE PackedPair<V> packedPair(const Channel& a, const Channel& b) {
+    PackedPair<V> packed;
+    V::packPair(a.even.value, a.odd.value, b.even.value, b.odd.value, packed.first, packed.second);
+    return packed;
+}
 template <class V, class Green>
 KRO_INLINE Channels<V> channelsOf(const SaturatedPixels<V, Green>& pixels) {
-    Channels<V> channels;
-    V::packPair(pixels.own.even.value, pixels.own.odd.value, pixels.other.even.value, pixels.other.odd.value,
-                channels.own, channels.other);
-    channels.green = samplesOf<V>(pixels.green);
-    return channels;
+    const auto [own, other] = packedPair<V>(pixels.own, pixels.other);
+    return {own, samplesOf<V>(pixels.green), other};
 }
 
 }  // namespace

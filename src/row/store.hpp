@@ -2,6 +2,8 @@
 // written.
 #pragma once
 
+#include <type_traits>
+
 #include "records/job.hpp"
 #include "row/blocks.hpp"
 #include "row/pixels.hpp"
@@ -215,19 +217,51 @@ KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     }
 }
 
-// The fourth channel stays the caller's in some columns: its bytes are read back and kept.
-template <class V>
-KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, typename V::Quads quads) {
-    uint32_t keep[V::columns];
-    for (int32_t i = 0; i < V::columns; ++i) {
-        keep[i] = x + i >= written.begin && x + i < written.end ? 0 : 0xFF000000u;
+// The fourth channel's bytes, of so many pixels, then of none, then of as many again: a block that leaves the
+// caller's in its first or last columns loads its mask from in between.
+template <int columns>
+struct alignas(64) AlphaKept {
+    uint32_t pixel[3 * columns];
+};
+template <int columns>
+constexpr AlphaKept<columns> alphaKept() {
+    AlphaKept<columns> kept{};
+    for (int i = 0; i < columns; ++i) {
+        kept.pixel[i] = kept.pixel[2 * columns + i] = 0xFF000000u;
     }
-    for (int part = 0; part < 4; ++part) {
+    return kept;
+}
+// Parts are handed over one by one: together they would have to lie in memory, from where the usual path, too, would
+// fetch them.
+template <class V, class Part = typename V::Vector>
+KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, Part part0, Part part1, Part part2,
+                                   Part part3) {
+    static constexpr AlphaKept<V::columns> kept = alphaKept<V::columns>();
+    const auto within = [x](int32_t column) KRO_INLINE_LAMBDA {
+        const int32_t columns = column - x;
+        return columns < 0 ? 0 : columns < V::columns ? columns : V::columns;
+    };
+    const uint32_t* const before = kept.pixel + V::columns - within(written.begin);
+    const uint32_t* const after = kept.pixel + 2 * V::columns - within(written.end);
+    const auto store = [=](int part, Part quads) KRO_INLINE_LAMBDA {
         uint8_t* const at = out + part * V::columns;
-        V::store(at, V::keepBits(quads.part[part], V::load(at), V::load(keep + part * V::columns / 4)));
-    }
+        const int lane = part * V::columns / 4;
+        V::store(at, V::keepBits(quads, V::load(at), V::bitOr(V::load(before + lane), V::load(after + lane))));
+    };
+    store(0, part0);
+    store(1, part1);
+    store(2, part2);
+    store(3, part3);
 }
 
+// One by one: where the compiler keeps a loop, parts lie in memory for it.
+template <class V>
+KRO_INLINE void storeQuads(typename V::Sample* out, const typename V::Quads& quads) {
+    V::store(out, quads.part[0]);
+    V::store(out + V::columns, quads.part[1]);
+    V::store(out + 2 * V::columns, quads.part[2]);
+    V::store(out + 3 * V::columns, quads.part[3]);
+}
 template <Output kind, class V, class T>
 KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, typename V::Vector green,
                          typename V::Vector third) {
@@ -237,12 +271,31 @@ KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, type
     auto* const out = row.own + static_cast<ptrdiff_t>(x) * 4;
     if constexpr (ofBytes<V> && kind == Output::bgra) {
         if (__builtin_expect(x < row.alphaColumns.begin || x + V::columns > row.alphaColumns.end, 0)) {
-            storeKeepingAlpha<V>(out, x, row.alphaColumns, quads);
+            storeKeepingAlpha<V>(out, x, row.alphaColumns, quads.part[0], quads.part[1], quads.part[2],
+                                 quads.part[3]);
             return;
         }
     }
-    for (int part = 0; part < 4; ++part) {
-        V::store(out + part * V::columns, quads.part[part]);
+    storeQuads<V>(out, quads);
+}
+
+// Three interleaved channels, in the form that the back end wants.
+template <class V, class Sample, class C0, class C1, class C2>
+KRO_INLINE void putTriples(Sample* out, const C0& c0, const C1& c1, const C2& c2) {
+    V::store3(out, samplesOf<V>(c0), samplesOf<V>(c1), samplesOf<V>(c2));
+}
+template <class V, class E0, class O0, class E1, class O1, class E2, class O2>
+KRO_INLINE void putTriples(uint8_t* out, const Sites<E0, O0>& c0, const Sites<E1, O1>& c1, const Sites<E2, O2>& c2) {
+    constexpr bool saturated = std::is_same_v<O0, Saturated<V>>;
+    if constexpr (V::interleaving == Interleaving::pairs) {
+        V::store3Lanes(out, lanesToPack<V>(c0), lanesToPack<V>(c1), lanesToPack<V>(c2));
+    } else if constexpr (saturated && V::interleaving == Interleaving::packs) {
+        V::store3Lanes(out, lanesToPack<V>(c0), samplesOf<V>(c1), lanesToPack<V>(c2));
+    } else if constexpr (saturated) {
+        const auto [first, third] = packedPair<V>(c0, c2);
+        V::store3(out, first, samplesOf<V>(c1), third);
+    } else {
+        V::store3(out, samplesOf<V>(c0), samplesOf<V>(c1), samplesOf<V>(c2));
     }
 }
 
@@ -252,14 +305,19 @@ KRO_INLINE void put(const T& row, B block, const P& pixels) {
     const int32_t x = block.x;
     if constexpr (kind == Output::mono) {
         V::store(row.own + x, lumaOf<V>(row, pixels));
+    } else if constexpr (kind == Output::bgr) {
+        auto* const out = row.own + static_cast<ptrdiff_t>(x) * 3;
+        if constexpr (ownFirst) {
+            putTriples<V>(out, pixels.own, pixels.green, pixels.other);
+        } else {
+            putTriples<V>(out, pixels.other, pixels.green, pixels.own);
+        }
     } else {
         const auto [own, green, other] = channelsOf<V>(pixels);
         if constexpr (kind == Output::planar) {
             V::store(row.own + x, own);
             V::store(row.green + x, green);
             V::store(row.other + x, other);
-        } else if constexpr (kind == Output::bgr) {
-            V::store3(row.own + static_cast<ptrdiff_t>(x) * 3, ownFirst ? own : other, green, ownFirst ? other : own);
         } else {
             putQuads<kind, V>(row, x, ownFirst ? own : other, green, ownFirst ? other : own);
         }

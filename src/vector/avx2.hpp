@@ -91,6 +91,7 @@ struct Avx2Lanes {
 struct Avx2Bytes : Avx2Lanes {
     static constexpr int columns = 32;
     static constexpr bool wholePermutes = false;
+    static constexpr Interleaving interleaving = Interleaving::pairs;
     using Sample = uint8_t;
 
     template <int outside>
@@ -137,6 +138,26 @@ struct Avx2Bytes : Avx2Lanes {
             piece[j] = _mm256_blendv_epi8(two, r2, table(third[modulo3(2 - j)]));
         }
         storeLanePieces(out, piece[0], piece[1], piece[2]);
+    }
+    // Of signed lanes, saturated: samples that become neighbours are packed together, eight bytes apart, and move as
+    // words. Blends of words know their places beforehand; by a mask of bytes they are three operations to Intel's.
+    template <class Channel>
+    static KRO_INLINE void store3Lanes(uint8_t* out, const Channel& c0, const Channel& c1, const Channel& c2) {
+        static constexpr Shuffle<32> rotation[3] = {rotatePacked3<32, 16, 2>(0), rotatePacked3<32, 16, 2>(1),
+                                                    rotatePacked3<32, 16, 2>(2)};
+        storeRotated(out, shuffled(_mm256_packus_epi16(c0.even, c1.even), rotation[0]),
+                     shuffled(_mm256_packus_epi16(c2.even, c0.odd), rotation[1]),
+                     shuffled(_mm256_packus_epi16(c1.odd, c2.odd), rotation[2]));
+    }
+    // Words whose places in a lane are 0, 1 and 2 modulo 3 of three rotated vectors, shifted by one from store to
+    // store.
+    static KRO_INLINE void storeRotated(void* out, Vector r0, Vector r1, Vector r2) {
+        storeLanePieces(out, merged<0x92, 0x24>(r0, r1, r2), merged<0x24, 0x49>(r0, r1, r2),
+                        merged<0x49, 0x92>(r0, r1, r2));
+    }
+    template <int second, int third>
+    static KRO_INLINE Vector merged(Vector r0, Vector r1, Vector r2) {
+        return _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, second), r2, third);
     }
     static KRO_INLINE void storeTriple(uint8_t* out, Vector grey) {
         Ssse3Bytes::storeTriple(out, _mm256_castsi256_si128(grey));
@@ -186,13 +207,7 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE void store3(uint16_t* out, Vector c0, Vector c1, Vector c2) {
         static constexpr Shuffle<32> rotation[3] = {rotate3<32, 16, 2>(0), rotate3<32, 16, 2>(1),
                                                     rotate3<32, 16, 2>(2)};
-        const __m256i r0 = shuffled(c0, rotation[0]), r1 = shuffled(c1, rotation[1]), r2 = shuffled(c2, rotation[2]);
-        Avx2Bytes::storeLanePieces(out, merged<0x92, 0x24>(r0, r1, r2), merged<0x24, 0x49>(r0, r1, r2),
-                                   merged<0x49, 0x92>(r0, r1, r2));
-    }
-    template <int second, int third>
-    static KRO_INLINE Vector merged(Vector r0, Vector r1, Vector r2) {
-        return _mm256_blend_epi16(_mm256_blend_epi16(r0, r1, second), r2, third);
+        Avx2Bytes::storeRotated(out, shuffled(c0, rotation[0]), shuffled(c1, rotation[1]), shuffled(c2, rotation[2]));
     }
     static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
         const __m256i low01 = _mm256_unpacklo_epi16(c0, c1), high01 = _mm256_unpackhi_epi16(c0, c1);

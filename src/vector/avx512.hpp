@@ -94,6 +94,7 @@ template <bool bytePermutes>
 struct Avx512Bytes : Avx512Lanes {
     static constexpr int columns = 64;
     static constexpr bool wholePermutes = bytePermutes;
+    static constexpr Interleaving interleaving = Interleaving::packs;
     using Sample = uint8_t;
 
     static constexpr uint64_t oddColumns = 0xAAAAAAAAAAAAAAAA;
@@ -143,7 +144,18 @@ struct Avx512Bytes : Avx512Lanes {
         static constexpr int lane = bytePermutes ? 64 : 16;
         static constexpr Shuffle<64> rotation[3] = {rotate3<64, lane, 1>(0), rotate3<64, lane, 1>(1),
                                                     rotate3<64, lane, 1>(2)};
-        const Vector r0 = rotated(c0, rotation[0]), r1 = rotated(c1, rotation[1]), r2 = rotated(c2, rotation[2]);
+        storeRotated(out, rotated(c0, rotation[0]), rotated(c1, rotation[1]), rotated(c2, rotation[2]));
+    }
+    // The same of an outer two of signed lanes, saturated: the rotation takes samples from where a pack left them.
+    template <class Channel>
+    static KRO_INLINE void store3Lanes(uint8_t* out, const Channel& c0, Vector c1, const Channel& c2) {
+        static constexpr int lane = bytePermutes ? 64 : 16;
+        static constexpr Shuffle<64> rotation[3] = {rotatePacked3<64, lane, 1>(0), rotate3<64, lane, 1>(1),
+                                                    rotatePacked3<64, lane, 1>(2)};
+        storeRotated(out, rotated(_mm512_packus_epi16(c0.even, c0.odd), rotation[0]), rotated(c1, rotation[1]),
+                     rotated(_mm512_packus_epi16(c2.even, c2.odd), rotation[2]));
+    }
+    static KRO_INLINE void storeRotated(uint8_t* out, Vector r0, Vector r1, Vector r2) {
         if constexpr (bytePermutes) {
             for (int j = 0; j < 3; ++j) {
                 store(out + 64 * j, blendThird(blendThird(r0, modulo3(1 - j), r1), modulo3(2 - j), r2));

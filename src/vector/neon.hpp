@@ -106,6 +106,7 @@ struct NeonBytes : NeonLanes {
     static constexpr int columns = 16;
     static constexpr bool weighsHighBytes = false;
     static constexpr bool wholePermutes = false;
+    static constexpr Interleaving interleaving = Interleaving::channels;
     using Sample = uint8_t;
 
     template <int outside>

@@ -6,6 +6,13 @@
 namespace kro {
 namespace {
 
+// What a back end of bytes wants of three channels that it interleaves.
+enum class Interleaving {
+    channels,  // each in column order
+    pairs,     // samples that become neighbours, as words
+    packs,     // signed lanes of the outer ones as a pack leaves them
+};
+
 constexpr uint8_t nothing = 0x80;  // pshufb writes 0 for it
 
 constexpr int alignmentOf(int size) { return size < 64 ? size : 64; }
@@ -39,6 +46,17 @@ constexpr Shuffle<size> rotate3(int channel) {
                 table.byte[start + place * wide + b] = static_cast<uint8_t>(i * wide + b);
             }
         }
+    }
+    return table;
+}
+
+// The same of bytes that a lane-wise pack of two vectors left apart: what belongs at even places is in the lower half
+// of each 16-byte lane, what belongs at odd ones in the upper.
+template <int size, int lane, int wide>
+constexpr Shuffle<size> rotatePacked3(int channel) {
+    Shuffle<size> table = rotate3<size, lane, wide>(channel);
+    for (uint8_t& byte : table.byte) {
+        byte = static_cast<uint8_t>(byte / 16 * 16 + byte % 2 * 8 + byte % 16 / 2);
     }
     return table;
 }

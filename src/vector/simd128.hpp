@@ -87,6 +87,7 @@ struct Simd128Bytes : Simd128Lanes {
     static constexpr int columns = 16;
     static constexpr bool weighsHighBytes = false;
     static constexpr bool wholePermutes = false;
+    static constexpr Interleaving interleaving = Interleaving::channels;
     using Sample = uint8_t;
 
     // 16 columns of which the first (last) `outside` lie beyond the row.

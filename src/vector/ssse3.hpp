@@ -83,6 +83,7 @@ struct Ssse3Lanes {
 struct Ssse3Bytes : Ssse3Lanes {
     static constexpr int columns = 16;
     static constexpr bool wholePermutes = false;
+    static constexpr Interleaving interleaving = Interleaving::channels;
     using Sample = uint8_t;
 
     // 16 columns of which the first (last) `outside` lie beyond the row.
