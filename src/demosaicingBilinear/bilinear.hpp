@@ -53,7 +53,7 @@ struct Bilinear : Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>> {
     using Rect = Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>>;
     // Grey by weights that bytes can be weighed with where they are: 58 vector operations for two rows of a block
     // where it takes 70 otherwise, and seven constants, which AVX2 has registers for.
-    using Grey = std::conditional_t<kind == Output::mono && S::Bytes::weighsHighBytes,
+    using Grey = std::conditional_t<kind == Output::mono && S::Bytes::weighsBytes,
                                     Rectangle<S, uint8_t, kind, BilinearFamily<HighMeans>>, Rect>;
     static KRO_INLINE bool isGrey(const Target& target) {
         return !std::is_same_v<Grey, Rect> && weighsInHighHalves(target);

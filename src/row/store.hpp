@@ -181,7 +181,7 @@ KRO_INLINE typename V::Lanes greenProduct(Value value, uint32_t weight) {
 // Fractions meet a weight of 0.
 template <bool odd, class V, int fraction>
 KRO_INLINE typename V::Lanes product(HighByte<V, fraction> high, uint32_t weight) {
-    return V::weighHighBytes(high.value, static_cast<int32_t>(weight));
+    return V::weighBytes(high.value, 0, static_cast<int32_t>(weight));
 }
 // (256 g + r) w / 256, of which r, that covers the fraction, contributes 128 and less than one.
 template <bool odd, class V, int fraction>
@@ -205,15 +205,38 @@ KRO_INLINE typename V::Lanes weighedAt(const T& row, const P& pixels) {
 }
 // Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
 // are weighed apart from the low ones: 256 h + l weighed and divided by 256 is h weighed, plus l weighed over 256.
+template <class V>
+KRO_INLINE typename V::Vector highBytes(typename V::Lanes even, typename V::Lanes odd) {
+    return V::combine(V::high(even), odd);
+}
 template <class V, class T, class P>
 KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     if constexpr (ofBytes<V>) {
-        return V::combine(V::high(weighedAt<false, V>(row, pixels)), weighedAt<true, V>(row, pixels));
+        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     } else {
         const auto [own, green, other] = channelsOf<V>(pixels);
         const auto low = weighed<V>(row, V::low(own), V::low(green), V::low(other));
         const auto high = weighed<V>(row, V::high(own), V::high(green), V::high(other));
         return V::add(V::sub(high, V::all(128)), V::high(low));
+    }
+}
+
+// Of an edge-directed row, whose weights are luma's own, packs saturate both colours of a site and leave them side by
+// side.
+template <class V, class T, class Green>
+KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Green>& pixels) {
+    if constexpr (V::weighsBytes) {
+        typename V::Vector even, odd;
+        V::packPair(pixels.own.even.value, pixels.other.even.value, pixels.own.odd.value, pixels.other.odd.value,
+                    even, odd);
+        const auto luma = [&](auto colours, auto green) KRO_INLINE_LAMBDA {
+            return V::add(
+                V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
+                rounded<V>(times<V>(green, row.greenWeight)));
+        };
+        return highBytes<V>(luma(even, lanes<false>(pixels.green.even)), luma(odd, lanes<true>(pixels.green.odd)));
+    } else {
+        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     }
 }
 

@@ -50,9 +50,9 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi16(a, b); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm512_mulhi_epu16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
-    static constexpr bool weighsHighBytes = true;
-    static KRO_INLINE Lanes weighHighBytes(Lanes a, int32_t weight) {
-        return _mm512_maddubs_epi16(a, all(weight << 8));
+    static constexpr bool weighsBytes = true;
+    static KRO_INLINE Lanes weighBytes(Vector v, int32_t low, int32_t high) {
+        return _mm512_maddubs_epi16(v, all(low | high << 8));
     }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi16(a, b); }

@@ -42,9 +42,11 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
-    // A lane's upper byte by a weight below 128; the lower one counts for nothing.
-    static constexpr bool weighsHighBytes = true;
-    static KRO_INLINE Lanes weighHighBytes(Lanes a, int32_t weight) { return _mm_maddubs_epi16(a, all(weight << 8)); }
+    // The sum of a lane's two bytes by weights below 128, of which together not more than 128.
+    static constexpr bool weighsBytes = true;
+    static KRO_INLINE Lanes weighBytes(Vector v, int32_t low, int32_t high) {
+        return _mm_maddubs_epi16(v, all(low | high << 8));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm_min_epi16(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm_max_epi16(a, b); }
