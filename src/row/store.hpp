@@ -178,7 +178,16 @@ template <bool odd, class V, class Value>
 KRO_INLINE typename V::Lanes greenProduct(Value value, uint32_t weight) {
     return rounded<V>(times<V>(lanes<odd>(value), weight));
 }
-// Fractions meet a weight of 0.
+// Finished bytes, whose weights are luma's own, in their places: the neighbour meets a weight of 0, as fractions do.
+template <bool odd, class V>
+KRO_INLINE typename V::Lanes product(Ready<V> ready, uint32_t weight) {
+    if constexpr (V::weighsBytes) {
+        const auto w = static_cast<int32_t>(weight);
+        return V::weighBytes(ready.samples, odd ? 0 : w, odd ? w : 0);
+    } else {
+        return times<V>(lanes<odd>(ready), weight);
+    }
+}
 template <bool odd, class V, int fraction>
 KRO_INLINE typename V::Lanes product(HighByte<V, fraction> high, uint32_t weight) {
     return V::weighBytes(high.value, 0, static_cast<int32_t>(weight));
