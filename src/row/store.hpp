@@ -230,8 +230,8 @@ KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     }
 }
 
-// Of an edge-directed row, whose weights are luma's own, packs saturate both colours of a site and leave them side by
-// side.
+// Where colours may lie outside of what bytes hold weights are luma's own. Packs saturate both colours of a site and
+// leave them side by side.
 template <class V, class T, class Green>
 KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Green>& pixels) {
     if constexpr (V::weighsBytes) {
