@@ -94,8 +94,19 @@ int startOf(Region region, Size size) {
     return region == Region::lastRows ? borderStart(size.height) : borderStart(size.width);
 }
 
-constexpr uint32_t arbitraryWeights[][3] = {{77, 150, 29},  {29, 150, 77},         {0, 256, 0},
-                                            {300, 1, 4000}, {65535, 65535, 65535}, {0x10001u, 0xFFFFFFFFu, 7}};
+constexpr uint32_t arbitraryWeights[][3] = {{77, 150, 29},
+                                            {29, 150, 77},
+                                            {0, 256, 0},
+                                            {300, 1, 4000},
+                                            {127, 129, 0},
+                                            {0, 171, 127},
+                                            {127, 171, 127},
+                                            {128, 150, 29},
+                                            {77, 150, 128},
+                                            {77, 128, 29},
+                                            {77, 172, 29},
+                                            {65535, 65535, 65535},
+                                            {0x10001u, 0xFFFFFFFFu, 7}};
 
 Style styleOf(Kind kind, uint32_t swap, const uint32_t* weights) {
     return {kind, swap == 1, {weights[0], weights[1], weights[2]}};
@@ -336,6 +347,46 @@ TEST_P(Bilinear, CallerWeightsInRegions) {
                         },
                         [&] { return std::string(nameOf(region)) + " weights " + std::to_string(weights[0]); }));
                 }
+            }
+        }
+    }
+}
+
+// Tiles of one colour each: in their middle all four kinds of sites have it.
+constexpr int tile = 4;
+std::vector<uint8_t> tilesOf(int blue) {
+    std::vector<uint8_t> samples;
+    for (int y = 0; y < 256 * tile; ++y) {
+        for (int x = 0; x < 256 * tile; ++x) {
+            const int red = y / tile, green = x / tile;
+            samples.push_back(static_cast<uint8_t>(y % 2 != x % 2 ? green : y % 2 == 0 ? red : blue));
+        }
+    }
+    return samples;
+}
+int wrongTiles(const std::vector<uint8_t>& grey, int blue, const std::array<uint32_t, 3>& weights) {
+    int wrong = 0;
+    for (int red = 0; red < 256; ++red) {
+        for (int green = 0; green < 256; ++green) {
+            const int expected = reference::luma({red, green, blue}, weights);
+            for (const auto& [y, x] : {std::pair{1, 1}, {1, 2}, {2, 1}, {2, 2}}) {
+                wrong += grey[reference::place(red * tile + y, green * tile + x, 256 * tile)] != expected ? 1 : 0;
+            }
+        }
+    }
+    return wrong;
+}
+
+TEST(BilinearLuma, OfEveryColour) {
+    constexpr int length = 256 * tile;
+    std::vector<uint8_t> grey(static_cast<size_t>(length) * length);
+    const int step = static_cast<int>(stepOf(17, 85));
+    for (int blue = 0; blue < 256; blue += step) {
+        const std::vector<uint8_t> samples = tilesOf(blue);
+        for (const auto& weights : {reference::lumaWeights, {127, 129, 0}, {127, 171, 127}}) {
+            for (const kro::Kernels* table : usableTables()) {
+                call(table->rg8ToMono8_bilinear, samples.data(), length, length, weights.data(), grey.data());
+                ASSERT_EQ(0, wrongTiles(grey, blue, weights)) << table->name << " blue " << blue;
             }
         }
     }

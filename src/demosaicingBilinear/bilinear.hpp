@@ -1,6 +1,8 @@
 // Bilinear: every missing colour is the truncated mean of the two or four nearest samples of that colour.
 #pragma once
 
+#include <type_traits>
+
 #include "demosaicingBilinear/means.hpp"
 #include "row/narrow.hpp"
 
@@ -9,7 +11,8 @@ namespace {
 
 // `Means` says how sums are formed. What bounds it, colour output: the two 512-bit pipes and, from the second-level
 // cache on, the memory's write rate (AVX-512 VBMI); shuffles (BW, SSSE3); shifts, shuffles and blends (AVX2). Grey
-// output: multiplications and shifts. Words: the six bytes a pixel written.
+// output: all operations alike (AVX2, on Zen 5 3.8 of 4 a cycle), loads across lines of the cache (AVX-512). Words:
+// the six bytes a pixel written.
 template <template <class> class Means>
 struct BilinearFamily {
     static constexpr bool pairs = true;
@@ -23,10 +26,10 @@ struct BilinearFamily {
             M::four(vertical<M, colourOdd, 0>(block, above, below), horizontal<M, colourOdd>(block, here));
         const auto diagonal =
             M::four(vertical<M, colourOdd, -1>(block, above, below), vertical<M, colourOdd, 1>(block, above, below));
-        const Own<V> own{block.template tap<0>(here)};
-        return makePixels(sites<colourOdd>(own, M::two(horizontal<M, !colourOdd>(block, here))),
-                          sites<colourOdd>(cross, own),
-                          sites<colourOdd>(diagonal, M::two(vertical<M, !colourOdd, 0>(block, above, below))));
+        return makePixels(
+            sites<colourOdd>(M::template own<colourOdd>(block, here), M::two(horizontal<M, !colourOdd>(block, here))),
+            sites<colourOdd>(cross, M::template own<!colourOdd>(block, here)),
+            sites<colourOdd>(diagonal, M::two(vertical<M, !colourOdd, 0>(block, above, below))));
     }
 
     template <Output, bool, bool, class Sample>
@@ -36,11 +39,11 @@ private:
     // Of bytes, two loads, at x - 1 and x + 1, hold all that a row contributes.
     template <class M, bool odd, int k, class B, class Sample>
     static KRO_INLINE auto vertical(B block, const Sample* above, const Sample* below) {
-        return M::pair(samplesAt<1, odd, k>(block, above), samplesAt<1, odd, k>(block, below));
+        return M::pair(M::template at<odd, k>(block, above), M::template at<odd, k>(block, below));
     }
     template <class M, bool odd, class B, class Sample>
     static KRO_INLINE auto horizontal(B block, const Sample* row) {
-        return M::pair(samplesAt<1, odd, -1>(block, row), samplesAt<1, odd, 1>(block, row));
+        return M::pair(M::template at<odd, -1>(block, row), M::template at<odd, 1>(block, row));
     }
 };
 
@@ -48,17 +51,34 @@ private:
 template <class S, Output kind>
 struct Bilinear : Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>> {
     using Rect = Rectangle<S, uint8_t, kind, BilinearFamily<LaneMeans>>;
+    // Grey by weights that bytes can be weighed with where they are: 58 vector operations for two rows of a block
+    // where it takes 70 otherwise, and seven constants, which AVX2 has registers for.
+    using Grey = std::conditional_t<kind == Output::mono && S::Bytes::weighsBytes,
+                                    Rectangle<S, uint8_t, kind, BilinearFamily<HighMeans>>, Rect>;
+    static KRO_INLINE bool isGrey(const Target& target) {
+        return !std::is_same_v<Grey, Rect> && weighsInHighHalves(target);
+    }
 
     static void frame(const FrameJob& job) {
         if (madeByNarrowerSet<S, uint8_t>(KRO_BILINEAR, kind, job)) {
             return;
         }
-        Rect::frame(job, {});
+        if (isGrey(job.target)) {
+            Grey::frame(job, {});
+        } else {
+            Rect::frame(job, {});
+        }
         if (job.phase.greenFirst && job.width % 2 != 0) {
             markedValues(job);
         }
     }
-    static void run(const FrameJob& job, RowSpan rows, Columns columns) { Rect::run(job, rows, columns, {}); }
+    static void run(const FrameJob& job, RowSpan rows, Columns columns) {
+        if (isGrey(job.target)) {
+            Grey::run(job, rows, columns, {});
+        } else {
+            Rect::run(job, rows, columns, {});
+        }
+    }
 
     // The exception: where a frame of odd width starts with green, three values at the right end of rows 0 and 1 are
     // taken from samples at the left: green of (0, W-2) from (0, 0) instead of (0, W-3), and the colour that row 0

@@ -37,6 +37,18 @@ KRO_INLINE auto samplesAt(B block, const typename B::Vector::Sample* row) {
     }
 }
 
+// The same in the high halves of lanes, above zeros, for k from -1 to 1. No load stands farther off than one column.
+template <bool odd, int k, class B>
+KRO_INLINE auto highSamplesAt(B block, const typename B::Vector::Sample* row) {
+    using V = typename B::Vector;
+    constexpr int offset = k - (odd ? 0 : 1);
+    if constexpr (offset < -1) {
+        return V::template shiftLeft<8>(block.template tap<-1>(row));
+    } else {
+        return V::highOnly(block.template tap<offset>(row));
+    }
+}
+
 // The sample itself, in its place.
 template <class V>
 struct Own {
@@ -51,6 +63,11 @@ struct Mean {
 template <class V>
 struct Ready {
     typename V::Vector samples;
+};
+// A byte in the high half of its lane, above a fraction of so many bits and zeros.
+template <class V, int fraction>
+struct HighByte {
+    typename V::Lanes value;
 };
 
 // As numbers, a lane each.
@@ -139,25 +156,31 @@ template <class V, class Even, class Odd>
 KRO_INLINE typename V::Vector samplesOf(Sites<Even, Odd> sites) {
     return V::combine(evenSamples(sites.even), oddSamples(sites.odd));
 }
-template <class V, class Even, class Odd>
-KRO_INLINE typename V::Lanes evenLanesOf(Sites<Even, Odd> sites) {
-    return evenLanes(sites.even);
-}
-template <class V, class Even, class Odd>
-KRO_INLINE typename V::Lanes oddLanesOf(Sites<Even, Odd> sites) {
-    return oddLanes(sites.odd);
-}
 template <class V>
 KRO_INLINE typename V::Vector samplesOf(Ready<V> ready) {
     return ready.samples;
 }
-template <class V>
-KRO_INLINE typename V::Lanes evenLanesOf(Ready<V> ready) {
-    return evenLanes(ready);
+
+// A channel's values at the even or the odd columns.
+template <bool odd, class Even, class Odd>
+KRO_INLINE auto valuesAt(Sites<Even, Odd> sites) {
+    if constexpr (odd) {
+        return sites.odd;
+    } else {
+        return sites.even;
+    }
 }
-template <class V>
-KRO_INLINE typename V::Lanes oddLanesOf(Ready<V> ready) {
-    return oddLanes(ready);
+template <bool odd, class V>
+KRO_INLINE Ready<V> valuesAt(Ready<V> ready) {
+    return ready;
+}
+template <bool odd, class Value>
+KRO_INLINE auto lanes(Value value) {
+    if constexpr (odd) {
+        return oddLanes(value);
+    } else {
+        return evenLanes(value);
+    }
 }
 
 // Orders the values at colour sites and at green sites by column parity.

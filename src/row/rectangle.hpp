@@ -210,7 +210,9 @@ private:
     static KRO_INLINE void pair(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                 const RowInput<Sample>& in, const Sample* below, const Family& family) {
         const auto upper = rowTarget<kind, Sample>(target, {true, blueRow}, y, strip.first);
-        const auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
+        auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
+        lower.ownWeight = upper.otherWeight;  // the compiler would not see that they are the same, and hold both
+        lower.otherWeight = upper.ownWeight;
         InBlocks::each<V, 1>(strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
             const auto one = family.template row<true>(block, in.above, in.here, in.below);
             const auto two = family.template row<false>(block, in.here, in.below, below);

@@ -132,14 +132,14 @@ KRO_INLINE void putPixel(const RowTarget<Sample>& row, int32_t x, int32_t own, i
 template <Output kind, bool ownFirst, class T, class V, class P>
 KRO_INLINE void put(const T& row, PairBlock<V> block, const P& pixels) {
     if (block.wantEven) {
-        putPixel<kind, ownFirst>(row, block.x, V::evenColumn(evenLanesOf<V>(pixels.own)),
-                                 V::evenColumn(evenLanesOf<V>(pixels.green)),
-                                 V::evenColumn(evenLanesOf<V>(pixels.other)));
+        putPixel<kind, ownFirst>(row, block.x, V::evenColumn(lanes<false>(valuesAt<false>(pixels.own))),
+                                 V::evenColumn(lanes<false>(valuesAt<false>(pixels.green))),
+                                 V::evenColumn(lanes<false>(valuesAt<false>(pixels.other))));
     }
     if (block.wantOdd) {
-        putPixel<kind, ownFirst>(row, block.x + 1, V::oddColumn(oddLanesOf<V>(pixels.own)),
-                                 V::oddColumn(oddLanesOf<V>(pixels.green)),
-                                 V::oddColumn(oddLanesOf<V>(pixels.other)));
+        putPixel<kind, ownFirst>(row, block.x + 1, V::oddColumn(lanes<true>(valuesAt<true>(pixels.own))),
+                                 V::oddColumn(lanes<true>(valuesAt<true>(pixels.green))),
+                                 V::oddColumn(lanes<true>(valuesAt<true>(pixels.other))));
     }
 }
 template <Output kind, bool ownFirst, class T, class P>
@@ -154,30 +154,98 @@ KRO_INLINE void put(const T& row, InnerBlock<PairWords> block, const P& pixels) 
 // ---- wide blocks ----
 
 // Weights of sum 256 give at most 255 * 256 + 128 = 65408, so 16-bit lanes are exact (other weights wrap there, and
-// the byte taken is the same as of the wider sum).
+// the byte taken is the same as of the wider sum). With green's product 128 is added.
+template <class V>
+KRO_INLINE typename V::Lanes times(typename V::Lanes samples, uint32_t weight) {
+    return V::mul(samples, V::all(static_cast<int32_t>(weight)));
+}
+template <class V>
+KRO_INLINE typename V::Lanes rounded(typename V::Lanes product) {
+    return V::add(product, V::all(128));
+}
 template <class V, class T>
 KRO_INLINE typename V::Lanes weighed(const T& row, typename V::Lanes own, typename V::Lanes green,
                                      typename V::Lanes other) {
-    const auto times = [](typename V::Lanes samples, uint32_t weight)
-                           KRO_INLINE_LAMBDA { return V::mul(samples, V::all(static_cast<int32_t>(weight))); };
-    return V::add(V::add(times(own, row.ownWeight), times(green, row.greenWeight)),
-                  V::add(times(other, row.otherWeight), V::all(128)));
+    return V::add(V::add(times<V>(own, row.ownWeight), times<V>(other, row.otherWeight)),
+                  rounded<V>(times<V>(green, row.greenWeight)));
+}
+
+template <bool odd, class V, class Value>
+KRO_INLINE typename V::Lanes product(Value value, uint32_t weight) {
+    return times<V>(lanes<odd>(value), weight);
+}
+template <bool odd, class V, class Value>
+KRO_INLINE typename V::Lanes greenProduct(Value value, uint32_t weight) {
+    return rounded<V>(times<V>(lanes<odd>(value), weight));
+}
+// Finished bytes, whose weights are luma's own, in their places: the neighbour meets a weight of 0, as fractions do.
+template <bool odd, class V>
+KRO_INLINE typename V::Lanes product(Ready<V> ready, uint32_t weight) {
+    if constexpr (V::weighsBytes) {
+        const auto w = static_cast<int32_t>(weight);
+        return V::weighBytes(ready.samples, odd ? 0 : w, odd ? w : 0);
+    } else {
+        return times<V>(lanes<odd>(ready), weight);
+    }
+}
+template <bool odd, class V, int fraction>
+KRO_INLINE typename V::Lanes product(HighByte<V, fraction> high, uint32_t weight) {
+    return V::weighBytes(high.value, 0, static_cast<int32_t>(weight));
+}
+// (256 g + r) w / 256, of which r, that covers the fraction, contributes 128 and less than one.
+template <bool odd, class V, int fraction>
+KRO_INLINE typename V::Lanes greenProduct(HighByte<V, fraction> high, uint32_t weight) {
+    const auto w = V::all(static_cast<int32_t>(weight << 8));
+    if constexpr (fraction == 0) {
+        return rounded<V>(V::mulHigh(high.value, w));
+    } else {
+        return V::mulHigh(V::bitOr(high.value, V::all(static_cast<int32_t>((0x8000 + weight - 1) / weight))), w);
+    }
+}
+// Weights of colours are signed bytes then, and r is a byte whose upper two bits, where fractions are, are set.
+constexpr bool weighsInHighHalves(const Target& target) {
+    return target.weight[0] < 128 && target.weight[2] < 128 && target.weight[1] > 128 && target.weight[1] < 172;
+}
+template <bool odd, class V, class T, class P>
+KRO_INLINE typename V::Lanes weighedAt(const T& row, const P& pixels) {
+    return V::add(V::add(product<odd, V>(valuesAt<odd>(pixels.own), row.ownWeight),
+                         product<odd, V>(valuesAt<odd>(pixels.other), row.otherWeight)),
+                  greenProduct<odd, V>(valuesAt<odd>(pixels.green), row.greenWeight));
 }
 // Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
 // are weighed apart from the low ones: 256 h + l weighed and divided by 256 is h weighed, plus l weighed over 256.
+template <class V>
+KRO_INLINE typename V::Vector highBytes(typename V::Lanes even, typename V::Lanes odd) {
+    return V::combine(V::high(even), odd);
+}
 template <class V, class T, class P>
 KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     if constexpr (ofBytes<V>) {
-        const auto even =
-            weighed<V>(row, evenLanesOf<V>(pixels.own), evenLanesOf<V>(pixels.green), evenLanesOf<V>(pixels.other));
-        const auto odd =
-            weighed<V>(row, oddLanesOf<V>(pixels.own), oddLanesOf<V>(pixels.green), oddLanesOf<V>(pixels.other));
-        return V::combine(V::high(even), odd);
+        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     } else {
         const auto [own, green, other] = channelsOf<V>(pixels);
         const auto low = weighed<V>(row, V::low(own), V::low(green), V::low(other));
         const auto high = weighed<V>(row, V::high(own), V::high(green), V::high(other));
         return V::add(V::sub(high, V::all(128)), V::high(low));
+    }
+}
+
+// Where colours may lie outside of what bytes hold weights are luma's own. Packs saturate both colours of a site and
+// leave them side by side.
+template <class V, class T, class Green>
+KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Green>& pixels) {
+    if constexpr (V::weighsBytes) {
+        typename V::Vector even, odd;
+        V::packPair(pixels.own.even.value, pixels.other.even.value, pixels.own.odd.value, pixels.other.odd.value,
+                    even, odd);
+        const auto luma = [&](auto colours, auto green) KRO_INLINE_LAMBDA {
+            return V::add(
+                V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
+                rounded<V>(times<V>(green, row.greenWeight)));
+        };
+        return highBytes<V>(luma(even, lanes<false>(pixels.green.even)), luma(odd, lanes<true>(pixels.green.odd)));
+    } else {
+        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     }
 }
 

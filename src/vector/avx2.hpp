@@ -39,9 +39,16 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm256_srli_epi16(v, 8); }
+    static KRO_INLINE Lanes highOnly(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi16(a, b); }
+    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm256_mulhi_epu16(a, b); }
+    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm256_avg_epu16(a, b); }
+    static constexpr bool weighsBytes = true;
+    static KRO_INLINE Lanes weighBytes(Vector v, int32_t low, int32_t high) {
+        return _mm256_maddubs_epi16(v, all(low | high << 8));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm256_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi16(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm256_max_epi16(a, b); }
@@ -190,7 +197,6 @@ struct Avx2Words : Avx2Lanes {
     }
 
     static KRO_INLINE Lanes iota() { return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
-    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm256_avg_epu16(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm256_blend_epi16(even, odd, 0xAA); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm256_testz_si256(a, all(bits)) == 0; }
@@ -212,7 +218,6 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm256_min_epu16(words, top); }
-    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm256_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm256_cvtepu8_epi16(Ssse3Words::load(in));
         second = _mm256_cvtepu8_epi16(Ssse3Words::load(in + 16));

@@ -44,9 +44,16 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm512_srli_epi16(v, 8); }
+    static KRO_INLINE Lanes highOnly(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi16(a, b); }
+    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm512_mulhi_epu16(a, b); }
+    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
+    static constexpr bool weighsBytes = true;
+    static KRO_INLINE Lanes weighBytes(Vector v, int32_t low, int32_t high) {
+        return _mm512_maddubs_epi16(v, all(low | high << 8));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm512_min_epi16(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm512_max_epi16(a, b); }
@@ -258,7 +265,6 @@ struct Avx512Words : Avx512Lanes {
         static constexpr WordIndices<32> place = elementsOf<32>(leftOf<64, 2>(0));
         return _mm512_load_si512(place.word);
     }
-    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm512_mask_mov_epi16(even, oddColumns, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm512_test_epi16_mask(a, all(bits)) != 0; }
@@ -288,7 +294,6 @@ struct Avx512Words : Avx512Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm512_min_epu16(words, top); }
-    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm512_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm512_cvtepu8_epi16(Avx2Lanes::load(in));
         second = _mm512_cvtepu8_epi16(Avx2Lanes::load(in + 32));

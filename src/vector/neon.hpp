@@ -104,6 +104,7 @@ struct NeonLanes {
 
 struct NeonBytes : NeonLanes {
     static constexpr int columns = 16;
+    static constexpr bool weighsBytes = false;
     static constexpr bool wholePermutes = false;
     static constexpr Interleaving interleaving = Interleaving::channels;
     using Sample = uint8_t;

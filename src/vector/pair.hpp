@@ -46,6 +46,7 @@ struct PairNumbers {
 
 struct PairBytes : PairNumbers {
     static constexpr int columns = 2;
+    static constexpr bool weighsBytes = false;
     using Sample = uint8_t;
     using Number = int16_t;
     struct Vector {

@@ -85,6 +85,7 @@ struct Simd128Lanes {
 
 struct Simd128Bytes : Simd128Lanes {
     static constexpr int columns = 16;
+    static constexpr bool weighsBytes = false;
     static constexpr bool wholePermutes = false;
     static constexpr Interleaving interleaving = Interleaving::channels;
     using Sample = uint8_t;

@@ -36,9 +36,17 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm_srli_epi16(v, 8); }
+    static KRO_INLINE Lanes highOnly(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
+    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
+    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
+    // The sum of a lane's two bytes by weights below 128, of which together not more than 128.
+    static constexpr bool weighsBytes = true;
+    static KRO_INLINE Lanes weighBytes(Vector v, int32_t low, int32_t high) {
+        return _mm_maddubs_epi16(v, all(low | high << 8));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi16(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm_min_epi16(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm_max_epi16(a, b); }
@@ -178,7 +186,6 @@ struct Ssse3Words : Ssse3Lanes {
     }
 
     static KRO_INLINE Lanes iota() { return _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7); }
-    static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
@@ -199,7 +206,6 @@ struct Ssse3Words : Ssse3Lanes {
 
     // The smaller of unsigned words; SSSE3 has no minimum of them.
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }
-    static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm_unpacklo_epi8(load(in), _mm_setzero_si128());
         second = _mm_unpackhi_epi8(load(in), _mm_setzero_si128());
