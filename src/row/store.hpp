@@ -263,11 +263,9 @@ constexpr AlphaKept<columns> alphaKept() {
     }
     return kept;
 }
-// Parts are handed over one by one: together they would have to lie in memory, from where the usual path, too, would
-// fetch them.
-template <class V, class Part = typename V::Vector>
-KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, Part part0, Part part1, Part part2,
-                                   Part part3) {
+// In line: a call would take as long as 30 columns (Zen 5).
+template <class V>
+KRO_INLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, const typename V::Quads& quads) {
     static constexpr AlphaKept<V::columns> kept = alphaKept<V::columns>();
     const auto within = [x](int32_t column) KRO_INLINE_LAMBDA {
         const int32_t columns = column - x;
@@ -275,15 +273,16 @@ KRO_OUTLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, Par
     };
     const uint32_t* const before = kept.pixel + V::columns - within(written.begin);
     const uint32_t* const after = kept.pixel + 2 * V::columns - within(written.end);
-    const auto store = [=](int part, Part quads) KRO_INLINE_LAMBDA {
+    const auto store = [&](int part) KRO_INLINE_LAMBDA {
         uint8_t* const at = out + part * V::columns;
         const int lane = part * V::columns / 4;
-        V::store(at, V::keepBits(quads, V::load(at), V::bitOr(V::load(before + lane), V::load(after + lane))));
+        V::store(at,
+                 V::keepBits(quads.part[part], V::load(at), V::bitOr(V::load(before + lane), V::load(after + lane))));
     };
-    store(0, part0);
-    store(1, part1);
-    store(2, part2);
-    store(3, part3);
+    store(0);
+    store(1);
+    store(2);
+    store(3);
 }
 
 // One by one: where the compiler keeps a loop, parts lie in memory for it.
@@ -303,8 +302,7 @@ KRO_INLINE void putQuads(const T& row, int32_t x, typename V::Vector first, type
     auto* const out = row.own + static_cast<ptrdiff_t>(x) * 4;
     if constexpr (ofBytes<V> && kind == Output::bgra) {
         if (__builtin_expect(x < row.alphaColumns.begin || x + V::columns > row.alphaColumns.end, 0)) {
-            storeKeepingAlpha<V>(out, x, row.alphaColumns, quads.part[0], quads.part[1], quads.part[2],
-                                 quads.part[3]);
+            storeKeepingAlpha<V>(out, x, row.alphaColumns, quads);
             return;
         }
     }
