@@ -99,7 +99,8 @@ public:
     void make(RowSpan rows, int32_t next, int32_t last) {
         const Phase greenFirst = phaseOfRow(frame_.phase, frame_.phase.greenFirst ? 0 : 1);
         const bool ownFirst = ordered && ownComesFirst(frame_.target, greenFirst);
-        ownFirst ? walk<ordered>(rows, next, last) : walk<false>(rows, next, last);
+        const auto walked = ownFirst ? &ByteRows::template walk<ordered> : &ByteRows::template walk<false>;
+        (this->*walked)(rows, next, last);
     }
 
 private:
@@ -127,6 +128,7 @@ private:
     // `ownFirst` speaks of rows that start with green.
     template <bool ownFirst>
     KRO_OUTLINE void walk(RowSpan rows, int32_t next, int32_t last) {
+        constexpr bool otherFirst = ordered && !ownFirst;
         const bool greenPairs = greens_.havePairs(), colourPairs = colours_.havePairs();
         const int16_t *above = differences(mirrored(rows.begin - 1, frame_.height)), *same = differences(rows.begin);
         for (int32_t y = rows.begin; y < rows.end; ++y) {
@@ -136,8 +138,11 @@ private:
             }
             const ColourInput in{window_[y + 3 - following_], above, same,
                                  differences(mirrored(y + 1, frame_.height))};
-            colourIsOdd(y) ? colour<true, ownFirst>(y, in, colourPairs)
-                           : colour<false, ordered && !ownFirst>(y, in, colourPairs);
+            if (colourIsOdd(y)) {
+                colour<true, ownFirst>(y, in, colourPairs);
+            } else {
+                colour<false, otherFirst>(y, in, colourPairs);
+            }
             above = same;
             same = in.below;
         }
