@@ -7,6 +7,7 @@
 #include "records/job.hpp"
 #include "row/blocks.hpp"
 #include "row/pixels.hpp"
+#include "vector/shuffles.hpp"
 
 namespace kro {
 namespace {
