@@ -34,7 +34,9 @@ struct NeonLanes {
         return vcombine_u8(vtbl2_u8(halves, vld1_u8(t.byte)), vtbl2_u8(halves, vld1_u8(t.byte + 8)));
 #endif
     }
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        return load(in + offset[0]);
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -155,6 +157,7 @@ struct NeonBytes : NeonLanes {
         return vcombine_u8(vqmovun_s16(vshlq_s16(s16(first), down)), vqmovun_s16(vshlq_s16(s16(second), down)));
     }
     static KRO_INLINE Vector highBytes(Vector first, Vector second) { return vuzpq_u8(first, second).val[1]; }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
 struct NeonWords : NeonLanes {

@@ -22,7 +22,9 @@ struct Simd128Lanes {
     // Of one vector only: engines make a slow sequence of a shuffle of two.
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return wasm_i8x16_swizzle(v, table(t)); }
     // Each 16-byte lane of a vector from a place of its own; here there is one.
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        return load(in + offset[0]);
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -163,6 +165,7 @@ struct Simd128Bytes : Simd128Lanes {
     static KRO_INLINE Vector highBytes(Vector first, Vector second) {
         return wasm_u8x16_narrow_i16x8(high(first), high(second));
     }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
 struct Simd128Words : Simd128Lanes {
