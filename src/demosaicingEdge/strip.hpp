@@ -76,6 +76,7 @@ private:
                                 int16_t* differences) {
         eachBlock<typename S::Bytes, 2>(made, frame, innerColumns<2>(frame), [=](auto block) KRO_INLINE_LAMBDA {
             using V = typename decltype(block)::Vector;
+            expectBelow<V>(block.x, below, below2);
             V::storeLanes(differences + block.x / 2,
                           greenDifference<colourOdd>(block, above2, above, here, below, below2));
         });
