@@ -14,9 +14,9 @@
 namespace kro {
 namespace {
 
-// Bits that samples must not have: those above 12, for which 16-bit lanes are too narrow.
+// Bits that samples must not have: those above 14, for which 16-bit lanes are too narrow.
 template <class Number>
-constexpr int32_t deepBits = sizeof(Number) == 2 ? 0xF000 : 0;
+constexpr int32_t deepBits = sizeof(Number) == 2 ? 0xC000 : 0;
 
 // The lanes of a block: those of the set S, or, for a pair of columns, of the scalar one.
 template <class S, class B>
@@ -120,8 +120,7 @@ private:
         const FoldedColours<Number> in = unit;
         eachWholeBlock<typename S::Words>(to.strip.made, [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
-            const auto pixels =
-                edgePixels(FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, topOf<L>(top)));
+            const auto pixels = FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, L::all(top)).pixels();
             put<kind, ordered && !ownFirst>(lower, block, pixels.lower);
             put<kind, ownFirst>(upper, block, pixels.upper);
         });

@@ -202,6 +202,7 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm256_min_epu16(words, top); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return _mm256_subs_epu16(words, by); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm256_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm256_cvtepu8_epi16(Ssse3Words::load(in));

@@ -202,6 +202,7 @@ struct NeonWords : NeonLanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return of(vminq_u16(u16(words), u16(top))); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return of(vqsubq_u16(u16(words), u16(by))); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) {
         const uint16x8_t x = u16(a), y = u16(b);
         return of(vcombine_u16(vshrn_n_u32(vmull_u16(vget_low_u16(x), vget_low_u16(y)), 16),

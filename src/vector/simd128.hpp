@@ -204,6 +204,7 @@ struct Simd128Words : Simd128Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return wasm_u16x8_min(words, top); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return wasm_u16x8_sub_sat(words, by); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) {
         return wasm_u16x8_narrow_i32x4(wasm_u32x4_shr(wasm_u32x4_extmul_low_u16x8(a, b), 16),
                                        wasm_u32x4_shr(wasm_u32x4_extmul_high_u16x8(a, b), 16));

@@ -201,6 +201,8 @@ struct Ssse3Words : Ssse3Lanes {
 
     // The smaller of unsigned words; SSSE3 has no minimum of them.
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }
+    // Of unsigned words, 0 where there is nothing left.
+    static KRO_INLINE Vector less(Vector words, Vector by) { return _mm_subs_epu16(words, by); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm_unpacklo_epi8(load(in), _mm_setzero_si128());
