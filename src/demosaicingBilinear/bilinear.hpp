@@ -22,6 +22,7 @@ struct BilinearFamily {
     KRO_INLINE auto row(B block, const Sample* above, const Sample* here, const Sample* below) const {
         using V = typename B::Vector;
         using M = Means<V>;
+        expectBelow<V>(block.x, above, below);
         const auto cross =
             M::four(vertical<M, colourOdd, 0>(block, above, below), horizontal<M, colourOdd>(block, here));
         const auto diagonal =

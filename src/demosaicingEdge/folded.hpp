@@ -14,9 +14,9 @@
 namespace kro {
 namespace {
 
-// Bits that samples must not have: those above 12, for which 16-bit lanes are too narrow.
+// Bits that samples must not have: those above 14, for which 16-bit lanes are too narrow.
 template <class Number>
-constexpr int32_t deepBits = sizeof(Number) == 2 ? 0xF000 : 0;
+constexpr int32_t deepBits = sizeof(Number) == 2 ? 0xC000 : 0;
 
 // The lanes of a block: those of the set S, or, for a pair of columns, of the scalar one.
 template <class S, class B>
@@ -61,9 +61,12 @@ private:
     static KRO_OUTLINE bool foldRows(const UnitRows& from, Columns seen, int32_t unfit, uint16_t* colours,
                                      uint16_t* greens) {
         const UnitRows rows = from;
+        const uint16_t* const next = rows.lowerGreens + (rows.lowerGreens - rows.upperGreens);
         int32_t x = seen.begin;
         auto bits = W::all(0);
         for (; x <= seen.end - W::columns; x += W::columns) {
+            expectBelow<W>(x, rows.upperGreens, rows.lowerGreens);
+            expectBelow<W>(x, rows.lowerGreens, next);
             bits = W::bitOr(bits, foldBlock<W, colourOdd>(rows, x, colours, greens));
         }
         if (x < seen.end) {  // a block that ends with the row overlaps
@@ -117,8 +120,7 @@ private:
         const FoldedColours<Number> in = unit;
         eachWholeBlock<typename S::Words>(to.strip.made, [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
-            const auto pixels =
-                edgePixels(FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, topOf<L>(top)));
+            const auto pixels = FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, L::all(top)).pixels();
             put<kind, ordered && !ownFirst>(lower, block, pixels.lower);
             put<kind, ownFirst>(upper, block, pixels.upper);
         });

@@ -22,10 +22,10 @@ KRO_INLINE typename L::Lanes interpolatedGreen(const GreenTaps<L>& t) {
     const Lanes twice = L::add(t.sample, t.sample);
     const Lanes bendAcross = L::sub(L::sub(twice, t.farWest), t.farEast);
     const Lanes bendDown = L::sub(L::sub(twice, t.farNorth), t.farSouth);
-    const Lanes gradientAcross = L::add(L::absolute(L::sub(t.west, t.east)), L::absolute(bendAcross));
-    const Lanes gradientDown = L::add(L::absolute(L::sub(t.north, t.south)), L::absolute(bendDown));
 
-    const auto across = L::greater(gradientDown, gradientAcross);
+    // What one direction exceeds the other by in either part: numbers half as large as sums of both parts.
+    const Lanes steeperDown = L::sub(L::absolute(L::sub(t.north, t.south)), L::absolute(L::sub(t.west, t.east)));
+    const auto across = L::greater(steeperDown, L::sub(L::absolute(bendAcross), L::absolute(bendDown)));
     const Lanes greens = L::select(across, L::add(t.west, t.east), L::add(t.north, t.south));
     const Lanes bend = L::select(across, bendAcross, bendDown);
     return L::add(L::template shiftRight<1>(greens), L::template shiftRight<2>(bend));
@@ -69,9 +69,15 @@ KRO_INLINE Lanes folded(Lanes upper, Lanes lower) {
     return colourOdd ? L::combine(lower, upper) : L::combine(upper, lower);
 }
 
-// Greens end at `top`. In lanes of 16 bits samples of at most 12 bits keep every step exact: second differences are
-// at most 8190, gradient sums 12285, greens 6142, differences within -6142..4095 and sums of four of them within
-// -24568..16380. Bound by arithmetic: 26 operations for two rows.
+// Differences are kept as G - S, and in 16-bit lanes from this number on, so that they are unsigned: their means are
+// averages that round up, which makes those of S - G round down.
+template <class L>
+constexpr int32_t differenceOrigin = sizeof(typename L::Number) == 2 ? 1 << 14 : 0;
+
+// Greens end at `top`. In lanes of 16 bits samples of at most 14 bits keep every step exact: second differences are
+// at most 32766, what gradients differ by 16383 in one part and 32766 in the other, greens 24574 before they are
+// clamped, differences within -16383..24574. (Second differences of 15 bits take 17.) Bound by arithmetic: 27
+// operations for two rows.
 template <class L, class V, bool colourOdd>
 KRO_INLINE auto foldedDifference(const FoldedUnits& units, int32_t x, typename L::Lanes top) {
     const auto at = [x](const uint16_t* row, int k) KRO_INLINE_LAMBDA { return V::load(row + x + k); };
@@ -86,7 +92,7 @@ KRO_INLINE auto foldedDifference(const FoldedUnits& units, int32_t x, typename L
     taps.farEast = L::widened(at(units.colours, 2));
     taps.farNorth = L::widened(at(units.coloursAbove, 0));
     taps.farSouth = L::widened(at(units.coloursBelow, 0));
-    return L::sub(taps.sample, L::clamp(interpolatedGreen(taps), top));
+    return L::add(L::sub(L::clamp(interpolatedGreen(taps), top), taps.sample), L::all(differenceOrigin<L>));
 }
 
 }  // namespace

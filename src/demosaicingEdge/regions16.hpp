@@ -98,7 +98,7 @@ private:
         int32_t* const differences = strip.differences(y);
         for (int32_t x = greens.begin; x < greens.end && x < finished.end; ++x) {
             const int32_t row = frame.isSite(y, x) ? y : y + 1;
-            differences[x - first] = frame.row(row)[x] - frame.pixel(row, x)[green];
+            differences[x - first] = frame.pixel(row, x)[green] - frame.row(row)[x];
         }
         strip.finishDifferences(unit);
     }

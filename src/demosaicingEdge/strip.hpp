@@ -177,6 +177,7 @@ private:
                              *const below = window_[3], *const below2 = window_[4];
         Walk::template each<V, 2>(
             strip.made, strip.frame, innerColumns<2>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+                expectBelow<typename decltype(block)::Vector>(block.x, below, below2);
                 storeDifferences(block, row, greenDifference<colourOdd>(block, above2, above, here, below, below2));
             });
     }

@@ -136,17 +136,30 @@ constexpr WordIndices<8 * lanes> factors() {
     return table;
 }
 
-// The bytes of high bits of 16 samples a lane, in the first or the last 16 bytes of their run.
-template <Layout layout, int half, int lanes>
-constexpr Shuffle<16 * lanes> pickedHighBytes() {
-    Shuffle<16 * lanes> table{};
-    for (int o = 0; o < 16 * lanes; ++o) {
-        const int place = pickedOf(layout, o % 16).high[0], from = half * (runBytes(layout) - 16);
-        const bool here = half == 0 ? place < 16 : place >= 16;
-        table.byte[o] = here ? static_cast<uint8_t>(place - from) : nothing;
+// ---- bytes: a lane holds 16 samples, the run of its number ----
+
+// Lanes of whole bytes are picked from two windows of 16 bytes each. Odd lanes have their main window at the run's
+// end, so that two neighbouring lanes may share the other one.
+template <Layout layout, int lanes>
+struct HighByteWindows {
+    static constexpr int run = runBytes(layout);
+    static constexpr bool shared = lanes > 1 && run <= 24;
+    static constexpr int main(int lane) { return lane * run + (lane % 2 == 0 ? 0 : run - 16); }
+    static constexpr int other(int lane) {
+        return shared ? lane / 2 * 2 * run + run - 8 : lane * run + (lane % 2 == 0 ? run - 16 : 0);
     }
-    return table;
-}
+    template <bool ofMain>
+    static constexpr Shuffle<16 * lanes> picked() {
+        Shuffle<16 * lanes> table{};
+        for (int o = 0; o < 16 * lanes; ++o) {
+            const int lane = o / 16, place = lane * run + pickedOf(layout, o % 16).high[0];
+            const bool inMain = place >= main(lane) && place < main(lane) + 16;
+            const int from = ofMain ? main(lane) : other(lane);
+            table.byte[o] = inMain == ofMain ? static_cast<uint8_t>(place - from) : nothing;
+        }
+        return table;
+    }
+};
 // The same of 64 samples, out of the first and the last 64 of their bytes (indices 64 and up).
 template <Layout layout>
 constexpr Shuffle<64> pickedHighBytes64() {
@@ -159,19 +172,95 @@ constexpr Shuffle<64> pickedHighBytes64() {
 }
 template <class V, Layout layout>
 KRO_INLINE typename V::Vector highBytesOf(const uint8_t* in) {
-    constexpr int run = runBytes(layout);
+    constexpr int run = runBytes(layout), lanes = V::columns / 16, end = lanes * run;
     if constexpr (V::wholePermutes) {
         static constexpr Shuffle<64> order = pickedHighBytes64<layout>();
-        return V::permuted(V::load(in), V::load(in + 4 * run - 64), order);
+        return V::permuted(V::load(in), V::load(in + end - 64), order);
     } else {
-        constexpr int lanes = V::columns / 16;
-        static constexpr Shuffle<V::columns> head = pickedHighBytes<layout, 0, lanes>();
-        static constexpr Shuffle<V::columns> tail = pickedHighBytes<layout, 1, lanes>();
-        constexpr int32_t start[4] = {0, run, 2 * run, 3 * run};
-        return V::bitOr(V::shuffled(V::lanesAt(in, start), head),
-                        V::shuffled(V::lanesAt(in + run - 16, start), tail));
+        using Windows = HighByteWindows<layout, lanes>;
+        static constexpr Shuffle<V::columns> main = Windows::template picked<true>(),
+                                             other = Windows::template picked<false>();
+        constexpr int32_t mains[4] = {Windows::main(0), Windows::main(1), Windows::main(2), Windows::main(3)};
+        constexpr int32_t others[4] = {Windows::other(0), Windows::other(1), Windows::other(2), Windows::other(3)};
+        return V::bitOr(V::shuffled(V::lanesAt(in, mains, end), main),
+                        V::shuffled(V::lanesAt(in, others, end), other));
     }
 }
+
+// Eight bits anywhere in a run of bits lie in two neighbouring bytes: words whose upper byte they become when they
+// are multiplied, or whose lower byte in the upper half of the product of 32 bits.
+struct PickedByte {
+    int low, high;
+    uint16_t factor;
+};
+constexpr PickedByte pickedByteOf(Layout layout, int k) {
+    const Packing p = packingOf(layout);
+    const int first = k / p.samples * p.bytes * 8 + lowBit(layout, k % p.samples) + p.bits - 8;
+    const int byte = first / 8, bit = first % 8;
+    return bit == 0 ? PickedByte{-1, byte, 1} : PickedByte{byte, byte + 1, static_cast<uint16_t>(1 << (8 - bit))};
+}
+// Of each lane samples 8 * half to 8 * half + 7, from 16 bytes at the run's start or end.
+template <Layout layout, int half, int lanes>
+constexpr Shuffle<16 * lanes> pickedBytePairs() {
+    Shuffle<16 * lanes> table{};
+    for (int o = 0; o < 16 * lanes; ++o) {
+        const PickedByte picked = pickedByteOf(layout, 8 * half + o % 16 / 2);
+        const int place = o % 2 == 0 ? picked.low : picked.high;
+        table.byte[o] = place < 0 ? nothing : static_cast<uint8_t>(place - half * (runBytes(layout) - 16));
+    }
+    return table;
+}
+template <Layout layout, int half, int lanes>
+constexpr WordIndices<8 * lanes> byteFactors() {
+    WordIndices<8 * lanes> table{};
+    for (int i = 0; i < 8 * lanes; ++i) {
+        table.word[i] = pickedByteOf(layout, 8 * half + i % 8).factor;
+    }
+    return table;
+}
+template <class W, Layout layout, int half>
+KRO_INLINE typename W::Vector bytesOnTop(const uint8_t* in) {
+    constexpr int lanes = W::columns / 8, run = runBytes(layout), first = half * (run - 16);
+    constexpr int32_t offset[4] = {first, first + run, first + 2 * run, first + 3 * run};
+    static constexpr Shuffle<16 * lanes> pick = pickedBytePairs<layout, half, lanes>();
+    static constexpr WordIndices<8 * lanes> factor = byteFactors<layout, half, lanes>();
+    return W::mul(W::shuffled(W::lanesAt(in, offset, lanes * run), pick), W::load(factor.word));
+}
+// Words of the even samples, or of the odd ones, out of the first and the last 64 bytes of 64 samples.
+template <Layout layout, int odd>
+constexpr Shuffle<64> pickedBytePairs64() {
+    Shuffle<64> table{};
+    for (int o = 0; o < 64; ++o) {
+        const int k = o / 2 * 2 + odd;
+        const PickedByte picked = pickedByteOf(layout, k % 16);
+        const int within = o % 2 == 0 && picked.low >= 0 ? picked.low : picked.high;
+        const int place = k / 16 * runBytes(layout) + within;
+        table.byte[o] = static_cast<uint8_t>(place < 64 ? place : 64 + place - (4 * runBytes(layout) - 64));
+    }
+    return table;
+}
+template <Layout layout, int odd>
+constexpr WordIndices<32> byteFactors64() {
+    WordIndices<32> table{};
+    for (int i = 0; i < 32; ++i) {
+        table.word[i] = static_cast<uint16_t>(pickedByteOf(layout, (2 * i + odd) % 16).factor << (odd ? 0 : 8));
+    }
+    return table;
+}
+template <class V, class W, Layout layout>
+KRO_INLINE typename V::Vector upperBytesOf(const uint8_t* in) {
+    if constexpr (V::wholePermutes) {
+        static constexpr Shuffle<64> even = pickedBytePairs64<layout, 0>(), odd = pickedBytePairs64<layout, 1>();
+        static constexpr WordIndices<32> down = byteFactors64<layout, 0>(), up = byteFactors64<layout, 1>();
+        const auto head = V::load(in), tail = V::load(in + 4 * runBytes(layout) - 64);
+        return V::combine(W::mulHigh(V::permuted(head, tail, even), W::load(down.word)),
+                          W::mul(V::permuted(head, tail, odd), W::load(up.word)));
+    } else {
+        return V::highBytesOfLanes(bytesOnTop<W, layout, 0>(in), bytesOnTop<W, layout, 1>(in));
+    }
+}
+
+// ---- words ----
 
 // Words::columns samples, left-aligned: vector j of the two that hold 2 * Words::columns samples from `in` on.
 template <class W, Layout layout, int j>
@@ -184,7 +273,7 @@ KRO_INLINE typename W::Vector leftAligned(const uint8_t* in) {
     static constexpr Shuffle<16 * lanes> pick2 = pickedBytes<layout, 1, lanes, j>();
     static constexpr WordIndices<8 *lanes> factor1 = factors<layout, 0, lanes>(),
                                            factor2 = factors<layout, 1, lanes>();
-    const auto bytes = W::lanesAt(in, offset);
+    const auto bytes = W::lanesAt(in, offset, lanes * runBytes(layout));
     const auto one = W::shuffled(bytes, pick1);
     if constexpr (packing.highFirst) {
         const auto low = W::mul(W::shuffled(bytes, pick2), W::load(factor2.word));

@@ -42,6 +42,19 @@ bool readInPlace(const Source& source) {
     return readableInPlace<Sample>(source) && (sizeof(Sample) == 1 || unlimitedBits(source) == 0);
 }
 
+// Asks for the columns of the row that lies as far below `row` as that one below `before`, to be read a step later.
+// The processor's own prefetching ends with a page, which a row of a large frame fills. (Where rows are mirrored, or
+// prepared in a ring, the address is of no use, and no harm.) Zen 5, frames of 12 Mpixel: edge-directed 1.1 to 1.4
+// times as fast, bilinear to BGR8 1 to 1.1, to Mono8 1.2 to 1.3; within the caches nothing. Nearest waits for stores
+// and would lose.
+template <class V, class Sample>
+KRO_INLINE void expectBelow(int32_t x, const Sample* before, const Sample* row) {
+    if constexpr (V::columns > 2) {
+        const auto address = [x](const Sample* at) KRO_INLINE_LAMBDA { return reinterpret_cast<uintptr_t>(at + x); };
+        __builtin_prefetch(reinterpret_cast<const void*>(2 * address(row) - address(before)));
+    }
+}
+
 // Rows of a strip of columns; column 0 of a row is the strip's first.
 template <class S, class Sample, int32_t ringRows = kro::ringRows>
 class Rows {

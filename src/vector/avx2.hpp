@@ -23,8 +23,10 @@ struct Avx2Lanes {
     static KRO_INLINE Vector halves(__m128i first, __m128i second) {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
     }
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) {
-        return halves(Ssse3Lanes::load(in + offset[0]), Ssse3Lanes::load(in + offset[1]));
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        const __m128i first = Ssse3Lanes::load(in + offset[0]);
+        return offset[0] == offset[1] ? _mm256_broadcastsi128_si256(first)
+                                      : halves(first, Ssse3Lanes::load(in + offset[1]));
     }
 
     // Quarters 0 2 1 3 in order again.
@@ -178,8 +180,11 @@ struct Avx2Bytes : Avx2Lanes {
         const __m128i count = _mm_cvtsi32_si128(shift);
         return inOrder(_mm256_packus_epi16(_mm256_sra_epi16(first, count), _mm256_sra_epi16(second, count)));
     }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) {
+        return _mm256_packus_epi16(high(first), high(second));
+    }
     static KRO_INLINE Vector highBytes(Vector first, Vector second) {
-        return inOrder(_mm256_packus_epi16(high(first), high(second)));
+        return inOrder(highBytesOfLanes(first, second));
     }
 };
 
@@ -218,6 +223,7 @@ struct Avx2Words : Avx2Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm256_min_epu16(words, top); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return _mm256_subs_epu16(words, by); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm256_cvtepu8_epi16(Ssse3Words::load(in));
         second = _mm256_cvtepu8_epi16(Ssse3Words::load(in + 16));

@@ -32,9 +32,17 @@ struct Avx512Lanes {
     static KRO_INLINE Vector halves(__m256i first, __m256i second) {
         return _mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1);
     }
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) {
-        return halves(Avx2Lanes::halves(Ssse3Lanes::load(in + offset[0]), Ssse3Lanes::load(in + offset[1])),
-                      Avx2Lanes::halves(Ssse3Lanes::load(in + offset[2]), Ssse3Lanes::load(in + offset[3])));
+    // Offsets are multiples of four: out of the first and the last 64 bytes.
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t end) {
+        const auto from = [&](int32_t lane, int32_t i) KRO_INLINE_LAMBDA {
+            const int32_t place = offset[lane] + 4 * i;
+            return (place + 4 <= 64 ? place : 128 - end + place) / 4;
+        };
+        const __m512i order = _mm512_setr_epi32(
+            from(0, 0), from(0, 1), from(0, 2), from(0, 3), from(1, 0), from(1, 1), from(1, 2), from(1, 3),
+            from(2, 0), from(2, 1), from(2, 2), from(2, 3), from(3, 0), from(3, 1), from(3, 2), from(3, 3));
+        return offset[3] + 16 <= 64 ? _mm512_permutexvar_epi32(order, load(in))
+                                    : _mm512_permutex2var_epi32(load(in), order, load(in + end - 64));
     }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
@@ -235,8 +243,11 @@ struct Avx512Bytes : Avx512Lanes {
         const __m128i count = _mm_cvtsi32_si128(shift);
         return inOrder(_mm512_packus_epi16(_mm512_sra_epi16(first, count), _mm512_sra_epi16(second, count)));
     }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) {
+        return _mm512_packus_epi16(high(first), high(second));
+    }
     static KRO_INLINE Vector highBytes(Vector first, Vector second) {
-        return inOrder(_mm512_packus_epi16(high(first), high(second)));
+        return inOrder(highBytesOfLanes(first, second));
     }
 };
 
@@ -294,6 +305,7 @@ struct Avx512Words : Avx512Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return _mm512_min_epu16(words, top); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return _mm512_subs_epu16(words, by); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm512_cvtepu8_epi16(Avx2Lanes::load(in));
         second = _mm512_cvtepu8_epi16(Avx2Lanes::load(in + 32));

@@ -34,7 +34,9 @@ struct NeonLanes {
         return vcombine_u8(vtbl2_u8(halves, vld1_u8(t.byte)), vtbl2_u8(halves, vld1_u8(t.byte + 8)));
 #endif
     }
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        return load(in + offset[0]);
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -157,6 +159,7 @@ struct NeonBytes : NeonLanes {
         return vcombine_u8(vqmovun_s16(vshlq_s16(s16(first), down)), vqmovun_s16(vshlq_s16(s16(second), down)));
     }
     static KRO_INLINE Vector highBytes(Vector first, Vector second) { return vuzpq_u8(first, second).val[1]; }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
 struct NeonWords : NeonLanes {
@@ -201,6 +204,7 @@ struct NeonWords : NeonLanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return of(vminq_u16(u16(words), u16(top))); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return of(vqsubq_u16(u16(words), u16(by))); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) {
         const uint16x8_t x = u16(a), y = u16(b);
         return of(vcombine_u16(vshrn_n_u32(vmull_u16(vget_low_u16(x), vget_low_u16(y)), 16),

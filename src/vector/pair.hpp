@@ -119,6 +119,16 @@ struct PairLanes {
     static KRO_INLINE Lanes average(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return ((x & 0xFFFF) + (y & 0xFFFF) + 1) >> 1; });
     }
+    // Of unsigned words, 0 where there is nothing left.
+    static KRO_INLINE Lanes less(Lanes a, Lanes b) {
+        return each(a, b, [](int32_t x, int32_t y) {
+            const int32_t left = (x & 0xFFFF) - (y & 0xFFFF);
+            return left < 0 ? 0 : left;
+        });
+    }
+    static KRO_INLINE Lanes atMost(Lanes a, Lanes top) {
+        return each(a, top, [](int32_t x, int32_t most) { return (x & 0xFFFF) < (most & 0xFFFF) ? x : most; });
+    }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) {
         return each(a, b, [](int32_t x, int32_t y) { return x & y; });
     }

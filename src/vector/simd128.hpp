@@ -22,7 +22,9 @@ struct Simd128Lanes {
     // Of one vector only: engines make a slow sequence of a shuffle of two.
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return wasm_i8x16_swizzle(v, table(t)); }
     // Each 16-byte lane of a vector from a place of its own; here there is one.
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        return load(in + offset[0]);
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -165,6 +167,7 @@ struct Simd128Bytes : Simd128Lanes {
     static KRO_INLINE Vector highBytes(Vector first, Vector second) {
         return wasm_u8x16_narrow_i16x8(high(first), high(second));
     }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
 struct Simd128Words : Simd128Lanes {
@@ -203,6 +206,7 @@ struct Simd128Words : Simd128Lanes {
     static KRO_INLINE Vector filled(uint32_t value) { return all(static_cast<int32_t>(value)); }
 
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return wasm_u16x8_min(words, top); }
+    static KRO_INLINE Vector less(Vector words, Vector by) { return wasm_u16x8_sub_sat(words, by); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) {
         return wasm_u16x8_narrow_i32x4(wasm_u32x4_shr(wasm_u32x4_extmul_low_u16x8(a, b), 16),
                                        wasm_u32x4_shr(wasm_u32x4_extmul_high_u16x8(a, b), 16));

@@ -23,7 +23,9 @@ struct Ssse3Lanes {
     }
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return _mm_shuffle_epi8(v, table(t)); }
     // Each 16-byte lane of a vector from a place of its own; here there is one.
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4]) { return load(in + offset[0]); }
+    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
+        return load(in + offset[0]);
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -164,10 +166,11 @@ struct Ssse3Bytes : Ssse3Lanes {
         const __m128i count = _mm_cvtsi32_si128(shift);
         return _mm_packus_epi16(_mm_sra_epi16(first, count), _mm_sra_epi16(second, count));
     }
-    // Two vectors of words to their high bytes.
+    // Two vectors of words to their high bytes; or lane by lane, the first's and then the second's.
     static KRO_INLINE Vector highBytes(Vector first, Vector second) {
         return _mm_packus_epi16(high(first), high(second));
     }
+    static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
 struct Ssse3Words : Ssse3Lanes {
@@ -206,6 +209,8 @@ struct Ssse3Words : Ssse3Lanes {
 
     // The smaller of unsigned words; SSSE3 has no minimum of them.
     static KRO_INLINE Vector atMost(Vector words, Vector top) { return sub(words, _mm_subs_epu16(words, top)); }
+    // Of unsigned words, 0 where there is nothing left.
+    static KRO_INLINE Vector less(Vector words, Vector by) { return _mm_subs_epu16(words, by); }
     static KRO_INLINE void widenBytes(const uint8_t* in, Vector& first, Vector& second) {
         first = _mm_unpacklo_epi8(load(in), _mm_setzero_si128());
         second = _mm_unpackhi_epi8(load(in), _mm_setzero_si128());
