@@ -21,8 +21,7 @@ KRO_INLINE auto edgePixels(const N& near) {
 
 // ---- bytes: lanes hold every other column, differences have a lane for each site ----
 
-// Differences are within -255..255: sums of four are exact. Together with the green pass arithmetic bounds the
-// family: with two 512-bit pipes about twice what the stores take.
+// Differences are within -255..255: sums of four are exact. What bounds it is said beside the greens.
 template <bool colourOdd, class B>
 struct ByteNeighbours {
     using L = typename B::Vector;

@@ -61,12 +61,11 @@ private:
     static KRO_OUTLINE bool foldRows(const UnitRows& from, Columns seen, int32_t unfit, uint16_t* colours,
                                      uint16_t* greens) {
         const UnitRows rows = from;
-        const uint16_t* const next = rows.lowerGreens + (rows.lowerGreens - rows.upperGreens);
         int32_t x = seen.begin;
         auto bits = W::all(0);
         for (; x <= seen.end - W::columns; x += W::columns) {
             expectBelow<W>(x, rows.upperGreens, rows.lowerGreens);
-            expectBelow<W>(x, rows.lowerGreens, next);
+            expectBelow<W, 2>(x, rows.upperGreens, rows.lowerGreens);
             bits = W::bitOr(bits, foldBlock<W, colourOdd>(rows, x, colours, greens));
         }
         if (x < seen.end) {  // a block that ends with the row overlaps
