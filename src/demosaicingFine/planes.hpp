@@ -10,14 +10,15 @@ namespace kro {
 namespace {
 
 enum class Plane {
-    differencesDown,    // own colour minus the other, times 4, down the column: of even columns, of odd ones
-    differencesAcross,  // the same along the row: at red and blue sites, at green ones
-    estimatesDown,  // of the difference at a red or blue site, times 8: plain, and where the neighbourhood is rough
-    changesDown,  // variation of differencesDown, gradient of samples, from row to row: in the columns of this row's
-                  // red or blue sites, of this row and the next
-    sumsDown,     // these of five rows
-    changesAcross,  // along the row: of a red or blue site, of that and the green site east of it; gradients likewise
-    sumsAcross,     // variations and gradients across of five columns
+    bendsDown,      // of the samples in a column: of even columns, of odd ones
+    bendsAcross,    // of those in the row: at red and blue sites, at green ones
+    estimatesDown,  // of the difference at a red or blue site, times 8: plain, and where the neighbourhood is rough;
+                    // a step before, sums of changesDown over five rows
+    changesDown,  // variation of differences down the column, gradient of samples, from row to row: in the columns of
+                  // this row's red or blue sites, of this row and the next
+    variationsAcross,  // along the row: of a red or blue site, of that and the green one beside it in the lane
+    gradientsAcross,   // likewise
+    sumsAcross,        // variations and gradients across of five columns
     weight,         // of the estimate across, 0 to 4; below 0 where the neighbourhood is not smooth
     difference,     // estimates across and down, weighed, times 8
     colourMinusGreen,
@@ -31,7 +32,7 @@ enum class Plane {
 struct PlaneRows {
     int32_t rows, parts;
 };
-constexpr PlaneRows planeRows[] = {{2, 2}, {4, 2}, {4, 2}, {4, 2}, {1, 2}, {1, 4},
+constexpr PlaneRows planeRows[] = {{4, 2}, {4, 2}, {4, 2}, {4, 2}, {1, 2}, {2, 2},
                                    {4, 2}, {2, 1}, {4, 1}, {4, 1}, {4, 2}};
 constexpr int32_t period = 4;
 

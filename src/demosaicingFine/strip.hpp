@@ -51,7 +51,7 @@ public:
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
     // Steps are counted by the row whose differences are made: the first one, and how far behind it pixels are.
-    static constexpr int32_t stepsBefore = 8, rowsBehind = 9;
+    static constexpr int32_t stepsBefore = 6, rowsBehind = 9;
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
@@ -61,9 +61,12 @@ public:
           inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + strip_.first
                                                    : nullptr),
           top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
-        const int32_t first = job.rows.begin - stepsBefore;
-        for (int32_t y = first - 2; y < first + 2; ++y) {
-            load(y);
+        constexpr int32_t changesBefore = 4;  // steps that models do not depend on, but their changes
+        const int32_t first = job.rows.begin - stepsBefore - changesBefore;
+        load(first);
+        load(first + 1);
+        for (int32_t y = first; y < first + changesBefore; ++y) {
+            beginStep(y);
         }
     }
 
@@ -95,6 +98,9 @@ public:
 
 private:
     using Pass = void (*)(FineStrip& s, int32_t y);
+
+    // Sums lie where the row's estimates are put one step later.
+    static constexpr Plane sumsDown = Plane::estimatesDown;
 
     const FrameJob& job_;
     const Strip strip_;
@@ -192,27 +198,8 @@ private:
         }
     }
 
-    // ---- differences of the two colours of a row or a column ----
+    // ---- how colours bend, and how much the difference of two of them changes ----
 
-    // Twice the site and the mean of its neighbours in the same colour, minus twice the other colour beside it.
-    static KRO_INLINE Lanes difference(Lanes before2, Lanes before, Lanes here, Lanes after, Lanes after2) {
-        const Lanes own = L::add(L::add(before2, after2), L::add(here, here));
-        const Lanes other = L::add(before, after);
-        return L::sub(own, L::add(other, other));
-    }
-    // Variations and gradients are compared with each other; of words both are smaller by four bits, so that sums of
-    // 12 bits are those of bytes.
-    static KRO_INLINE Lanes variation(Lanes before, Lanes after) {
-        return L::template shiftRight < sizeof(Sample) == 1 ? 1 : 5 > (L::absolute(L::sub(before, after)));
-    }
-    static KRO_INLINE Lanes gradient(Lanes before, Lanes after) {
-        const Lanes magnitude = L::absolute(L::sub(before, after));
-        if constexpr (sizeof(Sample) == 1) {
-            return magnitude;
-        } else {
-            return L::template shiftRight<4>(magnitude);
-        }
-    }
     template <class Int>
     static KRO_INLINE Lanes at(const Int* lanes) {
         return L::loadLanes(lanes);
@@ -222,93 +209,110 @@ private:
         return L::add(at(lanes - 1), at(lanes + 1));
     }
     static KRO_INLINE Lanes twice(Lanes a) { return L::add(a, a); }
-    static KRO_INLINE Lanes plainEstimate(Lanes before, Lanes here, Lanes after) {
-        return L::sub(twice(here), L::add(before, after));
+
+    // Two colours alternate in a row or a column. What a site's neighbours have more than it, twice: the bends before
+    // and after a site are together four times the difference of its colour and the other one.
+    static KRO_INLINE Lanes bend(Lanes before, Lanes here, Lanes after) {
+        return L::sub(L::add(before, after), twice(here));
     }
-    static KRO_INLINE Lanes roughEstimate(Lanes difference, Lanes sample, Lanes farSamples) {
-        return twice(L::sub(twice(L::add(difference, sample)), farSamples));
+    // Of the differences before and after a site, which have the bend at the site in common; left are those two
+    // before and two after. Variations and gradients are compared with each other; of words both are smaller by four
+    // bits, so that sums of 12 bits are those of bytes.
+    static KRO_INLINE Lanes variation(Lanes before2, Lanes after2) {
+        return L::template shiftRight < sizeof(Sample) == 1 ? 1 : 5 > (L::absolute(L::sub(before2, after2)));
+    }
+    static KRO_INLINE Lanes gradient(Lanes before, Lanes after) {
+        const Lanes magnitude = L::absolute(L::sub(before, after));
+        if constexpr (sizeof(Sample) == 1) {
+            return magnitude;
+        } else {
+            return L::template shiftRight<4>(magnitude);
+        }
+    }
+    // Estimates of a difference are twice the site's own, less what its neighbours' differ, or in rough places half
+    // of what its own colour bends: of either this, less the bends two before and two after, or twice its own.
+    static KRO_INLINE Lanes estimate(Lanes before, Lanes here, Lanes after) {
+        return twice(L::sub(L::add(before, after), here));
     }
 
-    // Differences down and across of row y; with them variations and gradients of the row above are complete, and
-    // sums down of the row two further up.
+    // Bends down of the row below y and across of row y; with them variations of the row above are complete, and sums
+    // down of the row two further up.
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void changes(FineStrip& s, int32_t y) {
         s.eachBlock<turn, colourOdd>(y, beside, [](const auto& block) KRO_INLINE_LAMBDA {
             const Column colour = columnOf(block, colourOdd), green = columnOf(block, !colourOdd);
-            changesAcross(block, colour.north, green.north);
-            differencesAcross(block, green.here, colour.here);
+            variationsAcross(block);
+            bendsAcross(block, green.here, colour.here);
             changesInColourColumns(block, colour);
             changesInGreenColumns(block, green);
         });
     }
-    // Five samples of a column around row y.
+    // Samples of a column around row y.
     struct Column {
-        Lanes north2, north, here, south, south2;
-        KRO_INLINE Lanes difference() const { return FineStrip::difference(north2, north, here, south, south2); }
+        Lanes north2, here, south, south2;
+        KRO_INLINE Lanes bend() const { return FineStrip::bend(here, south, south2); }
+        KRO_INLINE Lanes gradient() const { return FineStrip::gradient(north2, here); }
     };
     template <class Block>
     static KRO_INLINE Column columnOf(const Block& block, bool odd) {
         const auto sample = [&](int32_t k) KRO_INLINE_LAMBDA { return at(block.samples(k, odd)); };
-        return {sample(-2), sample(-1), sample(0), sample(1), sample(2)};
+        return {sample(-2), sample(0), sample(1), sample(2)};
     }
 
-    // Of the row above.
-    template <int turn, bool colourOdd>
-    static KRO_INLINE void changesAcross(const Block<turn, colourOdd>& block, Lanes colour, Lanes green) {
-        constexpr int32_t e = eastern<colourOdd>;
-        const Lanes eastColour = at(block.colours(-1) + 1), otherGreen = at(block.greens(-1) + (colourOdd ? 1 : -1));
-        const Number* const differences = block.template row<Plane::differencesAcross>(-1);
-        const Number* const greenDifferences = differences + next;
-        Number* const made = block.template row<Plane::changesAcross>(0);
-        const Lanes varies = variation(at(greenDifferences - 1 + e), at(greenDifferences + e));
+    // Of the row above. A colour site and a green one beside each other have the same lane.
+    template <class Block>
+    static KRO_INLINE void variationsAcross(const Block& block) {
+        const Number* const bends = block.template row<Plane::bendsAcross>(-1);
+        const Number* const greenBends = bends + next;
+        Number* const made = block.template row<Plane::variationsAcross>(0);
+        const Lanes varies = variation(at(bends - 1), at(bends + 1));
         L::storeLanes(made, varies);
-        L::storeLanes(made + next, L::add(varies, variation(at(differences), at(differences + 1))));
-        const Lanes gradual = gradient(green, otherGreen);
-        L::storeLanes(made + 2 * next, gradual);
-        L::storeLanes(made + 3 * next, L::add(gradual, gradient(colour, eastColour)));
+        L::storeLanes(made + next, L::add(varies, variation(at(greenBends - 1), at(greenBends + 1))));
     }
     // Of row y, whose red or blue stands in the green columns of the row above.
     template <int turn, bool colourOdd>
-    static KRO_INLINE void differencesAcross(const Block<turn, colourOdd>& block, Lanes colour, Lanes green) {
-        const Sample *const colours = block.greens(0), *const greens = block.colours(0);
-        const Lanes westColour = at(colours - 1), eastColour = at(colours + 1);
-        const Lanes westGreen = at(greens - 1), eastGreen = at(greens + 1);
-        Number* const made = block.template row<Plane::differencesAcross>(0);
-        L::storeLanes(made, colourOdd ? difference(westColour, westGreen, colour, green, eastColour)
-                                      : difference(westColour, green, colour, eastGreen, eastColour));
-        L::storeLanes(made + next, colourOdd ? difference(westGreen, colour, green, eastColour, eastGreen)
-                                             : difference(westGreen, westColour, green, colour, eastGreen));
+    static KRO_INLINE void bendsAcross(const Block<turn, colourOdd>& block, Lanes colour, Lanes green) {
+        constexpr int32_t aside = colourOdd ? 1 : -1;
+        const Lanes otherColour = at(block.greens(0) + aside), otherGreen = at(block.colours(0) - aside);
+        Number* const made = block.template row<Plane::bendsAcross>(0);
+        L::storeLanes(made, bend(green, colour, otherGreen));
+        L::storeLanes(made + next, bend(colour, green, otherColour));
+        Number* const gradients = block.template row<Plane::gradientsAcross>(0);
+        const Lanes gradual = gradient(green, otherGreen);
+        L::storeLanes(gradients, gradual);
+        L::storeLanes(gradients + next, L::add(gradual, gradient(colour, otherColour)));
     }
     // Sums are complete here; estimates are those of the row above.
     template <int turn, bool colourOdd>
     static KRO_INLINE void changesInColourColumns(const Block<turn, colourOdd>& block, const Column& column) {
-        Number* const place = block.template row<Plane::differencesDown>(0, colourOdd);
-        const Lanes before = at(place), made = column.difference();
+        const auto bendAt = [&](int32_t k)
+                                KRO_INLINE_LAMBDA { return at(block.template row<Plane::bendsDown>(k, colourOdd)); };
+        Number* const place = block.template row<Plane::bendsDown>(1, colourOdd);
+        const Lanes before2 = bendAt(-3), made = column.bend();
         L::storeLanes(place, made);
-        const Lanes varies = variation(before, made), gradual = gradient(column.north2, column.here);
+        const Lanes varies = variation(before2, made), gradual = column.gradient();
         Number* const oldest = block.template row<Plane::changesDown>(-5);
         const Number* const older = block.template row<Plane::changesDown>(-3);
-        Number* const sums = block.template row<Plane::sumsDown>(0);
+        Number* const sums = block.template row<sumsDown>(0);
         L::storeLanes(sums, L::add(L::add(at(oldest), at(older)), varies));
         L::storeLanes(sums + next, L::add(L::add(at(oldest + next), at(older + next)), gradual));
         Number* const newest = block.template row<Plane::changesDown>(-1);
         L::storeLanes(newest, varies);
         L::storeLanes(newest + next, gradual);
-        const Lanes own = at(block.template row<Plane::differencesDown>(-1, colourOdd));
-        const Lanes farSamples = L::add(at(block.colours(-3)), column.south);
+        const Lanes here = bendAt(-1), common = estimate(bendAt(-2), here, bendAt(0));
         Number* const estimates = block.template row<Plane::estimatesDown>(-1);
-        L::storeLanes(estimates, plainEstimate(before, own, made));
-        L::storeLanes(estimates + next, roughEstimate(own, column.north, farSamples));
+        L::storeLanes(estimates, L::sub(common, L::add(before2, made)));
+        L::storeLanes(estimates + next, L::sub(common, twice(here)));
     }
     // The second row of a pair.
     template <int turn, bool colourOdd>
     static KRO_INLINE void changesInGreenColumns(const Block<turn, colourOdd>& block, const Column& column) {
-        Number* const place = block.template row<Plane::differencesDown>(0, !colourOdd);
-        const Lanes before = at(place), made = column.difference();
+        Number* const place = block.template row<Plane::bendsDown>(1, !colourOdd);
+        const Lanes before2 = at(place), made = column.bend();
         L::storeLanes(place, made);
         Number* const pair = block.template row<Plane::changesDown>(-2);
-        L::storeLanes(pair, L::add(at(pair), variation(before, made)));
-        L::storeLanes(pair + next, L::add(at(pair + next), gradient(column.north2, column.here)));
+        L::storeLanes(pair, L::add(at(pair), variation(before2, made)));
+        L::storeLanes(pair + next, L::add(at(pair + next), column.gradient()));
     }
 
     // ---- the difference of colour and green ----
@@ -327,8 +331,11 @@ private:
 
     // Over five columns, and the rows five, three and one above y: those whose red or blue stands in the same
     // columns. The newest takes the place of the first.
-    static KRO_INLINE Lanes sumAcross(const Number* own, const Number* both, Number* above, const Number* here) {
-        const Lanes below = L::add(L::add(at(both - 1), at(both)), at(own + 1));
+    template <bool colourOdd>
+    static KRO_INLINE Lanes sumAcross(const Number* own, Number* above, const Number* here) {
+        constexpr int32_t aside = colourOdd ? 1 : -1;
+        const Number* const both = own + next;
+        const Lanes below = L::add(L::add(at(both + aside), at(both)), at(own - aside));
         const Lanes sum = L::add(L::add(at(above), at(here)), below);
         L::storeLanes(above, below);
         return sum;
@@ -339,10 +346,10 @@ private:
     static KRO_INLINE Weighed weighed(const Block<turn, colourOdd>& block) {
         Number* const above = block.template row<Plane::sumsAcross>(-5);
         const Number* const here = block.template row<Plane::sumsAcross>(-3);
-        const Number* const fresh = block.template row<Plane::changesAcross>(0);
-        const Number* const sums = block.template row<Plane::sumsDown>(0);
-        const Lanes across = sumAcross(fresh, fresh + next, above, here);
-        const Lanes changes = sumAcross(fresh + 2 * next, fresh + 3 * next, above + next, here + next);
+        const Number* const sums = block.template row<sumsDown>(0);
+        const Lanes across = sumAcross<colourOdd>(block.template row<Plane::variationsAcross>(0), above, here);
+        const Lanes changes =
+            sumAcross<colourOdd>(block.template row<Plane::gradientsAcross>(-1), above + next, here + next);
         const Lanes down = threeColumns(sums);
         const Lanes least = L::least(across, down);
         const Lanes activity = L::least(changes, threeColumns(sums + next));
@@ -359,11 +366,10 @@ private:
     template <int turn, bool colourOdd, class Mask>
     static KRO_INLINE Lanes estimatedAcross(const Block<turn, colourOdd>& block, Mask notRough) {
         constexpr int32_t e = eastern<colourOdd>;
-        const Number* const differences = block.template row<Plane::differencesAcross>(-3);
-        const Sample* const colour = block.colours(-3);
-        const Lanes own = at(differences);
-        const Lanes plain = plainEstimate(at(differences + next - 1 + e), own, at(differences + next + e));
-        return L::select(notRough, plain, roughEstimate(own, at(colour), besides(colour)));
+        const Number* const bends = block.template row<Plane::bendsAcross>(-3);
+        const Lanes here = at(bends);
+        const Lanes common = estimate(at(bends + next - 1 + e), here, at(bends + next + e));
+        return L::sub(common, L::select(notRough, besides(bends), twice(here)));
     }
     // Of the estimate across, from 0 to 4: the one direction counts more the less its differences vary.
     static KRO_INLINE Lanes weightAcross(Lanes across, Lanes down, Lanes least) {
