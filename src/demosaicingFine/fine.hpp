@@ -8,22 +8,11 @@
 namespace kro {
 namespace {
 
-// What a row is made from: what its own sites hold, and the models around them, slopes and, `next` on, offsets.
+// What a row is made from: what its own sites hold, and the models around them.
 template <class Sample, class Number>
 struct FineRows {
     const Sample *colours, *greens;
     const Number *differences, *above, *here, *below;
-};
-
-// Sums of slopes and of offsets of the sites that a colour is made from, 2^shift / 2 of them.
-template <class L>
-struct Models {
-    typename L::Lanes slope, offset;
-    KRO_INLINE Models plus(Models other) const { return {L::add(slope, other.slope), L::add(offset, other.offset)}; }
-    template <int shift>
-    KRO_INLINE typename L::Lanes colour(typename L::Lanes green) const {
-        return L::template shiftRight<shift>(L::add(L::mul(slope, green), offset));
-    }
 };
 
 template <class S, class Sample, Output kind>
@@ -31,7 +20,6 @@ class Fine {
     using FineStripOf = FineStrip<S, Sample>;
     using Number = typename FineStripOf::Number;
     static constexpr bool ordered = isInterleaved(kind);
-    static constexpr int32_t next = FineStripOf::next;
 
 public:
     static void frame(const FrameJob& job) {
@@ -99,18 +87,27 @@ private:
         using L = SiteLanes<std::conditional_t<V::columns == 2, PairOfColumns, S>, Sample>;
         constexpr int32_t e = eastern<colourOdd>;
         const auto at = [i](const auto* lanes, int32_t k) KRO_INLINE_LAMBDA { return L::loadLanes(lanes + i + k); };
-        const auto model = [&](const Number* models, int32_t k) KRO_INLINE_LAMBDA {
-            return Models<L>{at(models, k), at(models, next + k)};
-        };
         // The other colour's sites above and below a green one, and on the diagonals of a colour's.
-        const auto column = [&](int32_t k) KRO_INLINE_LAMBDA { return model(in.above, k).plus(model(in.below, k)); };
-        const auto vertical = column(0), diagonal = vertical.plus(column(colourOdd ? 1 : -1));
-        const auto across = model(in.here, -e).plus(model(in.here, 1 - e));
+        const auto column = [&](int32_t k) KRO_INLINE_LAMBDA { return L::add(at(in.above, k), at(in.below, k)); };
+        const auto vertical = column(0), diagonal = L::add(vertical, column(colourOdd ? 1 : -1));
+        const auto across = L::add(at(in.here, -e), at(in.here, 1 - e));
         const typename L::Lanes colour = at(in.colours, 0), green = at(in.greens, 0);
         const typename L::Lanes greenMade = L::sub(colour, at(in.differences, 0));
-        return joined<V, L, colourOdd>(colour, green, greenMade, across.template colour<2>(green),
-                                       diagonal.template colour<3>(greenMade), vertical.template colour<2>(green),
+        const auto of = [](typename L::Lanes lanes)
+                            KRO_INLINE_LAMBDA { return L::template shiftLeft<FineStripOf::slopeBits>(lanes); };
+        const typename L::Lanes scaled = of(green);
+        return joined<V, L, colourOdd>(colour, green, greenMade, colourOf<L, 2>(across, scaled),
+                                       colourOf<L, 4>(diagonal, of(greenMade)), colourOf<L, 2>(vertical, scaled),
                                        topOfSamples);
+    }
+    // By the sum of a number of models. A lane holds 16 times what is halved and divided by the number, and the sum
+    // of slopes below, which is too small to matter. Of four that may be too much for a lane, and white then.
+    template <class L, int number>
+    static KRO_INLINE auto colourOf(typename L::Lanes models, typename L::Lanes scaledGreen) {
+        constexpr int bits = FineStripOf::slopeBits;
+        const auto slopes = L::bitAnd(models, L::all((1 << bits) - 1));
+        const auto sum = L::addSaturated(L::mul(slopes, scaledGreen), models);
+        return L::template shiftRightRounded<bits + (number == 2 ? 2 : 3)>(sum);
     }
     // Pixels in column order. The colours that were made may lie outside of what samples can be.
     template <class V, class L, bool colourOdd, class Lanes = typename L::Lanes>

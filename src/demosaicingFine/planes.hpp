@@ -22,7 +22,7 @@ enum class Plane {
     weight,         // of the estimate across, 0 to 4; below 0 where the neighbourhood is not smooth
     difference,     // estimates across and down, weighed, times 8
     colourMinusGreen,
-    models,  // slope and offset: a colour is (slope x green + offset) / 2; 1 more, so that means are rounded
+    models,  // 16 x offset + slope: a colour is (slope x green + offset) / 2
     count
 };
 
@@ -33,7 +33,7 @@ struct PlaneRows {
     int32_t rows, parts;
 };
 constexpr PlaneRows planeRows[] = {{4, 2}, {4, 2}, {4, 2}, {4, 2}, {1, 2}, {2, 2},
-                                   {4, 2}, {2, 1}, {4, 1}, {4, 1}, {4, 2}};
+                                   {4, 2}, {2, 1}, {4, 1}, {4, 1}, {4, 1}};
 constexpr int32_t period = 4;
 
 constexpr int32_t halfRowsBefore(Plane plane) {

@@ -48,6 +48,7 @@ public:
     static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
     static constexpr int32_t besideSamples = 8;         // lanes of samples
     static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
+    static constexpr int slopeBits = 4;  // of a model, sums of four: 0 to 8
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
     // Steps are counted by the row whose differences are made: the first one, and how far behind it pixels are.
@@ -360,7 +361,7 @@ private:
         const Lanes weight = weightAcross(across, down, least);
         const Lanes sum =
             L::add(L::template shiftLeft<2>(estimateDown), L::mul(weight, L::sub(estimateAcross, estimateDown)));
-        return {L::template shiftRight<3>(L::add(sum, L::all(4))),
+        return {L::template shiftRightRounded<3>(sum),
                 L::select(L::greater(activity, least), weight, L::all(-1))};
     }
     template <int turn, bool colourOdd, class Mask>
@@ -376,7 +377,7 @@ private:
         const Lanes most = L::most(across, down), quarter = L::template shiftRight<2>(most);
         Lanes more = L::raised(L::greater(L::sub(most, quarter), least), L::all(0));
         more = L::raised(L::greater(L::add(quarter, L::template shiftRight<3>(most)), least), more);
-        return L::select(L::greater(down, across), L::add(L::all(2), more), L::sub(L::all(2), more));
+        return L::sub(L::all(2), L::turned(more, across, down));
     }
 
     // Smooth neighbourhoods average differences once more, along the same direction.
@@ -391,11 +392,11 @@ private:
         L::storeLanes(weights, below.weight);
         const Lanes sum = L::add(L::add(L::template shiftLeft<3>(own), L::template shiftLeft<2>(down)),
                                  L::mul(weight, L::sub(across, down)));
-        const Lanes mean = L::template shiftRight<4>(L::add(sum, L::all(8)));
+        const Lanes mean = L::template shiftRightRounded<4>(sum);
         const Lanes eighths = L::select(L::greater(weight, L::all(-1)), mean, own);
-        const Lanes rounded = L::template shiftRight<3>(L::add(eighths, L::all(4)));
+        const Lanes rounded = L::template shiftRightRounded<3>(eighths);
         const Lanes sample = at(block.colours(-5));
-        return L::sub(sample, L::clamp(L::sub(sample, rounded), top));
+        return L::least(L::most(rounded, L::sub(sample, top)), sample);
     }
 
     // ---- how a colour follows green ----
@@ -427,9 +428,8 @@ private:
         L::storeLanes(above, differenceBelow);
         Number* const made = block.template row<Plane::models>(-7);
         const Lanes slope = slopeOf(sums);
-        L::storeLanes(made, slope);
         const Lanes offset = L::sub(twice(sample), L::mul(slope, L::sub(sample, difference)));
-        L::storeLanes(made + next, L::add(offset, L::all(1)));
+        L::storeLanes(made, L::add(L::template shiftLeft<slopeBits>(offset), slope));
     }
     // A slope below 2 must change less by a quarter, and by 8.
     static KRO_INLINE Lanes slopeOf(const Changes& sums) {
@@ -456,8 +456,7 @@ private:
         const Number* const differences = row<Plane::colourMinusGreen>(y);
         Number* const made = row<Plane::models>(y);
         for (int32_t i = lanes.begin; i < lanes.end; ++i) {
-            made[i] = 2;
-            made[next + i] = static_cast<Number>(2 * differences[i] + 1);
+            made[i] = static_cast<Number>(2 * differences[i] * (1 << slopeBits) + 2);
         }
     }
 };

@@ -44,6 +44,7 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes highOnly(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return _mm256_adds_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi16(a, b); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm256_mulhi_epu16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm256_avg_epu16(a, b); }
@@ -56,8 +57,12 @@ struct Avx2Lanes {
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm256_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm256_sign_epi16(a, sub(first, second));
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return _mm256_blendv_epi8(no, yes, m); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm256_or_si256(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return _mm256_min_epi16(_mm256_max_epi16(a, _mm256_setzero_si256()), top);
@@ -65,6 +70,10 @@ struct Avx2Lanes {
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return n == 0 ? a : _mm256_srai_epi16(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return _mm256_mulhrs_epi16(a, all(1 << (15 - n)));
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
@@ -202,7 +211,6 @@ struct Avx2Words : Avx2Lanes {
     }
 
     static KRO_INLINE Lanes iota() { return _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15); }
-    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm256_blend_epi16(even, odd, 0xAA); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm256_testz_si256(a, all(bits)) == 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
@@ -262,6 +270,13 @@ struct Avx2Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm256_sign_epi32(a, sub(first, second)); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return shiftRight<n>(add(a, all(1 << (n - 1))));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm256_abs_epi32(a); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {

@@ -55,6 +55,7 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes highOnly(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return _mm512_adds_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm512_mullo_epi16(a, b); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm512_mulhi_epu16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm512_avg_epu16(a, b); }
@@ -67,8 +68,12 @@ struct Avx512Lanes {
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm512_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return _mm512_mask_add_epi16(a, m, a, all(1)); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return _mm512_mask_sub_epi16(a, m, a, all(1)); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm512_mask_sub_epi16(a, greater(second, first), _mm512_setzero_si512(), a);
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm512_cmpgt_epi16_mask(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return _mm512_mask_mov_epi16(no, m, yes); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm512_or_si512(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return _mm512_min_epi16(_mm512_max_epi16(a, _mm512_setzero_si512()), top);
@@ -76,6 +81,10 @@ struct Avx512Lanes {
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return n == 0 ? a : _mm512_srai_epi16(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return _mm512_mulhrs_epi16(a, all(1 << (15 - n)));
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
@@ -276,7 +285,6 @@ struct Avx512Words : Avx512Lanes {
         static constexpr WordIndices<32> place = elementsOf<32>(leftOf<64, 2>(0));
         return _mm512_load_si512(place.word);
     }
-    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return _mm512_mask_mov_epi16(even, oddColumns, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return _mm512_test_epi16_mask(a, all(bits)) != 0; }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
@@ -342,6 +350,13 @@ struct Avx512Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm512_mask_sub_epi32(a, greater(second, first), all(0), a); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return shiftRight<n>(add(a, all(1 << (n - 1))));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi32(a); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {

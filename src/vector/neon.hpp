@@ -58,12 +58,16 @@ struct NeonLanes {
     };
     static KRO_INLINE Difference sub(Lanes a, Lanes b) { return {a, b}; }
     static KRO_INLINE Lanes absolute(Difference d) { return of(vabdq_s16(s16(d.a), s16(d.b))); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return of(vqaddq_s16(s16(a), s16(b))); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return of(vmulq_u16(u16(a), u16(b))); }
     static KRO_INLINE Lanes absolute(Lanes a) { return of(vabsq_s16(s16(a))); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return of(vminq_s16(s16(a), s16(b))); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return of(vmaxq_s16(s16(a), s16(b))); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return of(vsubq_u16(u16(a), u16(m))); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return of(vaddq_u16(u16(a), u16(m))); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return select(greater(second, first), of(vnegq_s16(s16(a))), a);
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return of(vcgtq_s16(s16(a), s16(b))); }
     // Bit by bit, in one instruction that spares the mask: where clang knows it, it would make three instructions or
     // look-ups in two registers.
@@ -75,6 +79,7 @@ struct NeonLanes {
 #endif
         return no;
     }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_u8(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return vorrq_u8(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return of(vminq_s16(vmaxq_s16(s16(a), vdupq_n_s16(0)), s16(top)));
@@ -86,6 +91,10 @@ struct NeonLanes {
         } else {
             return of(vshrq_n_s16(s16(a), n));
         }
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return of(vrshrq_n_s16(s16(a), n));
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
@@ -182,7 +191,6 @@ struct NeonWords : NeonLanes {
         return load(places);
     }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return of(vrhaddq_u16(u16(a), u16(b))); }
-    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_u8(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(of(vdupq_n_u32(0x0000FFFF)), even, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
         const uint64x2_t found = vreinterpretq_u64_u8(bitAnd(a, all(bits)));
@@ -248,6 +256,13 @@ struct NeonDwords {
     static KRO_INLINE Lanes all(int32_t value) { return vdupq_n_s32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return vaddq_s32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return vsubq_s32(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_s32(a, b); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return select(greater(second, first), vnegq_s32(a), a); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return vrshrq_n_s32(a, n);
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return vabsq_s32(a); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {

@@ -24,6 +24,8 @@ struct PairNumbers {
     static KRO_INLINE Lanes all(int32_t value) { return value; }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
+    // Where 16 bits do not hold a sum, it may be any that clamps to white.
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return a + b; }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return a * b; }
     static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return a < b ? a : b; }
@@ -33,10 +35,17 @@ struct PairNumbers {
     // One more, one less, where the mask says so.
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return a + static_cast<int32_t>(m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return a - static_cast<int32_t>(m); }
+    // Negative where the second is greater than the first; `a` is 0 where they are equal.
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return chosen(second > first, -a, a); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return a & b; }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) { return least(a < 0 ? 0 : a, top); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return a >> n;  // arithmetic: floors
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return (a + (1 << (n - 1))) >> n;
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {

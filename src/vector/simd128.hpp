@@ -37,14 +37,19 @@ struct Simd128Lanes {
     static KRO_INLINE Lanes high(Vector v) { return wasm_u16x8_shr(v, 8); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return wasm_i16x8_add(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i16x8_sub(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return wasm_i16x8_add_sat(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i16x8_mul(a, b); }
     static KRO_INLINE Lanes absolute(Lanes a) { return wasm_i16x8_abs(a); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i16x8_min(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return wasm_i16x8_max(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return select(greater(second, first), wasm_i16x8_neg(a), a);
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return wasm_i16x8_gt(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return wasm_v128_bitselect(yes, no, m); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return wasm_v128_and(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return wasm_v128_or(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return wasm_i16x8_min(wasm_i16x8_max(a, wasm_i16x8_const_splat(0)), top);
@@ -52,6 +57,10 @@ struct Simd128Lanes {
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return wasm_i16x8_shr(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return wasm_i16x8_q15mulr_sat(a, all(1 << (15 - n)));
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
@@ -187,7 +196,6 @@ struct Simd128Words : Simd128Lanes {
 
     static KRO_INLINE Lanes iota() { return wasm_i16x8_const(0, 1, 2, 3, 4, 5, 6, 7); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return wasm_u16x8_avgr(a, b); }
-    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return wasm_v128_and(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) {
         return select(wasm_i32x4_const_splat(0xFFFF), even, odd);
     }
@@ -247,6 +255,13 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return wasm_i32x4_splat(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return wasm_i32x4_add(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i32x4_sub(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return wasm_v128_and(a, b); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return select(greater(second, first), wasm_i32x4_neg(a), a); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return shiftRight<n>(add(a, all(1 << (n - 1))));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return wasm_i32x4_abs(a); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {

@@ -41,6 +41,7 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes highOnly(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(-0x0100)); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi16(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi16(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return _mm_adds_epi16(a, b); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm_mullo_epi16(a, b); }
     static KRO_INLINE Lanes mulHigh(Lanes a, Lanes b) { return _mm_mulhi_epu16(a, b); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return _mm_avg_epu16(a, b); }
@@ -54,10 +55,14 @@ struct Ssse3Lanes {
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm_max_epi16(a, b); }
     static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
     static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm_sign_epi16(a, sub(first, second));
+    }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm_cmpgt_epi16(a, b); }
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
         return _mm_or_si128(_mm_and_si128(m, yes), _mm_andnot_si128(m, no));
     }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm_or_si128(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
         return _mm_min_epi16(_mm_max_epi16(a, _mm_setzero_si128()), top);
@@ -65,6 +70,10 @@ struct Ssse3Lanes {
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
         return n == 0 ? a : _mm_srai_epi16(a, n);
+    }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return _mm_mulhrs_epi16(a, all(1 << (15 - n)));
     }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
@@ -189,7 +198,6 @@ struct Ssse3Words : Ssse3Lanes {
     }
 
     static KRO_INLINE Lanes iota() { return _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7); }
-    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
         return _mm_movemask_epi8(_mm_cmpeq_epi16(bitAnd(a, all(bits)), _mm_setzero_si128())) != 0xFFFF;
@@ -251,6 +259,13 @@ struct Ssse3Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi32(a, b); }
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
+    static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm_sign_epi32(a, sub(first, second)); }
+    template <int n>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return shiftRight<n>(add(a, all(1 << (n - 1))));
+    }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi32(a); }
     template <int n>
     static KRO_INLINE Lanes shiftRight(Lanes a) {
