@@ -375,9 +375,9 @@ private:
     // Of the estimate across, from 0 to 4: the one direction counts more the less its differences vary.
     static KRO_INLINE Lanes weightAcross(Lanes across, Lanes down, Lanes least) {
         const Lanes most = L::most(across, down), quarter = L::template shiftRight<2>(most);
-        Lanes more = L::raised(L::greater(L::sub(most, quarter), least), L::all(0));
-        more = L::raised(L::greater(L::add(quarter, L::template shiftRight<3>(most)), least), more);
-        return L::sub(L::all(2), L::turned(more, across, down));
+        Lanes less = L::lowered(L::greater(L::sub(most, quarter), least), L::all(0));
+        less = L::lowered(L::greater(L::add(quarter, L::template shiftRight<3>(most)), least), less);
+        return L::add(L::all(2), L::turned(less, across, down));
     }
 
     // Smooth neighbourhoods average differences once more, along the same direction.
@@ -393,7 +393,7 @@ private:
         const Lanes sum = L::add(L::add(L::template shiftLeft<3>(own), L::template shiftLeft<2>(down)),
                                  L::mul(weight, L::sub(across, down)));
         const Lanes mean = L::template shiftRightRounded<4>(sum);
-        const Lanes eighths = L::select(L::greater(weight, L::all(-1)), mean, own);
+        const Lanes eighths = L::select(L::greater(L::all(0), weight), own, mean);
         const Lanes rounded = L::template shiftRightRounded<3>(eighths);
         const Lanes sample = at(block.colours(-5));
         return L::least(L::most(rounded, L::sub(sample, top)), sample);

@@ -61,7 +61,11 @@ struct Avx2Lanes {
         return _mm256_sign_epi16(a, sub(first, second));
     }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
-    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) { return _mm256_blendv_epi8(no, yes, m); }
+    // (A mask that two selections share would be compared with 0 for them.)
+    static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
+        __asm__("" : "+x"(m));
+        return _mm256_blendv_epi8(no, yes, m);
+    }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm256_or_si256(a, b); }
     static KRO_INLINE Lanes clamp(Lanes a, Lanes top) {
