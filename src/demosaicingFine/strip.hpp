@@ -48,6 +48,7 @@ public:
     static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
     static constexpr int32_t besideSamples = 8;         // lanes of samples
     static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
+    static constexpr int32_t step = V::columns / 2;  // from a block of lanes to the next
     static constexpr int slopeBits = 4;  // of a model, sums of four: 0 to 8
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
@@ -133,15 +134,18 @@ private:
     // Blocks that cover the strip's lanes and `more` at both ends.
     template <int turn, bool colourOdd, class Formula>
     KRO_INLINE void eachBlock(int32_t y, int32_t more, const Formula& formula) {
-        constexpr int32_t step = V::columns / 2;
-        const auto group = [&](int32_t k)
-                               KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
-        const ptrdiff_t begin = step == 1 ? -more : -beside, end = (count_ + 1) / 2 + more;
-        Block<turn, colourOdd> block{this, {group(0), group(1), group(-1)}, begin};
-        for (; block.i < end; block.i += step) {
+        const ptrdiff_t end = endOfBlocks(more);
+        for (auto block = firstBlock<turn, colourOdd>(y, more); block.i < end; block.i += step) {
             formula(block);
         }
     }
+    template <int turn, bool colourOdd>
+    KRO_INLINE Block<turn, colourOdd> firstBlock(int32_t y, int32_t more) {
+        const auto group = [&](int32_t k)
+                               KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
+        return {this, {group(0), group(1), group(-1)}, step == 1 ? -more : -beside};
+    }
+    KRO_INLINE ptrdiff_t endOfBlocks(int32_t more) const { return (count_ + 1) / 2 + more; }
 
     // ---- samples ----
 
@@ -323,8 +327,16 @@ private:
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
         const Lanes top = s.top_;
-        s.eachBlock<turn, colourOdd>(
-            y, 3, [top](const auto& block) KRO_INLINE_LAMBDA { model(block, smoothed(block, weighed(block), top)); });
+        const ptrdiff_t end = s.endOfBlocks(3);
+        auto block = s.firstBlock<turn, colourOdd>(y, 3), before = block;
+        Weighed below = weighed(block);
+        for (block.i += step; block.i < end; block.i += step) {
+            const Weighed fresh = weighed(block);
+            model(before, smoothed(before, below, top));
+            below = fresh;
+            before = block;
+        }
+        model(before, smoothed(before, below, top));
     }
     struct Weighed {
         Lanes difference, weight;
