@@ -153,10 +153,11 @@ private:
         const int32_t frameRow = mirroredFar(y, job_.height);
         Sample* const out = samples(y);
         if (inPlace_ != nullptr) {
-            split(advanced(inPlace_, frameRow * job_.source.stride), seen_, strip_.frame.end, out);
+            const ptrdiff_t stride = job_.source.stride;
+            split(advanced(inPlace_, frameRow * stride), stride, seen_, strip_.frame.end, out);
         } else {
             readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
-            split(prepared_ - seen_.begin, seen_, seen_.begin + 2 * nextSamples, out);
+            split(prepared_ - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
         }
         if (strip_.first == 0 || strip_.frame.end == count_) {
             mirrorBeside(out);
@@ -180,9 +181,10 @@ private:
         }
     }
     // In blocks of the passes' columns, which so find whole what was stored just before. `readable` is where the last
-    // one may end.
-    static KRO_INLINE void split(const Sample* in, Columns seen, int32_t readable, Sample* samples) {
+    // one may end; the next row is `below` bytes away.
+    static KRO_INLINE void split(const Sample* in, ptrdiff_t below, Columns seen, int32_t readable, Sample* samples) {
         const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
+            expectAway<V>(in + x, below);
             const auto both = V::load(in + x);
             L::storeLanes(samples + laneOf(x), L::low(both));
             L::storeLanes(samples + nextSamples + laneOf(x), L::high(both));
