@@ -189,9 +189,13 @@ private:
             L::storeLanes(samples + laneOf(x), L::low(both));
             L::storeLanes(samples + nextSamples + laneOf(x), L::high(both));
         };
+        const auto pair = [&](int32_t x) KRO_INLINE_LAMBDA {
+            samples[laneOf(x)] = in[x];
+            samples[nextSamples + laneOf(x)] = in[x + 1];
+        };
         int32_t x = seen.begin;
-        for (; x < -2 * beside; ++x) {
-            sampleAt(samples, x) = in[x];
+        for (; x < -2 * beside; x += 2) {
+            pair(x);
         }
         for (; x < seen.end - 2 && x + V::columns <= readable; x += V::columns) {
             block(x);
@@ -200,8 +204,11 @@ private:
             x = seen.end & ~1;
             block(x - V::columns);
         }
-        for (; x < seen.end; ++x) {
-            sampleAt(samples, x) = in[x];
+        for (; x + 1 < seen.end; x += 2) {
+            pair(x);
+        }
+        if (x < seen.end) {
+            samples[laneOf(x)] = in[x];
         }
     }
 
