@@ -11,16 +11,16 @@ namespace {
 
 enum class Plane {
     bendsDown,      // of the samples in a column: of even columns, of odd ones
-    bendsAcross,    // of those in the row: at red and blue sites, at green ones
-    estimatesDown,  // of the difference at a red or blue site, times 8: plain, and where the neighbourhood is rough;
+    bendsAcross,    // of those in a row: at red and blue sites, at green ones
+    estimatesDown,  // of the difference at a red or blue site, times 16: plain, and where the neighbourhood is rough;
                     // a step before, sums of changesDown over five rows
     changesDown,  // variation of differences down the column, gradient of samples, from row to row: in the columns of
                   // this row's red or blue sites, of this row and the next
-    variationsAcross,  // along the row: of a red or blue site, of that and the green one beside it in the lane
+    variationsAcross,  // along the row: of a red or blue site, of that and the green one of the same lane
     gradientsAcross,   // likewise
     sumsAcross,        // variations and gradients across of five columns
-    weight,         // of the estimate across, 0 to 4; below 0 where the neighbourhood is not smooth
-    difference,     // estimates across and down, weighed, times 8
+    weight,            // of the estimate across, 0 to 4; below 0 where the neighbourhood is not smooth
+    difference,        // estimates across and down, weighed, times 8
     colourMinusGreen,
     models,  // 16 x offset + slope: a colour is (slope x green + offset) / 2
     count

@@ -29,10 +29,10 @@ using SiteLanes = std::conditional_t<sizeof(Sample) == 1, typename S::Bytes, typ
 template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
-// Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some fifty. On
-// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 3.5 cycles with AVX2 and 2.2 with AVX-512
-// (BGR8, 1280x960; edge-directed .66 and .37). A block has 105 instructions of changes, 158 of models (148), 61 of
-// pixels and 17 of samples, a row of a strip 300 beside its blocks; a twelfth is spent on columns beside the strips.
+// Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some forty. On
+// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 3.1 cycles with AVX2 and 2 with AVX-512 (BGR8,
+// 1280x960; edge-directed .66 and .37). A block has 88 instructions of changes, 148 of models (140), 57 of pixels and
+// 18 of samples; a twelfth is spent on columns beside the strips.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
@@ -48,11 +48,11 @@ public:
     static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
     static constexpr int32_t besideSamples = 8;         // lanes of samples
     static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
-    static constexpr int32_t step = V::columns / 2;  // from a block of lanes to the next
-    static constexpr int slopeBits = 4;  // of a model, sums of four: 0 to 8
+    static constexpr int32_t step = V::columns / 2;     // from a block of lanes to the next
+    static constexpr int slopeBits = 4;                 // of models, also of four together: 0 to 8
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
-    // Steps are counted by the row whose differences are made: the first one, and how far behind it pixels are.
+    // Steps are counted by the row whose bends across are made: the first one, and how far behind it pixels are.
     static constexpr int32_t stepsBefore = 6, rowsBehind = 9;
 
     FineStrip(const FrameJob& job, Columns columns)
@@ -332,7 +332,8 @@ private:
     // ---- the difference of colour and green ----
 
     // Differences of the row three above y, greens of the row five above and models of the row seven above: each
-    // needs of the row that was made just before it the same columns only.
+    // needs of the row that was made just before it the same columns only. The last two are made a block later, so
+    // that what waits for each other is not all that a processor sees of the row (Zen 5: a twentieth less time).
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
         const Lanes top = s.top_;
@@ -382,8 +383,7 @@ private:
         const Lanes weight = weightAcross(across, down, least);
         const Lanes sum =
             L::add(L::template shiftLeft<2>(estimateDown), L::mul(weight, L::sub(estimateAcross, estimateDown)));
-        return {L::template shiftRightRounded<3>(sum),
-                L::select(L::greater(activity, least), weight, L::all(-1))};
+        return {L::template shiftRightRounded<3>(sum), L::select(L::greater(activity, least), weight, L::all(-1))};
     }
     template <int turn, bool colourOdd, class Mask>
     static KRO_INLINE Lanes estimatedAcross(const Block<turn, colourOdd>& block, Mask notRough) {
@@ -449,6 +449,7 @@ private:
         L::storeLanes(above, differenceBelow);
         Number* const made = block.template row<Plane::models>(-7);
         const Lanes slope = slopeOf(sums);
+        // From -510 to 510 for bytes: with the slope below, sums of four fit 16 bits.
         const Lanes offset = L::sub(twice(sample), L::mul(slope, L::sub(sample, difference)));
         L::storeLanes(made, L::add(L::template shiftLeft<slopeBits>(offset), slope));
     }

@@ -61,7 +61,7 @@ struct Avx2Lanes {
         return _mm256_sign_epi16(a, sub(first, second));
     }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
-    // (A mask that two selections share would be compared with 0 for them.)
+    // By a mask in a register: the compiler would compare one that two selections share with 0 for them.
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
         __asm__("" : "+x"(m));
         return _mm256_blendv_epi8(no, yes, m);
@@ -276,7 +276,9 @@ struct Avx2Dwords {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
-    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm256_sign_epi32(a, sub(first, second)); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm256_sign_epi32(a, sub(first, second));
+    }
     template <int n>
     static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
         return shiftRight<n>(add(a, all(1 << (n - 1))));

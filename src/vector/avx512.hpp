@@ -352,7 +352,9 @@ struct Avx512Dwords {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
-    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm512_mask_sub_epi32(a, greater(second, first), all(0), a); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm512_mask_sub_epi32(a, greater(second, first), all(0), a);
+    }
     template <int n>
     static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
         return shiftRight<n>(add(a, all(1 << (n - 1))));

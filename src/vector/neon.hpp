@@ -258,7 +258,9 @@ struct NeonDwords {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return vsubq_s32(a, b); }
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_s32(a, b); }
-    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return select(greater(second, first), vnegq_s32(a), a); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return select(greater(second, first), vnegq_s32(a), a);
+    }
     template <int n>
     static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
         return vrshrq_n_s32(a, n);

@@ -24,7 +24,7 @@ struct PairNumbers {
     static KRO_INLINE Lanes all(int32_t value) { return value; }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return a + b; }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return a - b; }
-    // Where 16 bits do not hold a sum, it may be any that clamps to white.
+    // Lanes of 16 bits end at 32767, others need not.
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return a + b; }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return a * b; }
     static KRO_INLINE Lanes absolute(Lanes a) { return a < 0 ? -a : a; }

@@ -257,7 +257,9 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i32x4_sub(a, b); }
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return wasm_v128_and(a, b); }
-    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return select(greater(second, first), wasm_i32x4_neg(a), a); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return select(greater(second, first), wasm_i32x4_neg(a), a);
+    }
     template <int n>
     static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
         return shiftRight<n>(add(a, all(1 << (n - 1))));

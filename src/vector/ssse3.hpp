@@ -261,7 +261,9 @@ struct Ssse3Dwords {
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi32(a, b); }
     static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
-    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) { return _mm_sign_epi32(a, sub(first, second)); }
+    static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
+        return _mm_sign_epi32(a, sub(first, second));
+    }
     template <int n>
     static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
         return shiftRight<n>(add(a, all(1 << (n - 1))));
