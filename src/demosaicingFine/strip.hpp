@@ -333,10 +333,17 @@ private:
 
     // Differences of the row three above y, greens of the row five above and models of the row seven above: each
     // needs of the row that was made just before it the same columns only. The last two are made a block later, so
-    // that what waits for each other is not all that a processor sees of the row (Zen 5: a twentieth less time).
+    // that what waits for each other is not all that a processor sees of the row (Zen 5: a twentieth less time; in
+    // single lanes, where registers are few, a fifth more).
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
         const Lanes top = s.top_;
+        if constexpr (step == 1) {
+            s.eachBlock<turn, colourOdd>(y, 3, [top](const auto& block) KRO_INLINE_LAMBDA {
+                model(block, smoothed(block, weighed(block), top));
+            });
+            return;
+        }
         const ptrdiff_t end = s.endOfBlocks(3);
         auto block = s.firstBlock<turn, colourOdd>(y, 3), before = block;
         Weighed below = weighed(block);
