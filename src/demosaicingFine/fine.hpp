@@ -100,8 +100,8 @@ private:
                                        colourOf<L, 4>(diagonal, of(greenMade)), colourOf<L, 2>(vertical, scaled),
                                        topOfSamples);
     }
-    // By the sum of a number of models. A lane holds 16 times what is halved and divided by the number, and the sum
-    // of slopes below, which is too small to matter. Of four that may be too much for a lane, and white then.
+    // By the sum of a number of models: 16 times what is to be halved and divided by the number; the sum of slopes
+    // below is too small to matter. Of bytes the product, 16 x 255 x 8, fits 16 bits; a sum that does not is white.
     template <class L, int number>
     static KRO_INLINE auto colourOf(typename L::Lanes models, typename L::Lanes scaledGreen) {
         constexpr int bits = FineStripOf::slopeBits;
