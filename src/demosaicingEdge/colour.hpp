@@ -142,7 +142,9 @@ private:
 };
 
 // Columns of a row-pair step whose four-byte pixels are written whole: its blocks of 16 columns from column 1 on.
-constexpr Columns alphaColumns(int32_t width) { return {1, width < 20 ? 1 : 1 + 16 + ((width - 20) & ~15)}; }
+constexpr Columns alphaColumns(int32_t width) {
+    return width < 20 ? Columns{0, 0} : Columns{1, 1 + 16 + ((width - 20) & ~15)};
+}
 
 }  // namespace
 }  // namespace kro

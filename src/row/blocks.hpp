@@ -113,13 +113,13 @@ struct InBlocks {
         constexpr int32_t step = V::columns;
         int32_t x = made.begin;
         if constexpr (step > 2) {
-            if (x < inner.begin) {
-                if (frame.end - frame.begin - step < reach) {
-                    formula(EndBlock<V, true, true>{x, frame.end - x - step});
+            if (x < inner.begin) {  // only where strips count from the frame's first column: column 0
+                if (frame.end - step < reach) {
+                    formula(EndBlock<V, true, true>{0, frame.end - step});
                     return;
                 }
-                formula(EndBlock<V, true, false>{x, 0});
-                x += step;
+                formula(EndBlock<V, true, false>{0, 0});
+                x = step;
             }
         }
         const int32_t lastInner = (made.end < inner.end ? made.end : inner.end) - step;

@@ -22,6 +22,16 @@ struct RowInput {
     bool top;  // the frame's first row
 };
 
+// A row's address for as long as its blocks are made. One that lives on for the next row the compiler would leave in
+// memory, and load for each block (SSSE3, nearest to planes, on Zen 5: 12 %).
+template <class Sample>
+KRO_INLINE const Sample* atHand(const Sample* row) {
+    if constexpr (rowsInPairs) {
+        __asm__("" : "+r"(row));
+    }
+    return row;
+}
+
 // The back end of a sample's width.
 template <class S, class Sample>
 struct BackEndOf {
@@ -178,9 +188,10 @@ private:
     static KRO_INLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                   const RowInput<Sample>& in, const Family& family) {
         const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
+        const Sample *const above = atHand(in.above), *const here = atHand(in.here), *const below = atHand(in.below);
         Walk::template each<V, 1>(
             strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-                put<kind, ownFirst>(out, block, family.template row<colourOdd>(block, in.above, in.here, in.below));
+                put<kind, ownFirst>(out, block, family.template row<colourOdd>(block, above, here, below));
             });
         if (strip.first + strip.made.begin == 0) {
             Family::template mend<kind, colourOdd, ownFirst>(out, in);

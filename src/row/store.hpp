@@ -251,8 +251,8 @@ KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Gree
     }
 }
 
-// The fourth channel's bytes, of so many pixels, then of none, then of as many again: a block that leaves the
-// caller's in its first or last columns loads its mask from in between.
+// The fourth channel's bytes of so many pixels, then of none, then of as many again: what leaves the caller's in its
+// first or last columns loads its mask from in between.
 template <int columns>
 struct alignas(64) AlphaKept {
     uint32_t pixel[3 * columns];
@@ -265,26 +265,28 @@ constexpr AlphaKept<columns> alphaKept() {
     }
     return kept;
 }
+// A quarter of a block. Columns that are written are none, or 16 and more that begin with column 0 or 1, so they do
+// not both begin and end in it. What is written whole loads nothing: masks lie across lines of the cache.
+template <class V>
+KRO_INLINE void storeQuarter(uint8_t* out, int32_t x, Columns written, typename V::Vector pixels) {
+    constexpr int32_t columns = V::columns / 4;
+    static constexpr AlphaKept<columns> kept = alphaKept<columns>();
+    if (x >= written.begin && x + columns <= written.end) {
+        V::store(out, pixels);
+    } else {
+        const int32_t first = written.begin - x, last = written.end > x ? written.end - x : 0;
+        const uint32_t* const mask = kept.pixel + (first > 0 ? columns - first : 2 * columns - last);
+        V::store(out, V::keepBits(pixels, V::load(out), V::load(mask)));
+    }
+}
 // In line: a call would take as long as 30 columns (Zen 5).
 template <class V>
 KRO_INLINE void storeKeepingAlpha(uint8_t* out, int32_t x, Columns written, const typename V::Quads& quads) {
-    static constexpr AlphaKept<V::columns> kept = alphaKept<V::columns>();
-    const auto within = [x](int32_t column) KRO_INLINE_LAMBDA {
-        const int32_t columns = column - x;
-        return columns < 0 ? 0 : columns < V::columns ? columns : V::columns;
-    };
-    const uint32_t* const before = kept.pixel + V::columns - within(written.begin);
-    const uint32_t* const after = kept.pixel + 2 * V::columns - within(written.end);
-    const auto store = [&](int part) KRO_INLINE_LAMBDA {
-        uint8_t* const at = out + part * V::columns;
-        const int lane = part * V::columns / 4;
-        V::store(at,
-                 V::keepBits(quads.part[part], V::load(at), V::bitOr(V::load(before + lane), V::load(after + lane))));
-    };
-    store(0);
-    store(1);
-    store(2);
-    store(3);
+    constexpr int32_t columns = V::columns / 4;
+    storeQuarter<V>(out, x, written, quads.part[0]);
+    storeQuarter<V>(out + V::columns, x + columns, written, quads.part[1]);
+    storeQuarter<V>(out + 2 * V::columns, x + 2 * columns, written, quads.part[2]);
+    storeQuarter<V>(out + 3 * V::columns, x + 3 * columns, written, quads.part[3]);
 }
 
 // One by one: where the compiler keeps a loop, parts lie in memory for it.
