@@ -50,7 +50,9 @@ bool readInPlace(const Source& source) {
 template <class V, class Sample>
 KRO_INLINE void expectAway(const Sample* samples, ptrdiff_t bytes) {
     if constexpr (V::columns > 2) {
-        __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<intptr_t>(samples) + bytes));
+        const intptr_t expected =
+            reinterpret_cast<intptr_t>(samples) + bytes;              // a number: it may lie beyond the frame
+        __builtin_prefetch(reinterpret_cast<const void*>(expected));  // NOLINT(performance-no-int-to-ptr): see above
     }
 }
 // The columns of the `count`-th row below `row`, where rows lie as far apart as `row` and the one before it.
