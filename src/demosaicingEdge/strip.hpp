@@ -205,8 +205,8 @@ private:
                 const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
                 put<kind, ownFirst>(
                     out, block,
-                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                        block.template tap<0>(in.here), from(in.above), from(in.same), from(in.below)}));
+                    edgePixels<colourOdd, typename decltype(block)::Vector>(
+                        block.template tap<0>(in.here), from(in.above), from(in.same), from(in.below)));
             });
     }
     // Columns whose alpha is written.
