@@ -179,8 +179,14 @@ template <bool odd, class V, class Value>
 KRO_INLINE typename V::Lanes greenProduct(Value value, uint32_t weight) {
     return rounded<V>(times<V>(lanes<odd>(value), weight));
 }
-// Finished bytes, whose weights are luma's own, in their places: the neighbour meets a weight of 0, as fractions do.
-// Not with AVX-512: the compiler takes lanes from what a masked blend is made of, and spares the blend (Zen 5: 5 %).
+// V::weighBytes takes signed bytes for weights, 128 at most of both. Luma's own are such, and nearest and
+// edge-directed grey, whose bytes are weighed so, has no others; bilinear, whose weights callers choose, asks
+// (weighsInHighHalves).
+constexpr bool coloursAreWeighedAsBytes(const uint32_t (&weight)[3]) { return weight[0] < 128 && weight[2] < 128; }
+static_assert(coloursAreWeighedAsBytes(lumaWeight) && lumaWeight[0] + lumaWeight[2] <= 128,
+              "nearest and edge-directed grey weigh bytes where they are");
+// Finished bytes in their places: the neighbour meets a weight of 0, as fractions do. Not with AVX-512: the compiler
+// takes lanes from what a masked blend is made of, and spares the blend (Zen 5: 5 %).
 template <bool odd, class V>
 KRO_INLINE typename V::Lanes product(Ready<V> ready, uint32_t weight) {
     if constexpr (V::weighsBytes && V::columns < 64) {
@@ -204,9 +210,9 @@ KRO_INLINE typename V::Lanes greenProduct(HighByte<V, fraction> high, uint32_t w
         return V::mulHigh(V::bitOr(high.value, V::all(static_cast<int32_t>((0x8000 + weight - 1) / weight))), w);
     }
 }
-// Weights of colours are signed bytes then, and r is a byte whose upper two bits, where fractions are, are set.
+// r is a byte then whose upper two bits, where fractions are, are set.
 constexpr bool weighsInHighHalves(const Target& target) {
-    return target.weight[0] < 128 && target.weight[2] < 128 && target.weight[1] > 128 && target.weight[1] < 172;
+    return coloursAreWeighedAsBytes(target.weight) && target.weight[1] > 128 && target.weight[1] < 172;
 }
 template <bool odd, class V, class T, class P>
 KRO_INLINE typename V::Lanes weighedAt(const T& row, const P& pixels) {
