@@ -220,6 +220,33 @@ KRO_INLINE typename V::Lanes weighedAt(const T& row, const P& pixels) {
                          product<odd, V>(valuesAt<odd>(pixels.other), row.otherWeight)),
                   greenProduct<odd, V>(valuesAt<odd>(pixels.green), row.greenWeight));
 }
+// Pixels in the form that is weighed: packs saturate both colours of a site and leave them side by side.
+template <class V, class Green>
+struct PairedColours {
+    PackedPair<V> colours;  // at even and at odd columns
+    Green green;
+};
+template <class V, class P>
+KRO_INLINE const P& weighableOf(const P& pixels) {
+    return pixels;
+}
+template <class V, class Green>
+KRO_INLINE auto weighableOf(const SaturatedPixels<V, Green>& pixels) {
+    if constexpr (V::weighsBytes) {
+        using Two = Sites<Saturated<V>, Saturated<V>>;
+        return PairedColours<V, Green>{
+            packedPair<V>(Two{pixels.own.even, pixels.other.even}, Two{pixels.own.odd, pixels.other.odd}),
+            pixels.green};
+    } else {
+        return pixels;
+    }
+}
+template <bool odd, class V, class T, class Green>
+KRO_INLINE typename V::Lanes weighedAt(const T& row, const PairedColours<V, Green>& pixels) {
+    const auto colours = odd ? pixels.colours.second : pixels.colours.first;
+    return V::add(V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
+                  greenProduct<odd, V>(valuesAt<odd>(pixels.green), row.greenWeight));
+}
 // Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
 // are weighed apart from the low ones: 256 h + l weighed and divided by 256 is h weighed, plus l weighed over 256.
 template <class V>
@@ -229,31 +256,13 @@ KRO_INLINE typename V::Vector highBytes(typename V::Lanes even, typename V::Lane
 template <class V, class T, class P>
 KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     if constexpr (ofBytes<V>) {
-        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
+        const auto weighable = weighableOf<V>(pixels);
+        return highBytes<V>(weighedAt<false, V>(row, weighable), weighedAt<true, V>(row, weighable));
     } else {
         const auto [own, green, other] = channelsOf<V>(pixels);
         const auto low = weighed<V>(row, V::low(own), V::low(green), V::low(other));
         const auto high = weighed<V>(row, V::high(own), V::high(green), V::high(other));
         return V::add(V::sub(high, V::all(128)), V::high(low));
-    }
-}
-
-// Where colours may lie outside of what bytes hold weights are luma's own. Packs saturate both colours of a site and
-// leave them side by side.
-template <class V, class T, class Green>
-KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Green>& pixels) {
-    if constexpr (V::weighsBytes) {
-        typename V::Vector even, odd;
-        V::packPair(pixels.own.even.value, pixels.other.even.value, pixels.own.odd.value, pixels.other.odd.value,
-                    even, odd);
-        const auto luma = [&](auto colours, auto green) KRO_INLINE_LAMBDA {
-            return V::add(
-                V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
-                rounded<V>(times<V>(green, row.greenWeight)));
-        };
-        return highBytes<V>(luma(even, lanes<false>(pixels.green.even)), luma(odd, lanes<true>(pixels.green.odd)));
-    } else {
-        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     }
 }
 
