@@ -197,10 +197,8 @@ private:
     template <class Walk>
     static void stretch(const Target& target, Phase phase, int32_t y, const Strip& strip, const RowInput<Sample>& in,
                         const Family& family) {
-        const bool ownFirst = ordered && ownComesFirst(target, phase);
-        const auto make = phase.greenFirst
-                              ? (ownFirst ? outlined<Walk, true, ordered> : outlined<Walk, true, false>)
-                              : (ownFirst ? outlined<Walk, false, ordered> : outlined<Walk, false, false>);
+        const auto make = functionFor<kind>(
+            target, phase, [](auto colourOdd, auto ownFirst) { return outlined<Walk, colourOdd, ownFirst>; });
         make(target, phase.blueRow, y, strip, in, family);
     }
 

@@ -33,6 +33,18 @@ constexpr bool isInterleaved(Output kind) { return channelsIn(kind) > 1; }
 // Of an interleaved pixel the row's own colour comes first: blue in a blue row, unless red comes first.
 KRO_INLINE bool ownComesFirst(const Target& target, Phase row) { return row.blueRow != target.redFirst; }
 
+// Of four functions the one that a row wants: does it start with green, does its own colour come first? `functions`
+// names them, given both as constants.
+template <Output kind, class Functions>
+KRO_INLINE auto functionFor(const Target& target, Phase row, const Functions& functions) {
+    constexpr std::bool_constant<isInterleaved(kind)> first{};
+    constexpr std::true_type green{};
+    constexpr std::false_type no{};
+    const bool ownFirst = first && ownComesFirst(target, row);
+    return row.greenFirst ? (ownFirst ? functions(green, first) : functions(green, no))
+                          : (ownFirst ? functions(no, first) : functions(no, no));
+}
+
 // Row y of a target from column x on.
 template <Output kind, class Sample>
 KRO_INLINE RowTarget<Sample> rowTarget(const Target& target, Phase row, int32_t y, int32_t x) {
