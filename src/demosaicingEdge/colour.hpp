@@ -7,45 +7,28 @@
 namespace kro {
 namespace {
 
-// `near` is the neighbourhood of a block of one row: its samples, and the differences of the rows above, of its own
-// and below. Its `pixels` adds the means to the greens of their sites.
-template <class N>
-KRO_INLINE auto edgePixels(const N& near) {
-    using L = typename N::L;
-    const auto green = L::sub(near.colourSample(), near.difference());
-    const auto otherAtColour = L::template shiftRight<2>(near.diagonal());
-    const auto ownAtGreen = L::template shiftRight<1>(near.across());
-    const auto otherAtGreen = L::template shiftRight<1>(near.vertical());
-    return near.pixels(green, otherAtColour, ownAtGreen, otherAtGreen);
-}
-
 // ---- bytes: lanes hold every other column, differences have a lane for each site ----
 
-// Differences are within -255..255: sums of four are exact. What bounds it is said beside the greens.
-template <bool colourOdd, class B>
-struct ByteNeighbours {
-    using L = typename B::Vector;
-    using Lanes = typename L::Lanes;
-    typename L::Vector here;
-    const int16_t *above, *same, *below;  // lane 0 belongs to the block's first site
+// Of a row's samples and the differences S - G of the rows above, of its own and below; lane 0 belongs to the block's
+// first site. Differences are within -255..255: sums of four are exact. What bounds it is said beside the greens.
+template <bool colourOdd, class V>
+KRO_INLINE auto edgePixels(typename V::Vector here, const int16_t* above, const int16_t* same, const int16_t* below) {
+    using Lanes = typename V::Lanes;
+    constexpr int k = colourOdd ? 1 : -1;  // the lane beside, to the right of odd columns, to the left of even ones
+    const Lanes colour = lanes<colourOdd>(Own<V>{here}), atGreen = lanes<!colourOdd>(Own<V>{here});
+    const Lanes difference = V::loadLanes(same), green = V::sub(colour, difference);
+    const Lanes vertical = V::add(V::loadLanes(above), V::loadLanes(below));
+    const Lanes diagonal = V::add(vertical, V::add(V::loadLanes(above + k), V::loadLanes(below + k)));
+    const Lanes across = V::add(difference, V::loadLanes(same - k));
 
-    KRO_INLINE Lanes colourSample() const { return colourOdd ? L::high(here) : L::low(here); }
-    KRO_INLINE Lanes greenSample() const { return colourOdd ? L::low(here) : L::high(here); }
-    KRO_INLINE Lanes difference() const { return L::loadLanes(same); }
-    KRO_INLINE Lanes across() const { return L::add(difference(), L::loadLanes(same + (colourOdd ? -1 : 1))); }
-    KRO_INLINE Lanes vertical() const { return L::add(L::loadLanes(above), L::loadLanes(below)); }
-    KRO_INLINE Lanes diagonal() const {
-        constexpr int k = colourOdd ? 1 : -1;
-        return L::add(vertical(), L::add(L::loadLanes(above + k), L::loadLanes(below + k)));
-    }
-    KRO_INLINE auto pixels(Lanes green, Lanes otherAtColour, Lanes ownAtGreen, Lanes otherAtGreen) const {
-        const auto greens = sites<colourOdd>(Mean<L, 0>{green}, Own<L>{here});
-        return SaturatedPixels<L, decltype(greens)>{
-            sites<colourOdd>(Saturated<L>{colourSample()}, Saturated<L>{L::add(greenSample(), ownAtGreen)}), greens,
-            sites<colourOdd>(Saturated<L>{L::add(green, otherAtColour)},
-                             Saturated<L>{L::add(greenSample(), otherAtGreen)})};
-    }
-};
+    const Lanes otherAtColour = V::add(green, V::template shiftRight<2>(diagonal));
+    const Lanes ownAtGreen = V::add(atGreen, V::template shiftRight<1>(across));
+    const Lanes otherAtGreen = V::add(atGreen, V::template shiftRight<1>(vertical));
+    const auto greens = sites<colourOdd>(Mean<V, 0>{green}, Own<V>{here});
+    return SaturatedPixels<V, decltype(greens)>{
+        sites<colourOdd>(Saturated<V>{colour}, Saturated<V>{ownAtGreen}), greens,
+        sites<colourOdd>(Saturated<V>{otherAtColour}, Saturated<V>{otherAtGreen})};
+}
 
 // ---- words: a lane for each column of two folded rows (folded.hpp) ----
 

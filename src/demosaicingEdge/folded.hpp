@@ -104,9 +104,8 @@ struct UnitColours {
 
     // The lower row may be missing: it is then written where the upper one follows.
     static KRO_INLINE void rows(const ColourRow& to, bool lowerToo, const FoldedColours<Number>& unit, int32_t top) {
-        const bool ownFirst = ordered && ownComesFirst(to.target, to.phase);
-        const auto make = to.phase.greenFirst ? (ownFirst ? two<true, ordered> : two<true, false>)
-                                              : (ownFirst ? two<false, ordered> : two<false, false>);
+        const auto make = functionFor<kind>(to.target, to.phase,
+                                            [](auto colourOdd, auto ownFirst) { return two<colourOdd, ownFirst>; });
         make(to, lowerToo ? to.y + 1 : to.y, unit, top);
     }
 

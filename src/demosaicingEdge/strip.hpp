@@ -217,9 +217,10 @@ private:
         Walk::template each<V, 1>(
             strip.made, strip.frame, innerColumns<1>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
                 const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
-                put<kind, ownFirst>(out, block,
-                                    edgePixels(ByteNeighbours<colourOdd, decltype(block)>{
-                                        block.template tap<0>(here), from(above), from(same), from(below)}));
+                put<kind, ownFirst>(
+                    out, block,
+                    edgePixels<colourOdd, typename decltype(block)::Vector>(
+                        block.template tap<0>(here), from(above), from(same), from(below)));
             });
     }
     // Columns whose alpha is written.

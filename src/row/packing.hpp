@@ -160,13 +160,25 @@ struct HighByteWindows {
         return table;
     }
 };
-// The same of 64 samples, out of the first and the last 64 of their bytes (indices 64 and up).
+// 64 samples are picked out of the first and the last 64 of their bytes, of which the latter have indices from 64 on.
+template <Layout layout>
+struct Windows64 {
+    static constexpr int second = 4 * runBytes(layout) - 64;
+    // Of byte `within` of the run that holds sample k.
+    static constexpr uint8_t index(int k, int within) {
+        const int place = k / 16 * runBytes(layout) + within;
+        return static_cast<uint8_t>(place < 64 ? place : 64 + place - second);
+    }
+    template <class V>
+    static KRO_INLINE typename V::Vector permuted(const uint8_t* in, const Shuffle<64>& order) {
+        return V::permuted(V::load(in), V::load(in + second), order);
+    }
+};
 template <Layout layout>
 constexpr Shuffle<64> pickedHighBytes64() {
     Shuffle<64> table{};
     for (int o = 0; o < 64; ++o) {
-        const int place = o / 16 * runBytes(layout) + pickedOf(layout, o % 16).high[0];
-        table.byte[o] = static_cast<uint8_t>(place < 64 ? place : 64 + place - (4 * runBytes(layout) - 64));
+        table.byte[o] = Windows64<layout>::index(o, pickedOf(layout, o % 16).high[0]);
     }
     return table;
 }
@@ -175,7 +187,7 @@ KRO_INLINE typename V::Vector highBytesOf(const uint8_t* in) {
     constexpr int run = runBytes(layout), lanes = V::columns / 16, end = lanes * run;
     if constexpr (V::wholePermutes) {
         static constexpr Shuffle<64> order = pickedHighBytes64<layout>();
-        return V::permuted(V::load(in), V::load(in + end - 64), order);
+        return Windows64<layout>::template permuted<V>(in, order);
     } else {
         using Windows = HighByteWindows<layout, lanes>;
         static constexpr Shuffle<V::columns> main = Windows::template picked<true>(),
@@ -226,16 +238,14 @@ KRO_INLINE typename W::Vector bytesOnTop(const uint8_t* in) {
     static constexpr WordIndices<8 * lanes> factor = byteFactors<layout, half, lanes>();
     return W::mul(W::shuffled(W::lanesAt(in, offset, lanes * run), pick), W::load(factor.word));
 }
-// Words of the even samples, or of the odd ones, out of the first and the last 64 bytes of 64 samples.
+// Words of the even samples, or of the odd ones, of 64.
 template <Layout layout, int odd>
 constexpr Shuffle<64> pickedBytePairs64() {
     Shuffle<64> table{};
     for (int o = 0; o < 64; ++o) {
         const int k = o / 2 * 2 + odd;
         const PickedByte picked = pickedByteOf(layout, k % 16);
-        const int within = o % 2 == 0 && picked.low >= 0 ? picked.low : picked.high;
-        const int place = k / 16 * runBytes(layout) + within;
-        table.byte[o] = static_cast<uint8_t>(place < 64 ? place : 64 + place - (4 * runBytes(layout) - 64));
+        table.byte[o] = Windows64<layout>::index(k, o % 2 == 0 && picked.low >= 0 ? picked.low : picked.high);
     }
     return table;
 }
@@ -252,9 +262,9 @@ KRO_INLINE typename V::Vector upperBytesOf(const uint8_t* in) {
     if constexpr (V::wholePermutes) {
         static constexpr Shuffle<64> even = pickedBytePairs64<layout, 0>(), odd = pickedBytePairs64<layout, 1>();
         static constexpr WordIndices<32> down = byteFactors64<layout, 0>(), up = byteFactors64<layout, 1>();
-        const auto head = V::load(in), tail = V::load(in + 4 * runBytes(layout) - 64);
-        return V::combine(W::mulHigh(V::permuted(head, tail, even), W::load(down.word)),
-                          W::mul(V::permuted(head, tail, odd), W::load(up.word)));
+        using Windows = Windows64<layout>;
+        return V::combine(W::mulHigh(Windows::template permuted<V>(in, even), W::load(down.word)),
+                          W::mul(Windows::template permuted<V>(in, odd), W::load(up.word)));
     } else {
         return V::highBytesOfLanes(bytesOnTop<W, layout, 0>(in), bytesOnTop<W, layout, 1>(in));
     }

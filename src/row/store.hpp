@@ -33,6 +33,18 @@ constexpr bool isInterleaved(Output kind) { return channelsIn(kind) > 1; }
 // Of an interleaved pixel the row's own colour comes first: blue in a blue row, unless red comes first.
 KRO_INLINE bool ownComesFirst(const Target& target, Phase row) { return row.blueRow != target.redFirst; }
 
+// Of four functions the one that a row wants: does it start with green, does its own colour come first? `functions`
+// names them, given both as constants.
+template <Output kind, class Functions>
+KRO_INLINE auto functionFor(const Target& target, Phase row, const Functions& functions) {
+    constexpr std::bool_constant<isInterleaved(kind)> first{};
+    constexpr std::true_type green{};
+    constexpr std::false_type no{};
+    const bool ownFirst = first && ownComesFirst(target, row);
+    return row.greenFirst ? (ownFirst ? functions(green, first) : functions(green, no))
+                          : (ownFirst ? functions(no, first) : functions(no, no));
+}
+
 // Row y of a target from column x on.
 template <Output kind, class Sample>
 KRO_INLINE RowTarget<Sample> rowTarget(const Target& target, Phase row, int32_t y, int32_t x) {
@@ -145,6 +157,13 @@ KRO_INLINE void put(const T& row, PairBlock<V> block, const P& pixels) {
 }
 template <Output kind, bool ownFirst, class T, class P>
 KRO_INLINE void put(const T& row, InnerBlock<PairBytes> block, const P& pixels) {
+#if defined(__SSE2__)
+    // Nothing, but nothing that compilers make vectors of: without SSSE3's shuffles those of interleaved pixels are
+    // slower (g++ 12, Zen 5, 640x480: nearest BGR8 .87, BGRa8 .79).
+    if constexpr (isInterleaved(kind)) {
+        __asm__ volatile("");
+    }
+#endif
     put<kind, ownFirst>(row, PairBlock<PairBytes>{block.x, {}, true, true}, pixels);
 }
 template <Output kind, bool ownFirst, class T, class P>
@@ -179,8 +198,14 @@ template <bool odd, class V, class Value>
 KRO_INLINE typename V::Lanes greenProduct(Value value, uint32_t weight) {
     return rounded<V>(times<V>(lanes<odd>(value), weight));
 }
-// Finished bytes, whose weights are luma's own, in their places: the neighbour meets a weight of 0, as fractions do.
-// Not with AVX-512: the compiler takes lanes from what a masked blend is made of, and spares the blend (Zen 5: 5 %).
+// V::weighBytes takes signed bytes for weights, 128 at most of both. Luma's own are such, and nearest and
+// edge-directed grey, whose bytes are weighed so, has no others; bilinear, whose weights callers choose, asks
+// (weighsInHighHalves).
+constexpr bool coloursAreWeighedAsBytes(const uint32_t (&weight)[3]) { return weight[0] < 128 && weight[2] < 128; }
+static_assert(coloursAreWeighedAsBytes(lumaWeight) && lumaWeight[0] + lumaWeight[2] <= 128,
+              "nearest and edge-directed grey weigh bytes where they are");
+// Finished bytes in their places: the neighbour meets a weight of 0, as fractions do. Not with AVX-512: the compiler
+// takes lanes from what a masked blend is made of, and spares the blend (Zen 5: 5 %).
 template <bool odd, class V>
 KRO_INLINE typename V::Lanes product(Ready<V> ready, uint32_t weight) {
     if constexpr (V::weighsBytes && V::columns < 64) {
@@ -204,14 +229,41 @@ KRO_INLINE typename V::Lanes greenProduct(HighByte<V, fraction> high, uint32_t w
         return V::mulHigh(V::bitOr(high.value, V::all(static_cast<int32_t>((0x8000 + weight - 1) / weight))), w);
     }
 }
-// Weights of colours are signed bytes then, and r is a byte whose upper two bits, where fractions are, are set.
+// r is a byte then whose upper two bits, where fractions are, are set.
 constexpr bool weighsInHighHalves(const Target& target) {
-    return target.weight[0] < 128 && target.weight[2] < 128 && target.weight[1] > 128 && target.weight[1] < 172;
+    return coloursAreWeighedAsBytes(target.weight) && target.weight[1] > 128 && target.weight[1] < 172;
 }
 template <bool odd, class V, class T, class P>
 KRO_INLINE typename V::Lanes weighedAt(const T& row, const P& pixels) {
     return V::add(V::add(product<odd, V>(valuesAt<odd>(pixels.own), row.ownWeight),
                          product<odd, V>(valuesAt<odd>(pixels.other), row.otherWeight)),
+                  greenProduct<odd, V>(valuesAt<odd>(pixels.green), row.greenWeight));
+}
+// Pixels in the form that is weighed: packs saturate both colours of a site and leave them side by side.
+template <class V, class Green>
+struct PairedColours {
+    PackedPair<V> colours;  // at even and at odd columns
+    Green green;
+};
+template <class V, class P>
+KRO_INLINE const P& weighableOf(const P& pixels) {
+    return pixels;
+}
+template <class V, class Green>
+KRO_INLINE auto weighableOf(const SaturatedPixels<V, Green>& pixels) {
+    if constexpr (V::weighsBytes) {
+        using Two = Sites<Saturated<V>, Saturated<V>>;
+        return PairedColours<V, Green>{
+            packedPair<V>(Two{pixels.own.even, pixels.other.even}, Two{pixels.own.odd, pixels.other.odd}),
+            pixels.green};
+    } else {
+        return pixels;
+    }
+}
+template <bool odd, class V, class T, class Green>
+KRO_INLINE typename V::Lanes weighedAt(const T& row, const PairedColours<V, Green>& pixels) {
+    const auto colours = odd ? pixels.colours.second : pixels.colours.first;
+    return V::add(V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
                   greenProduct<odd, V>(valuesAt<odd>(pixels.green), row.greenWeight));
 }
 // Of bytes the luma is a lane's high byte, which for odd columns is where it belongs already. Of words the high bytes
@@ -223,31 +275,13 @@ KRO_INLINE typename V::Vector highBytes(typename V::Lanes even, typename V::Lane
 template <class V, class T, class P>
 KRO_INLINE typename V::Vector lumaOf(const T& row, const P& pixels) {
     if constexpr (ofBytes<V>) {
-        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
+        const auto weighable = weighableOf<V>(pixels);
+        return highBytes<V>(weighedAt<false, V>(row, weighable), weighedAt<true, V>(row, weighable));
     } else {
         const auto [own, green, other] = channelsOf<V>(pixels);
         const auto low = weighed<V>(row, V::low(own), V::low(green), V::low(other));
         const auto high = weighed<V>(row, V::high(own), V::high(green), V::high(other));
         return V::add(V::sub(high, V::all(128)), V::high(low));
-    }
-}
-
-// Where colours may lie outside of what bytes hold weights are luma's own. Packs saturate both colours of a site and
-// leave them side by side.
-template <class V, class T, class Green>
-KRO_INLINE typename V::Vector lumaOf(const T& row, const SaturatedPixels<V, Green>& pixels) {
-    if constexpr (V::weighsBytes) {
-        typename V::Vector even, odd;
-        V::packPair(pixels.own.even.value, pixels.other.even.value, pixels.own.odd.value, pixels.other.odd.value,
-                    even, odd);
-        const auto luma = [&](auto colours, auto green) KRO_INLINE_LAMBDA {
-            return V::add(
-                V::weighBytes(colours, static_cast<int32_t>(row.ownWeight), static_cast<int32_t>(row.otherWeight)),
-                rounded<V>(times<V>(green, row.greenWeight)));
-        };
-        return highBytes<V>(luma(even, lanes<false>(pixels.green.even)), luma(odd, lanes<true>(pixels.green.odd)));
-    } else {
-        return highBytes<V>(weighedAt<false, V>(row, pixels), weighedAt<true, V>(row, pixels));
     }
 }
 

@@ -6,7 +6,7 @@
 #include <arm_neon.h>
 
 #include "vector/pair.hpp"
-#include "vector/shuffles.hpp"
+#include "vector/vectors16.hpp"
 
 namespace kro {
 namespace {
@@ -33,9 +33,6 @@ struct NeonLanes {
         const uint8x8x2_t halves = {{vget_low_u8(v), vget_high_u8(v)}};
         return vcombine_u8(vtbl2_u8(halves, vld1_u8(t.byte)), vtbl2_u8(halves, vld1_u8(t.byte + 8)));
 #endif
-    }
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
-        return load(in + offset[0]);
     }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
@@ -106,30 +103,12 @@ struct NeonLanes {
     }
     static KRO_INLINE Lanes shiftRightBy(Lanes a, int32_t n) { return shiftLeftBy(a, -n); }
     static KRO_INLINE Lanes shiftLeftBy(Lanes a, int32_t n) { return of(vshlq_u16(u16(a), s16(all(n)))); }
-
-    struct Quads {
-        Vector part[4];
-    };
-    static KRO_INLINE Vector transposed(Vector v) { return v; }
 };
 
-struct NeonBytes : NeonLanes {
-    static constexpr int columns = 16;
+struct NeonBytes : Vectors16<NeonLanes, uint8_t> {
     static constexpr bool weighsBytes = false;
     static constexpr bool wholePermutes = false;
     static constexpr Interleaving interleaving = Interleaving::channels;
-    using Sample = uint8_t;
-
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint8_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 1>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint8_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 1>(outside);
-        return shuffled(load(p), order);
-    }
 
     static KRO_INLINE Lanes clampByte(Lanes a) { return of(vmovl_u8(vqmovun_s16(s16(a)))); }
     // Bits are selected, so even columns may come from bytes whose odd ones are anything.
@@ -156,7 +135,6 @@ struct NeonBytes : NeonLanes {
         return {{of(low.val[0]), of(low.val[1]), of(high.val[0]), of(high.val[1])}};
     }
     static KRO_INLINE Vector filled(uint32_t value) { return vdupq_n_u8(static_cast<uint8_t>(value)); }
-    static KRO_INLINE Vector keepBits(Vector fresh, Vector old, Vector keep) { return select(keep, old, fresh); }
     static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) {
         const uint8x16x3_t pixels = vld3q_u8(in);
         const uint8x16x4_t widened = {{pixels.val[0], pixels.val[1], pixels.val[2], vdupq_n_u8(0)}};
@@ -171,21 +149,7 @@ struct NeonBytes : NeonLanes {
     static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
-struct NeonWords : NeonLanes {
-    static constexpr int columns = 8;
-    using Sample = uint16_t;
-
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 2>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 2>(outside);
-        return shuffled(load(p), order);
-    }
-
+struct NeonWords : Vectors16<NeonLanes, uint16_t> {
     static KRO_INLINE Lanes iota() {
         static constexpr int16_t places[8] = {0, 1, 2, 3, 4, 5, 6, 7};
         return load(places);

@@ -4,7 +4,7 @@
 #include <wasm_simd128.h>
 
 #include "vector/pair.hpp"
-#include "vector/shuffles.hpp"
+#include "vector/vectors16.hpp"
 
 namespace kro {
 namespace {
@@ -21,10 +21,6 @@ struct Simd128Lanes {
     static KRO_INLINE Vector table(const Shuffle<16>& t) { return load(t.byte); }
     // Of one vector only: engines make a slow sequence of a shuffle of two.
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return wasm_i8x16_swizzle(v, table(t)); }
-    // Each 16-byte lane of a vector from a place of its own; here there is one.
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
-        return load(in + offset[0]);
-    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -86,32 +82,12 @@ struct Simd128Lanes {
     static KRO_INLINE Vector wordsOfHighs(Vector a, Vector b) {
         return wasm_i16x8_shuffle(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
     }
-
-    // Pixels of four channels. Wider sets bring channels into another order before they are interleaved.
-    struct Quads {
-        Vector part[4];
-    };
-    static KRO_INLINE Vector transposed(Vector v) { return v; }
 };
 
-struct Simd128Bytes : Simd128Lanes {
-    static constexpr int columns = 16;
+struct Simd128Bytes : Vectors16<Simd128Lanes, uint8_t> {
     static constexpr bool weighsBytes = false;
     static constexpr bool wholePermutes = false;
     static constexpr Interleaving interleaving = Interleaving::channels;
-    using Sample = uint8_t;
-
-    // 16 columns of which the first (last) `outside` lie beyond the row.
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint8_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 1>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint8_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 1>(outside);
-        return shuffled(load(p), order);
-    }
 
     static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, wasm_i16x8_const_splat(255)); }
     // Even columns from bytes whose odd ones are 0, odd columns from bytes whose even ones are anything.
@@ -127,26 +103,6 @@ struct Simd128Bytes : Simd128Lanes {
         b = bytesOfHighs(even, odd);
     }
 
-    // Three channels to 16 pixels of three bytes.
-    static KRO_INLINE void store3(uint8_t* out, Vector c0, Vector c1, Vector c2) { interleave<1>(out, c0, c1, c2); }
-    template <int wide>
-    static KRO_INLINE void interleave(void* out, Vector c0, Vector c1, Vector c2) {
-        static constexpr Shuffle<16> spread[3][3] = {
-            {spread3<16, wide>(0, 0), spread3<16, wide>(0, 1), spread3<16, wide>(0, 2)},
-            {spread3<16, wide>(1, 0), spread3<16, wide>(1, 1), spread3<16, wide>(1, 2)},
-            {spread3<16, wide>(2, 0), spread3<16, wide>(2, 1), spread3<16, wide>(2, 2)}};
-        for (int j = 0; j < 3; ++j) {
-            const v128_t two = wasm_v128_or(shuffled(c0, spread[0][j]), shuffled(c1, spread[1][j]));
-            store(static_cast<uint8_t*>(out) + 16 * j, wasm_v128_or(two, shuffled(c2, spread[2][j])));
-        }
-    }
-    static KRO_INLINE void storeTriple(uint8_t* out, Vector grey) {
-        static constexpr Shuffle<16> order[3] = {triple<16>(0), triple<16>(1), triple<16>(2)};
-        for (int j = 0; j < 3; ++j) {
-            store(out + 16 * j, shuffled(grey, order[j]));
-        }
-    }
-
     // Four channels to 16 pixels of four bytes, a vector for every four pixels.
     static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
         const v128_t low01 = bytesOfLows(c0, c1), high01 = bytesOfHighs(c0, c1);
@@ -155,17 +111,6 @@ struct Simd128Bytes : Simd128Lanes {
                  wordsOfHighs(high01, high23)}};
     }
     static KRO_INLINE Vector filled(uint32_t value) { return wasm_u8x16_splat(static_cast<uint8_t>(value)); }
-    // Bits of `old` where `keep` has them, of `fresh` elsewhere.
-    static KRO_INLINE Vector keepBits(Vector fresh, Vector old, Vector keep) { return select(keep, old, fresh); }
-
-    // 12 bytes to 16, four times; reads 48 bytes.
-    static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) {
-        static constexpr Shuffle<16> fromStart = widen3to4(0), fromEnd = widen3to4(4);
-        store(out, shuffled(load(in), fromStart));
-        store(out + 16, shuffled(load(in + 12), fromStart));
-        store(out + 32, shuffled(load(in + 24), fromStart));
-        store(out + 48, shuffled(load(in + 32), fromEnd));
-    }
 
     // Two vectors of words to bytes: signed shift, unsigned saturation.
     static KRO_INLINE Vector reduceSaturated(Vector first, Vector second, int shift) {
@@ -179,21 +124,7 @@ struct Simd128Bytes : Simd128Lanes {
     static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
-struct Simd128Words : Simd128Lanes {
-    static constexpr int columns = 8;
-    using Sample = uint16_t;
-
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 2>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 2>(outside);
-        return shuffled(load(p), order);
-    }
-
+struct Simd128Words : Vectors16<Simd128Lanes, uint16_t> {
     static KRO_INLINE Lanes iota() { return wasm_i16x8_const(0, 1, 2, 3, 4, 5, 6, 7); }
     static KRO_INLINE Lanes average(Lanes a, Lanes b) { return wasm_u16x8_avgr(a, b); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) {
@@ -202,9 +133,6 @@ struct Simd128Words : Simd128Lanes {
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) { return wasm_v128_any_true(bitAnd(a, all(bits))); }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
-    static KRO_INLINE void store3(uint16_t* out, Vector c0, Vector c1, Vector c2) {
-        Simd128Bytes::interleave<2>(out, c0, c1, c2);
-    }
     static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
         const v128_t low01 = wordsOfLows(c0, c1), high01 = wordsOfHighs(c0, c1);
         const v128_t low23 = wordsOfLows(c2, c3), high23 = wordsOfHighs(c2, c3);

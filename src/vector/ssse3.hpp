@@ -4,7 +4,7 @@
 #include <tmmintrin.h>
 
 #include "vector/pair.hpp"
-#include "vector/shuffles.hpp"
+#include "vector/vectors16.hpp"
 
 namespace kro {
 namespace {
@@ -22,10 +22,6 @@ struct Ssse3Lanes {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(t.byte));
     }
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return _mm_shuffle_epi8(v, table(t)); }
-    // Each 16-byte lane of a vector from a place of its own; here there is one.
-    static KRO_INLINE Vector lanesAt(const uint8_t* in, const int32_t (&offset)[4], int32_t) {
-        return load(in + offset[0]);
-    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
@@ -85,31 +81,11 @@ struct Ssse3Lanes {
     }
     static KRO_INLINE Lanes shiftRightBy(Lanes a, int32_t n) { return _mm_srl_epi16(a, _mm_cvtsi32_si128(n)); }
     static KRO_INLINE Lanes shiftLeftBy(Lanes a, int32_t n) { return _mm_sll_epi16(a, _mm_cvtsi32_si128(n)); }
-
-    // Pixels of four channels. Wider sets bring channels into another order before they are interleaved.
-    struct Quads {
-        Vector part[4];
-    };
-    static KRO_INLINE Vector transposed(Vector v) { return v; }
 };
 
-struct Ssse3Bytes : Ssse3Lanes {
-    static constexpr int columns = 16;
+struct Ssse3Bytes : Vectors16<Ssse3Lanes, uint8_t> {
     static constexpr bool wholePermutes = false;
     static constexpr Interleaving interleaving = Interleaving::channels;
-    using Sample = uint8_t;
-
-    // 16 columns of which the first (last) `outside` lie beyond the row.
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint8_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 1>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint8_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 1>(outside);
-        return shuffled(load(p), order);
-    }
 
     static KRO_INLINE Lanes clampByte(Lanes a) { return clamp(a, _mm_set1_epi16(255)); }
     // Even columns from bytes whose odd ones are 0, odd columns from bytes whose even ones are anything.
@@ -127,28 +103,6 @@ struct Ssse3Bytes : Ssse3Lanes {
         b = _mm_unpackhi_epi8(even, odd);
     }
 
-    // Three channels to 16 pixels of three bytes. Bound by its nine shuffles: masks and rotations, which wider sets
-    // use, cost five logic operations a store here.
-    //     store 0  a0 b0 c0 a1 b1 c1 .. a5       store 1  b5 c5 a6 .. b10       store 2  c10 a11 b11 .. c15
-    static KRO_INLINE void store3(uint8_t* out, Vector c0, Vector c1, Vector c2) { interleave<1>(out, c0, c1, c2); }
-    template <int wide>
-    static KRO_INLINE void interleave(void* out, Vector c0, Vector c1, Vector c2) {
-        static constexpr Shuffle<16> spread[3][3] = {
-            {spread3<16, wide>(0, 0), spread3<16, wide>(0, 1), spread3<16, wide>(0, 2)},
-            {spread3<16, wide>(1, 0), spread3<16, wide>(1, 1), spread3<16, wide>(1, 2)},
-            {spread3<16, wide>(2, 0), spread3<16, wide>(2, 1), spread3<16, wide>(2, 2)}};
-        for (int j = 0; j < 3; ++j) {
-            const __m128i two = _mm_or_si128(shuffled(c0, spread[0][j]), shuffled(c1, spread[1][j]));
-            store(static_cast<uint8_t*>(out) + 16 * j, _mm_or_si128(two, shuffled(c2, spread[2][j])));
-        }
-    }
-    static KRO_INLINE void storeTriple(uint8_t* out, Vector grey) {
-        static constexpr Shuffle<16> order[3] = {triple<16>(0), triple<16>(1), triple<16>(2)};
-        for (int j = 0; j < 3; ++j) {
-            store(out + 16 * j, shuffled(grey, order[j]));
-        }
-    }
-
     // Four channels to 16 pixels of four bytes, a vector for every four pixels:
     //     c01  a0 b0 a1 b1 ..    c23  c0 d0 c1 d1 ..    part 0  a0 b0 c0 d0 a1 b1 c1 d1 ..
     static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
@@ -158,17 +112,6 @@ struct Ssse3Bytes : Ssse3Lanes {
                  _mm_unpacklo_epi16(high01, high23), _mm_unpackhi_epi16(high01, high23)}};
     }
     static KRO_INLINE Vector filled(uint32_t value) { return _mm_set1_epi8(static_cast<char>(value)); }
-    // Bits of `old` where `keep` has them, of `fresh` elsewhere.
-    static KRO_INLINE Vector keepBits(Vector fresh, Vector old, Vector keep) { return select(keep, old, fresh); }
-
-    // 12 bytes to 16, four times; reads 48 bytes.
-    static KRO_INLINE void widen48(const uint8_t* in, uint8_t* out) {
-        static constexpr Shuffle<16> fromStart = widen3to4(0), fromEnd = widen3to4(4);
-        store(out, shuffled(load(in), fromStart));
-        store(out + 16, shuffled(load(in + 12), fromStart));
-        store(out + 32, shuffled(load(in + 24), fromStart));
-        store(out + 48, shuffled(load(in + 32), fromEnd));
-    }
 
     // Two vectors of words to bytes: signed shift, unsigned saturation.
     static KRO_INLINE Vector reduceSaturated(Vector first, Vector second, int shift) {
@@ -182,21 +125,7 @@ struct Ssse3Bytes : Ssse3Lanes {
     static KRO_INLINE Vector highBytesOfLanes(Vector first, Vector second) { return highBytes(first, second); }
 };
 
-struct Ssse3Words : Ssse3Lanes {
-    static constexpr int columns = 8;
-    using Sample = uint16_t;
-
-    template <int outside>
-    static KRO_INLINE Vector loadLeft(const uint16_t* first) {
-        static constexpr Shuffle<16> order = leftOf<16, 2>(outside);
-        return shuffled(load(first), order);
-    }
-    template <int outside>
-    static KRO_INLINE Vector loadRight(const uint16_t* p) {
-        static constexpr Shuffle<16> order = rightOf<16, 2>(outside);
-        return shuffled(load(p), order);
-    }
-
+struct Ssse3Words : Vectors16<Ssse3Lanes, uint16_t> {
     static KRO_INLINE Lanes iota() { return _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7); }
     static KRO_INLINE Lanes combine(Lanes even, Lanes odd) { return select(_mm_set1_epi32(0xFFFF), even, odd); }
     static KRO_INLINE bool anyBits(Lanes a, int32_t bits) {
@@ -204,9 +133,6 @@ struct Ssse3Words : Ssse3Lanes {
     }
     static KRO_INLINE Lanes widened(Vector words) { return words; }
     static KRO_INLINE Vector packed(Lanes a) { return a; }
-    static KRO_INLINE void store3(uint16_t* out, Vector c0, Vector c1, Vector c2) {
-        Ssse3Bytes::interleave<2>(out, c0, c1, c2);
-    }
     static KRO_INLINE Quads quads(Vector c0, Vector c1, Vector c2, Vector c3) {
         const __m128i low01 = _mm_unpacklo_epi16(c0, c1), high01 = _mm_unpackhi_epi16(c0, c1);
         const __m128i low23 = _mm_unpacklo_epi16(c2, c3), high23 = _mm_unpackhi_epi16(c2, c3);
