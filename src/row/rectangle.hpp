@@ -22,10 +22,10 @@ struct RowInput {
     bool top;  // the frame's first row
 };
 
-// A row's address, held in a register as long as its blocks are made. One that lives on for the next row g++ 12 leaves
-// in memory, and loads for each block, unless it is made anew just ahead of the loop (SSSE3 on Zen 5, 640x480: nearest
-// to planes 12 %; in 32 bits bilinear BGR8 10 %). In 32 bits it holds those of wider sets, and to make them anew would
-// cost small frames 4 %.
+// A row's address, held in a register as long as its blocks are made. One that lives on for the next row g++ 12
+// leaves in memory, and loads for each block, unless it is made anew just ahead of the loop (SSSE3 on Zen 5, 640x480:
+// nearest to planes 12 %; in 32 bits bilinear BGR8 10 %). In 32 bits it holds those of wider sets, and to make them
+// anew would cost small frames 4 %.
 template <class V, class Sample>
 KRO_INLINE const Sample* heldAddress(const Sample* row) {
     if constexpr (rowsInPairs || sizeof(typename V::Vector) == 16) {
