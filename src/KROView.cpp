@@ -202,13 +202,9 @@ int32_t convertView(const Kernels& kernels, const KroSourceView* source, const K
         return status;
     }
     runFrame(kernels, *input, *output, options.algorithm,
-             {sourceOf(*source, *input, options),
-              source->height,
-              source->width,
-              input->phase,
-              targetOf(*picture, *output, options, source->width),
-              {options.firstRow, options.firstRow + options.rowCount},
-              (1 << options.bits) - 1});
+             frameJob(sourceOf(*source, *input, options), source->height, source->width, input->phase,
+                      targetOf(*picture, *output, options, source->width),
+                      {options.firstRow, options.firstRow + options.rowCount}, (1 << options.bits) - 1));
     if (planesOf(*output, *picture) == 4) {
         fillAlphaPlane(*picture, *output, options, source->width);
     }

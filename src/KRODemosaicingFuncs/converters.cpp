@@ -35,8 +35,9 @@ int32_t convertFrame(const Kernels& kernels, const InputFormat& input, const Sou
     if (!input.grey && (algorithm < KRO_NEAREST || algorithm > KRO_EDGE)) {
         return KRO_OK;  // an unknown algorithm is no error and writes nothing
     }
-    runFrame(kernels, input, *output, algorithm,
-             {source, height, width, input.phase, targetOf(*output, destination, height, width), {0, height}, 0});
+    runFrame(
+        kernels, input, *output, algorithm,
+        frameJob(source, height, width, input.phase, targetOf(*output, destination, height, width), {0, height}, 0));
     return KRO_OK;
 }
 

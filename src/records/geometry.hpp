@@ -51,5 +51,13 @@ KRO_INLINE const T* advanced(const T* start, ptrdiff_t bytes) {
     return reinterpret_cast<const T*>(reinterpret_cast<const char*>(start) + bytes);
 }
 
+// Asks the nearest cache for what lies so many bytes away: a number, since that may be beyond any memory.
+template <bool toWrite = false>
+KRO_INLINE void expectAt(const void* start, ptrdiff_t bytes) {
+    const uintptr_t expected = reinterpret_cast<uintptr_t>(start) + static_cast<uintptr_t>(bytes);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): see above
+    __builtin_prefetch(reinterpret_cast<const void*>(expected), toWrite ? 1 : 0);
+}
+
 }  // namespace
 }  // namespace kro

@@ -21,7 +21,7 @@ constexpr Target rowsTarget(Sample* destination, int32_t width, bool redFirst) {
 // A frame whose rows follow each other without gaps, all rows of it.
 template <class Sample>
 constexpr FrameJob frameJob(const Sample* source, int32_t height, int32_t width, Phase phase, const Target& target) {
-    return {plainSource(source, width), height, width, phase, target, {0, height}, 0};
+    return kro::frameJob(plainSource(source, width), height, width, phase, target, {0, height}, 0);
 }
 
 constexpr int32_t anyHeight = 4;  // for first rows: they end where no bottom border is in sight

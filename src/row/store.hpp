@@ -70,6 +70,31 @@ KRO_INLINE RowTarget<Sample> rowTarget(const Target& target, Phase row, int32_t 
     return result;
 }
 
+// Asks for the place of a row that is made a step later, `ahead` bytes below this one. Of a large picture it is in no
+// cache, stores wait for it, and the processor's own prefetching ends with each page, of which a row has several.
+// Zen 5, 12 Mpixel to BGR8: bilinear 1.6 times as fast with AVX2 and 1.15 with AVX-512, edge-directed 1.3, of 16 bits
+// 1.2 to 1.4, nearest 1.0 to 1.2; to BGRa8 more. All at once, or a few lines ahead in the row, gained next to
+// nothing. In pictures that the caches hold it costs up to a tenth, so large ones have loops of their own. Grey ones
+// gain nothing.
+template <Output kind, class V>
+constexpr bool asksForRows = V::columns > 2 && kind != Output::mono;
+template <bool large, Output kind, class V, class T>
+KRO_INLINE void expectRow(const T& row, int32_t x, ptrdiff_t ahead) {
+    if constexpr (large && V::columns > 2) {
+        constexpr ptrdiff_t line = 64, bytes = V::columns * channelsIn(kind) * sizeof(*row.own);
+        const auto ask = [&](const auto* plane) KRO_INLINE_LAMBDA {
+            for (ptrdiff_t byte = 0; byte < bytes; byte += line) {
+                expectAt<true>(plane + static_cast<ptrdiff_t>(x) * channelsIn(kind), ahead + byte);
+            }
+        };
+        ask(row.own);
+        if constexpr (kind == Output::planar) {
+            ask(row.green);
+            ask(row.other);
+        }
+    }
+}
+
 // ---- spreading: 0 stays 0, the largest sample becomes 65535 ----
 
 template <class Sample>
