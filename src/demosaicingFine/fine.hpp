@@ -19,7 +19,6 @@ template <class S, class Sample, Output kind>
 class Fine {
     using FineStripOf = FineStrip<S, Sample>;
     using Number = typename FineStripOf::Number;
-    static constexpr bool ordered = isInterleaved(kind);
 
 public:
     static void frame(const FrameJob& job) {
@@ -53,9 +52,8 @@ private:
     }
     static KRO_INLINE void row(const FrameJob& job, FineStripOf& strip, int32_t y) {
         const Phase phase = phaseOfRow(job.phase, y);
-        const bool ownFirst = ordered && ownComesFirst(job.target, phase);
-        const auto make = phase.greenFirst ? (ownFirst ? pixels<true, ordered> : pixels<true, false>)
-                                           : (ownFirst ? pixels<false, ordered> : pixels<false, false>);
+        const auto make = functionFor<kind>(
+            job.target, phase, [](auto colourOdd, auto ownFirst) { return pixels<colourOdd, ownFirst>; });
         make(job, strip, y);
     }
     static KRO_INLINE FineRows<Sample, Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {

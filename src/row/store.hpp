@@ -72,8 +72,8 @@ KRO_INLINE RowTarget<Sample> rowTarget(const Target& target, Phase row, int32_t 
 
 // Asks for the place of a row that is made a step later, `ahead` bytes below this one. Of a large picture it is in no
 // cache, stores wait for it, and the processor's own prefetching ends with each page, of which a row has several.
-// Zen 5, 12 Mpixel to BGR8: bilinear 1.6 times as fast with AVX2 and 1.15 with AVX-512, edge-directed 1.3, of 16 bits
-// 1.2 to 1.4, nearest 1.0 to 1.2; to BGRa8 more. All at once, or a few lines ahead in the row, gained next to
+// Zen 5, 12 Mpixel to BGR8: bilinear 1.6 times as fast with AVX2 and 1.2 with AVX-512, edge-directed 1.3 to 1.4,
+// nearest 1.2 to 1.3, 16 bits 1.2 to 1.6. All of a row at once, or a few lines ahead in the row, gained next to
 // nothing. In pictures that the caches hold it costs up to a tenth, so large ones have loops of their own. Grey ones
 // gain nothing.
 template <Output kind, class V>
