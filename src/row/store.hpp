@@ -33,13 +33,19 @@ constexpr bool isInterleaved(Output kind) { return channelsIn(kind) > 1; }
 // Of an interleaved pixel the row's own colour comes first: blue in a blue row, unless red comes first.
 KRO_INLINE bool ownComesFirst(const Target& target, Phase row) { return row.blueRow != target.redFirst; }
 
+// What the compiler knows to be so, or not. (The standard library's would have external linkage.)
+template <bool yes>
+struct Known {
+    constexpr operator bool() const { return yes; }
+};
+
 // Of four functions the one that a row wants: does it start with green, does its own colour come first? `functions`
 // names them, given both as constants.
 template <Output kind, class Functions>
 KRO_INLINE auto functionFor(const Target& target, Phase row, const Functions& functions) {
-    constexpr std::bool_constant<isInterleaved(kind)> first{};
-    constexpr std::true_type green{};
-    constexpr std::false_type no{};
+    constexpr Known<isInterleaved(kind)> first{};
+    constexpr Known<true> green{};
+    constexpr Known<false> no{};
     const bool ownFirst = first && ownComesFirst(target, row);
     return row.greenFirst ? (ownFirst ? functions(green, first) : functions(green, no))
                           : (ownFirst ? functions(no, first) : functions(no, no));
