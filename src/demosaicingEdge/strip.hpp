@@ -127,26 +127,27 @@ private:
         const uint8_t *above2, *above, *here, *below, *below2;
         int16_t *differencesAbove, *differencesHere, *differencesBelow, *fresh;  // `fresh`: what greens leave
     };
-    KRO_INLINE int16_t* mirroredDifferences(int32_t y) { return differences(mirrored(y, frame_.height)); }
 
     // `ownFirst` speaks of rows that start with green.
     template <bool ownFirst>
     KRO_OUTLINE void walk(RowSpan rows, int32_t next, int32_t last) {
         constexpr bool otherFirst = ordered && !ownFirst;
         const bool greenPairs = greens_.havePairs(), colourPairs = colours_.havePairs();
+        const auto differencesOf = [&](int32_t y)
+                                       KRO_INLINE_LAMBDA { return differences(mirrored(y, frame_.height)); };
         source_.prepare(next + 2);
         Window in{source_[next - 2],
                   source_[next - 1],
                   source_[next],
                   source_[next + 1],
                   nullptr,
-                  mirroredDifferences(next - 3),
-                  mirroredDifferences(next - 2),
-                  mirroredDifferences(next - 1),
+                  differencesOf(next - 3),
+                  differencesOf(next - 2),
+                  differencesOf(next - 1),
                   nullptr};
         bool odd = phaseOfRow(frame_.phase, next).greenFirst;
         for (int32_t y = next - 2; y < rows.end; ++y) {
-            in.fresh = mirroredDifferences(y + 2);
+            in.fresh = differencesOf(y + 2);
             const bool greens = y + 2 <= last, colours = y >= rows.begin;
             if (greens) {
                 source_.prepare(y + 4);
