@@ -242,8 +242,7 @@ struct Avx2Words : Avx2Lanes {
     }
 };
 
-struct Avx2Dwords {
-    using Number = int32_t;
+struct Avx2Dwords : Lanes32<Avx2Dwords> {
     using Lanes = __m256i;
     using Mask = __m256i;
 
@@ -265,8 +264,6 @@ struct Avx2Dwords {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return _mm256_mullo_epi32(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return _mm256_min_epi32(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return _mm256_max_epi32(a, b); }
-    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
-    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
         return _mm256_slli_epi32(a, n);
@@ -274,14 +271,9 @@ struct Avx2Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
-    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
         return _mm256_sign_epi32(a, sub(first, second));
-    }
-    template <int n>
-    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
-        return shiftRight<n>(add(a, all(1 << (n - 1))));
     }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm256_abs_epi32(a); }
     template <int n>

@@ -320,8 +320,7 @@ struct Avx512Words : Avx512Lanes {
     }
 };
 
-struct Avx512Dwords {
-    using Number = int32_t;
+struct Avx512Dwords : Lanes32<Avx512Dwords> {
     using Lanes = __m512i;
     using Mask = __mmask16;
 
@@ -350,14 +349,9 @@ struct Avx512Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
-    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm512_and_si512(a, b); }
     static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
         return _mm512_mask_sub_epi32(a, greater(second, first), all(0), a);
-    }
-    template <int n>
-    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
-        return shiftRight<n>(add(a, all(1 << (n - 1))));
     }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm512_abs_epi32(a); }
     template <int n>

@@ -189,8 +189,7 @@ struct NeonWords : Vectors16<NeonLanes, uint16_t> {
     }
 };
 
-struct NeonDwords {
-    using Number = int32_t;
+struct NeonDwords : Lanes32<NeonDwords> {
     using Lanes = int32x4_t;
     using Mask = uint32x4_t;
 
@@ -220,7 +219,6 @@ struct NeonDwords {
     static KRO_INLINE Lanes all(int32_t value) { return vdupq_n_s32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return vaddq_s32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return vsubq_s32(a, b); }
-    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return vandq_s32(a, b); }
     static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
         return select(greater(second, first), vnegq_s32(a), a);

@@ -185,6 +185,30 @@ struct PairWide : PairLanes<int32_t> {
     static KRO_INLINE PairWords::Vector packed(Lanes a) { return PairWords::pairOf(a.even, a.odd); }
 };
 
+// What 32-bit lanes of the set L make of additions. A mask is a lane of 0 or -1; sets that have others, or an
+// instruction for it, say so.
+template <class L>
+struct Lanes32 {
+    using Number = int32_t;
+
+    template <class Lanes>
+    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) {
+        return L::add(a, b);
+    }
+    template <class Lanes>
+    static KRO_INLINE Lanes raised(Lanes mask, Lanes a) {
+        return L::sub(a, mask);
+    }
+    template <class Lanes>
+    static KRO_INLINE Lanes lowered(Lanes mask, Lanes a) {
+        return L::add(a, mask);
+    }
+    template <int n, class Lanes>
+    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
+        return L::template shiftRight<n>(L::add(a, L::all(1 << (n - 1))));
+    }
+};
+
 // Two registers of 32-bit lanes in place of one of 16-bit lanes: the same columns, the same names.
 template <class Half, class Narrow>
 struct Doubled {

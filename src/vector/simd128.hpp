@@ -157,8 +157,7 @@ private:
     static KRO_INLINE Vector dwordsOfHighs(Vector a, Vector b) { return wasm_i32x4_shuffle(a, b, 2, 6, 3, 7); }
 };
 
-struct Simd128Dwords {
-    using Number = int32_t;
+struct Simd128Dwords : Lanes32<Simd128Dwords> {
     using Lanes = v128_t;
     using Mask = v128_t;
 
@@ -174,8 +173,6 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i32x4_mul(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i32x4_min(a, b); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return wasm_i32x4_max(a, b); }
-    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
-    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
         return wasm_i32x4_shl(a, n);
@@ -183,14 +180,9 @@ struct Simd128Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return wasm_i32x4_splat(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return wasm_i32x4_add(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return wasm_i32x4_sub(a, b); }
-    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return wasm_v128_and(a, b); }
     static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
         return select(greater(second, first), wasm_i32x4_neg(a), a);
-    }
-    template <int n>
-    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
-        return shiftRight<n>(add(a, all(1 << (n - 1))));
     }
     static KRO_INLINE Lanes absolute(Lanes a) { return wasm_i32x4_abs(a); }
     template <int n>

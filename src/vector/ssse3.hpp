@@ -151,8 +151,7 @@ struct Ssse3Words : Vectors16<Ssse3Lanes, uint16_t> {
     }
 };
 
-struct Ssse3Dwords {
-    using Number = int32_t;
+struct Ssse3Dwords : Lanes32<Ssse3Dwords> {
     using Lanes = __m128i;
     using Mask = __m128i;
 
@@ -176,8 +175,6 @@ struct Ssse3Dwords {
     }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return select(greater(a, b), b, a); }
     static KRO_INLINE Lanes most(Lanes a, Lanes b) { return select(greater(a, b), a, b); }
-    static KRO_INLINE Lanes raised(Mask m, Lanes a) { return sub(a, m); }
-    static KRO_INLINE Lanes lowered(Mask m, Lanes a) { return add(a, m); }
     template <int n>
     static KRO_INLINE Lanes shiftLeft(Lanes a) {
         return _mm_slli_epi32(a, n);
@@ -185,14 +182,9 @@ struct Ssse3Dwords {
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi32(value); }
     static KRO_INLINE Lanes add(Lanes a, Lanes b) { return _mm_add_epi32(a, b); }
     static KRO_INLINE Lanes sub(Lanes a, Lanes b) { return _mm_sub_epi32(a, b); }
-    static KRO_INLINE Lanes addSaturated(Lanes a, Lanes b) { return add(a, b); }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm_and_si128(a, b); }
     static KRO_INLINE Lanes turned(Lanes a, Lanes first, Lanes second) {
         return _mm_sign_epi32(a, sub(first, second));
-    }
-    template <int n>
-    static KRO_INLINE Lanes shiftRightRounded(Lanes a) {
-        return shiftRight<n>(add(a, all(1 << (n - 1))));
     }
     static KRO_INLINE Lanes absolute(Lanes a) { return _mm_abs_epi32(a); }
     template <int n>
