@@ -104,32 +104,26 @@ struct UnitColours {
 
     // The lower row may be missing: it is then written where the upper one follows.
     static KRO_INLINE void rows(const ColourRow& to, bool lowerToo, const FoldedColours<Number>& unit, int32_t top) {
-        constexpr bool asks = asksForRows<kind, typename S::Words>;
-        (asks && to.target.isLarge ? chosen<asks> : chosen<false>)(to, lowerToo ? to.y + 1 : to.y, unit, top);
+        const auto make = functionFor<kind>(to.target, to.phase,
+                                            [](auto colourOdd, auto ownFirst) { return two<colourOdd, ownFirst>; });
+        make(to, lowerToo ? to.y + 1 : to.y, unit, top);
     }
 
 private:
-    template <bool large>
-    static void chosen(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit, int32_t top) {
-        const auto make = functionFor<kind>(
-            to.target, to.phase, [](auto colourOdd, auto ownFirst) { return two<colourOdd, ownFirst, large>; });
-        make(to, lowerRow, unit, top);
-    }
-    template <bool colourOdd, bool ownFirst, bool large>
+    template <bool colourOdd, bool ownFirst>
     static KRO_OUTLINE void two(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit,
                                 int32_t top) {
         const auto upper = rowTarget<kind, uint16_t>(to.target, to.phase, to.y, to.strip.first);
         const auto lower = rowTarget<kind, uint16_t>(to.target, phaseOfRow(to.phase, 1), lowerRow, to.strip.first);
         const FoldedColours<Number> in = unit;
-        const ptrdiff_t ahead = 2 * to.target.stride[0];
-        eachWholeBlock<typename S::Words>(to.strip.made, [=](auto block) KRO_INLINE_LAMBDA {
+        const RowsAhead<kind, typename S::Words> pieces(upper, to.target.ahead, 2);
+        const auto make = [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
             const auto pixels = FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, L::all(top)).pixels();
-            expectRow<large, kind, typename decltype(block)::Vector>(lower, block.x, ahead);
-            expectRow<large, kind, typename decltype(block)::Vector>(upper, block.x, ahead);
             put<kind, ordered && !ownFirst>(lower, block, pixels.lower);
             put<kind, ownFirst>(upper, block, pixels.upper);
-        });
+        };
+        eachWholeBlock<typename S::Words>(to.strip.made, make, pieces);
         if (lowerRow != to.y) {
             finishRow<kind, typename S::Words>(lower, to.strip.made);
         }

@@ -60,7 +60,7 @@ KRO_INLINE void storeDifferences(EndBlock<V, first, last> block, int16_t* row, t
 template <class S, Output kind, class Source>
 class ByteRows {
     using V = typename S::Bytes;
-    static constexpr bool ordered = isInterleaved(kind), asks = asksForRows<kind, V>;
+    static constexpr bool ordered = isInterleaved(kind);
 
 protected:
     static constexpr uint32_t inView = 4;
@@ -172,10 +172,8 @@ private:
         if (greens && greenPairs) {
             greensInPairs<colourOdd>(y + 2, in.above2, in.above, in.here, in.below, in.below2);
         }
-        if (colours && asks && frame_.target.isLarge) {
-            largeColours<colourOdd, ownFirst>(y, in);
-        } else if (colours && colours_.haveBlocks()) {
-            coloursOf<InBlocks, colourOdd, ownFirst, false>(y, in, colours_.blocks);
+        if (colours && colours_.haveBlocks()) {
+            coloursOf<InBlocks, colourOdd, ownFirst>(y, in, colours_.blocks);
         }
         if (colours && colourPairs) {
             coloursInPairs<colourOdd, ownFirst>(y, in.above2, in.differencesAbove, in.differencesHere,
@@ -205,33 +203,27 @@ private:
     }
 
     template <bool colourOdd, bool ownFirst>
-    KRO_OUTLINE void largeColours(int32_t y, Window in) {
-        if (colours_.haveBlocks()) {
-            coloursOf<InBlocks, colourOdd, ownFirst, asks>(y, in, colours_.blocks);
-        }
-    }
-    template <bool colourOdd, bool ownFirst>
     KRO_RARE void coloursInPairs(int32_t y, const uint8_t* here, int16_t* above, int16_t* same, int16_t* below) {
         const Window in{here, nullptr, nullptr, nullptr, nullptr, above, same, below, nullptr};
         colours_.eachSide([&](const Strip& side)
-                              KRO_INLINE_LAMBDA { coloursOf<InPairs, colourOdd, ownFirst, false>(y, in, side); });
+                              KRO_INLINE_LAMBDA { coloursOf<InPairs, colourOdd, ownFirst>(y, in, side); });
     }
-    template <class Walk, bool colourOdd, bool ownFirst, bool large>
+    template <class Walk, bool colourOdd, bool ownFirst>
     KRO_INLINE void coloursOf(int32_t y, const Window& rows, const Strip& strip) {
         auto out = rowTarget<kind, uint8_t>(frame_.target, phaseOfRow(frame_.phase, y), y, strip.first);
         out.alphaColumns = alphaColumnsOf(y, strip.first);
-        const ptrdiff_t ahead = frame_.target.stride[0];
         const uint8_t* const here = rows.above2;
         const int16_t *const above = rows.differencesAbove, *const same = rows.differencesHere,
                              *const below = rows.differencesBelow;
         Walk::template each<V, 1>(
-            strip.made, strip.frame, innerColumns<1>(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
+            strip.made, strip.frame, innerColumns<1>(strip.frame),
+            [&](auto block) KRO_INLINE_LAMBDA {
                 const auto from = [&](const int16_t* row) KRO_INLINE_LAMBDA { return differenceAt(row, block.x); };
-                expectRow<large, kind, V>(out, block.x, ahead);
                 put<kind, ownFirst>(out, block,
                                     edgePixels<colourOdd, typename decltype(block)::Vector>(
                                         block.template tap<0>(here), from(above), from(same), from(below)));
-            });
+            },
+            RowsAhead<kind, V>(out, frame_.target.ahead, 1));
     }
     // Columns whose alpha is written.
     KRO_INLINE Columns alphaColumnsOf(int32_t y, int32_t first) const {

@@ -36,7 +36,7 @@ struct Target {
     bool alphaEverywhere;  // or, edge-directed, only where kro.h says
     int32_t spreadBits;    // 16 bits: finished samples of so many bits are spread over all 16; 0: they are not
     uint32_t weight[3];    // grey: of red, green and blue
-    bool isLarge;          // no cache holds the picture; see expectRow (row/store.hpp)
+    ptrdiff_t ahead;       // stride[0] where no cache holds the picture, 0 elsewhere; see RowsAhead (row/store.hpp)
 };
 
 constexpr uint32_t lumaWeight[3] = {77, 150, 29};
@@ -51,13 +51,13 @@ constexpr Target interleavedTarget(void* destination, ptrdiff_t stride, bool red
             false,
             0,
             {lumaWeight[0], lumaWeight[1], lumaWeight[2]},
-            false};
+            0};
 }
 constexpr Target planarTarget(void* red, void* green, void* blue, ptrdiff_t stride) {
-    return {{red, green, blue}, {stride, stride, stride}, 0, false, 0, false, 0, {}, false};
+    return {{red, green, blue}, {stride, stride, stride}, 0, false, 0, false, 0, {}, 0};
 }
 constexpr Target greyTarget(void* destination, ptrdiff_t stride, uint32_t red, uint32_t green, uint32_t blue) {
-    return {{destination, nullptr, nullptr}, {stride, 0, 0}, 0, false, 0, false, 0, {red, green, blue}, false};
+    return {{destination, nullptr, nullptr}, {stride, 0, 0}, 0, false, 0, false, 0, {red, green, blue}, 0};
 }
 // Luma of red, green, blue; `exchanged` where what the kernel reads as red is blue.
 constexpr Target lumaTarget(void* destination, ptrdiff_t stride, bool exchanged) {
@@ -110,9 +110,9 @@ constexpr int64_t largePicture = int64_t{8} << 20;
 
 constexpr FrameJob frameJob(const Source& source, int32_t height, int32_t width, Phase phase, const Target& target,
                             RowSpan rows, int32_t top) {
-    const int64_t apart = target.stride[0];
+    const ptrdiff_t apart = target.stride[0];
     FrameJob job{source, height, width, phase, target, rows, top};
-    job.target.isLarge = (apart < 0 ? -apart : apart) * height >= largePicture;
+    job.target.ahead = int64_t{apart < 0 ? -apart : apart} * height >= largePicture ? apart : 0;
     return job;
 }
 }  // namespace

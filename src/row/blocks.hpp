@@ -95,9 +95,30 @@ KRO_INLINE Columns blockColumns(Columns made, Columns inner) {
     return columns.end - columns.begin < V::columns ? Columns{made.begin, made.begin} : columns;
 }
 
+// A row that has nothing to do from piece to piece is one piece (others: RowsAhead, store.hpp).
+struct InOnePiece {
+    KRO_INLINE int32_t begin(int32_t, int32_t last) const { return last; }
+};
+// Blocks that begin from column x to `last`, and the column behind them. `pieces` learns where a piece begins, and
+// says where its last block may.
+template <class V, class Pieces, class Make>
+KRO_INLINE int32_t eachOf(int32_t x, int32_t last, const Pieces& pieces, const Make& make) {
+    if (x > last) {
+        return x;
+    }
+    do {
+        const int32_t end = pieces.begin(x, last);
+        do {
+            make(x);
+            x += V::columns;
+        } while (x <= end);
+    } while (x <= last);
+    return x;
+}
+
 struct InPairs {
-    template <class V, int reach, class Formula>
-    static KRO_INLINE void each(Columns made, Columns frame, Columns, const Formula& formula) {
+    template <class V, int reach, class Formula, class Pieces = InOnePiece>
+    static KRO_INLINE void each(Columns made, Columns frame, Columns, const Formula& formula, const Pieces& = {}) {
         for (int32_t x = made.begin & ~1; x < made.end; x += 2) {
             formula(PairBlock<PairOf<V>>{x, frame, x >= made.begin, x + 1 < made.end});
         }
@@ -108,8 +129,9 @@ struct InPairs {
 // `inner`, end blocks to the right of it. The last one overlaps, since rows are no multiples of the block, and writes
 // the same values again. `reach` is the farthest tap of the formula.
 struct InBlocks {
-    template <class V, int reach, class Formula>
-    static KRO_INLINE void each(Columns made, Columns frame, Columns inner, const Formula& formula) {
+    template <class V, int reach, class Formula, class Pieces = InOnePiece>
+    static KRO_INLINE void each(Columns made, Columns frame, Columns inner, const Formula& formula,
+                                const Pieces& pieces = {}) {
         constexpr int32_t step = V::columns;
         int32_t x = made.begin;
         if constexpr (step > 2) {
@@ -123,9 +145,7 @@ struct InBlocks {
             }
         }
         const int32_t lastInner = (made.end < inner.end ? made.end : inner.end) - step;
-        for (; x <= lastInner; x += step) {
-            formula(InnerBlock<V>{x});
-        }
+        x = eachOf<V>(x, lastInner, pieces, [&](int32_t at) KRO_INLINE_LAMBDA { formula(InnerBlock<V>{at}); });
         if constexpr (step > 2) {
             for (; x < made.end; x += step) {
                 const int32_t place = x < made.end - step ? x : made.end - step;
@@ -146,17 +166,16 @@ KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
     InPairs::each<V, 0>(made, frame, {}, formula);
 }
 // Blocks of formulas that look at nothing beside them, from an even column on, and pairs for what is left.
-template <class V, class Formula>
-KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula) {
+template <class V, class Formula, class Pieces = InOnePiece>
+KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula, const Pieces& pieces = {}) {
     const int32_t end = made.end & ~1;
     if (end - made.begin < V::columns) {
         fewPairs<V>(made, {}, formula);
         return;
     }
     const int32_t last = end - V::columns;
-    for (int32_t x = made.begin; x < end; x += V::columns) {
-        formula(InnerBlock<V>{V::columns == 2 || x < last ? x : last});
-    }
+    eachOf<V>(made.begin, end - 1, pieces,
+              [&](int32_t x) KRO_INLINE_LAMBDA { formula(InnerBlock<V>{V::columns == 2 || x < last ? x : last}); });
     if (end < made.end) {
         oddColumn<V>(end, {}, formula);
     }

@@ -87,8 +87,8 @@ template <class S, class Sample, Output kind, class Family>
 class Rectangle {
     using V = BackEnd<S, Sample>;
     static constexpr bool ordered = isInterleaved(kind);
-    // (Nearest to planes is a quarter slower if it asks, with AVX2.)
-    static constexpr bool asks = asksForRows<kind, V> && (ordered || Family::pairs);
+    // (Nearest to planes is a quarter slower if it asks for rows, with AVX2.)
+    static constexpr bool asks = ordered || Family::pairs;
 
 public:
     // Rows and columns of a frame that is read in place, or that has a ring of the frame's width.
@@ -135,14 +135,13 @@ private:
                                     const Family& family) {
         const Phase greenFirst = phaseOfRow(job.phase, job.phase.greenFirst ? 0 : 1);
         const bool ownFirst = ordered && ownComesFirst(job.target, greenFirst);
-        const auto walked = asks && job.target.isLarge ? (ownFirst ? walk<ordered, asks> : walk<false, asks>)
-                                                       : (ownFirst ? walk<ordered, false> : walk<false, false>);
+        const auto walked = ownFirst ? walk<ordered> : walk<false>;
         walked(job, rows, Stretches::of<V>(strip, family.inner(strip.frame)), source, family);
     }
 
     // Rows are made where they are counted: a call for each would take as long as 64 columns (Zen 5). `ownFirst`
     // speaks of those that start with green.
-    template <bool ownFirst, bool large>
+    template <bool ownFirst>
     static KRO_OUTLINE void walk(const FrameJob& job, RowSpan rows, const Stretches& columns, Rows<S, Sample>& source,
                                  const Family& family) {
         constexpr bool otherFirst = ordered && !ownFirst;
@@ -167,18 +166,18 @@ private:
                     sides(job.target, phaseOfRow(phase, 1), y + 1, columns, lower, f);
                 }
                 if (haveBlocks) {
-                    (apart ? outlinedPair<ownFirst> : pair<ownFirst, large>)(job.target, phase.blueRow, y, blocks, in,
-                                                                             lower.below, f);
+                    (apart ? outlinedPair<ownFirst> : pair<ownFirst>)(job.target, phase.blueRow, y, blocks, in,
+                                                                      lower.below, f);
                 }
                 above = here;
                 here = lower.below;
                 ++y;
             } else if (haveBlocks && phase.greenFirst) {
                 (apart ? outlined<InBlocks, true, ownFirst>
-                       : single<InBlocks, true, ownFirst, large>)(job.target, phase.blueRow, y, blocks, in, f);
+                       : single<InBlocks, true, ownFirst>)(job.target, phase.blueRow, y, blocks, in, f);
             } else if (haveBlocks) {
                 (apart ? outlined<InBlocks, false, otherFirst>
-                       : single<InBlocks, false, otherFirst, large>)(job.target, phase.blueRow, y, blocks, in, f);
+                       : single<InBlocks, false, otherFirst>)(job.target, phase.blueRow, y, blocks, in, f);
             }
         }
     }
@@ -189,18 +188,18 @@ private:
 
     // One row in given columns. (A whole phase as an argument would be put into memory byte by byte and read at once,
     // for which stores are waited for.)
-    template <class Walk, bool colourOdd, bool ownFirst, bool large>
+    template <class Walk, bool colourOdd, bool ownFirst>
     static KRO_INLINE void single(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                   const RowInput<Sample>& in, const Family& family) {
         const auto out = rowTarget<kind, Sample>(target, {colourOdd, blueRow}, y, strip.first);
         const Sample *const above = heldAddress<V>(in.above), *const here = heldAddress<V>(in.here),
                             *const below = heldAddress<V>(in.below);
-        const ptrdiff_t ahead = target.stride[0];
         Walk::template each<V, 1>(
-            strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-                expectRow<large, kind, V>(out, block.x, ahead);
+            strip.made, strip.frame, family.inner(strip.frame),
+            [&](auto block) KRO_INLINE_LAMBDA {
                 put<kind, ownFirst>(out, block, family.template row<colourOdd>(block, above, here, below));
-            });
+            },
+            RowsAhead<kind, V>(out, asks ? target.ahead : 0, 1));
         if (strip.first + strip.made.begin == 0) {
             Family::template mend<kind, colourOdd, ownFirst>(out, in);
         }
@@ -211,7 +210,7 @@ private:
                                      const RowInput<Sample>& in, const Family& family) {
         const Family f = family;
         const RowInput<Sample> rows = in;
-        single<Walk, colourOdd, ownFirst, false>(target, blueRow, y, strip, rows, f);
+        single<Walk, colourOdd, ownFirst>(target, blueRow, y, strip, rows, f);
     }
     template <class Walk>
     static void stretch(const Target& target, Phase phase, int32_t y, const Strip& strip, const RowInput<Sample>& in,
@@ -223,22 +222,22 @@ private:
 
     // Two rows. Colour at odd columns of the upper row, at even columns of the lower. Every load of a step stands
     // before its first store: samples may alias, so the compiler could not reuse loads across stores.
-    template <bool ownFirst, bool large>
+    template <bool ownFirst>
     static KRO_INLINE void pair(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                 const RowInput<Sample>& in, const Sample* below, const Family& family) {
         const auto upper = rowTarget<kind, Sample>(target, {true, blueRow}, y, strip.first);
         auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
         lower.ownWeight = upper.otherWeight;  // the compiler would not see that they are the same, and hold both
         lower.otherWeight = upper.ownWeight;
-        const ptrdiff_t ahead = 2 * target.stride[0];
-        InBlocks::each<V, 1>(strip.made, strip.frame, family.inner(strip.frame), [&](auto block) KRO_INLINE_LAMBDA {
-            expectRow<large, kind, V>(upper, block.x, ahead);
-            expectRow<large, kind, V>(lower, block.x, ahead);
-            const auto one = family.template row<true>(block, in.above, in.here, in.below);
-            const auto two = family.template row<false>(block, in.here, in.below, below);
-            put<kind, ownFirst>(upper, block, one);
-            put<kind, ordered && !ownFirst>(lower, block, two);
-        });
+        InBlocks::each<V, 1>(
+            strip.made, strip.frame, family.inner(strip.frame),
+            [&](auto block) KRO_INLINE_LAMBDA {
+                const auto one = family.template row<true>(block, in.above, in.here, in.below);
+                const auto two = family.template row<false>(block, in.here, in.below, below);
+                put<kind, ownFirst>(upper, block, one);
+                put<kind, ordered && !ownFirst>(lower, block, two);
+            },
+            RowsAhead<kind, V>(upper, asks ? target.ahead : 0, 2));
         finishRow<kind, V>(upper, strip.made);
         finishRow<kind, V>(lower, strip.made);
     }
@@ -247,7 +246,7 @@ private:
                                          const RowInput<Sample>& in, const Sample* below, const Family& family) {
         const Family f = family;
         const RowInput<Sample> rows = in;
-        pair<ownFirst, false>(target, blueRow, y, strip, rows, below, f);
+        pair<ownFirst>(target, blueRow, y, strip, rows, below, f);
     }
 };
 
