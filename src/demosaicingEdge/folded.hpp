@@ -113,6 +113,7 @@ private:
     template <bool colourOdd, bool ownFirst>
     static KRO_OUTLINE void two(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit,
                                 int32_t top) {
+        constexpr bool otherFirst = ordered && !ownFirst;
         const auto upper = rowTarget<kind, uint16_t>(to.target, to.phase, to.y, to.strip.first);
         const auto lower = rowTarget<kind, uint16_t>(to.target, phaseOfRow(to.phase, 1), lowerRow, to.strip.first);
         const FoldedColours<Number> in = unit;
@@ -120,7 +121,7 @@ private:
         const auto make = [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
             const auto pixels = FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, L::all(top)).pixels();
-            put<kind, ordered && !ownFirst>(lower, block, pixels.lower);
+            put<kind, otherFirst>(lower, block, pixels.lower);
             put<kind, ownFirst>(upper, block, pixels.upper);
         };
         eachWholeBlock<typename S::Words>(to.strip.made, make, pieces);

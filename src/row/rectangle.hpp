@@ -225,6 +225,7 @@ private:
     template <bool ownFirst>
     static KRO_INLINE void pair(const Target& target, bool blueRow, int32_t y, const Strip& strip,
                                 const RowInput<Sample>& in, const Sample* below, const Family& family) {
+        constexpr bool otherFirst = ordered && !ownFirst;
         const auto upper = rowTarget<kind, Sample>(target, {true, blueRow}, y, strip.first);
         auto lower = rowTarget<kind, Sample>(target, {false, !blueRow}, y + 1, strip.first);
         lower.ownWeight = upper.otherWeight;  // the compiler would not see that they are the same, and hold both
@@ -235,7 +236,7 @@ private:
                 const auto one = family.template row<true>(block, in.above, in.here, in.below);
                 const auto two = family.template row<false>(block, in.here, in.below, below);
                 put<kind, ownFirst>(upper, block, one);
-                put<kind, ordered && !ownFirst>(lower, block, two);
+                put<kind, otherFirst>(lower, block, two);
             },
             RowsAhead<kind, V>(upper, asks ? target.ahead : 0, 2));
         finishRow<kind, V>(upper, strip.made);
