@@ -19,7 +19,7 @@ public:
             throw std::runtime_error("no address range");
         }
         base_ = static_cast<uint8_t*>(range);
-        for (size_t page = pages / 2 * pageSize; page < size_; page += apart) {
+        for (size_t page = toPages; page < size_; page += apart) {
             if (mprotect(base_ + page, rowPages * pageSize, PROT_READ | PROT_WRITE) != 0) {
                 throw std::runtime_error("no rows");
             }
@@ -36,7 +36,7 @@ public:
             throw std::runtime_error("rows too long");
         }
         offset_ = placement == guard::Placement::againstStart ? 0 : room - rowBytes;
-        uint8_t* const first = base_ + index * rows_ * apart + pages / 2 * pageSize;
+        uint8_t* const first = base_ + index * rows_ * apart + toPages;
         for (size_t y = 0; y < rows_; ++y) {
             std::memset(first + y * apart, fill, room);
         }
@@ -52,7 +52,8 @@ public:
     }
 
 private:
-    static constexpr size_t pageSize = 4096, rowPages = 2, pages = apart / pageSize;
+    static constexpr size_t pageSize = 4096, rowPages = 2;
+    static constexpr size_t toPages = apart / 2;  // from where a row's range begins
     size_t rows_, size_, offset_ = 0;
     uint8_t* base_ = nullptr;
 };
