@@ -166,8 +166,8 @@ KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
     InPairs::each<V, 0>(made, frame, {}, formula);
 }
 // Blocks of formulas that look at nothing beside them, from an even column on, and pairs for what is left.
-template <class V, class Formula, class Pieces = InOnePiece>
-KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula, const Pieces& pieces = {}) {
+template <class V, class Formula, class Pieces>
+KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula, const Pieces& pieces) {
     const int32_t end = made.end & ~1;
     if (end - made.begin < V::columns) {
         fewPairs<V>(made, {}, formula);

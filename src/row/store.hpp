@@ -105,7 +105,8 @@ private:
     const ptrdiff_t ahead_;
     const int rows_;
 
-    // (In line: a call in a row's loop makes edge-directed frames of all sizes a tenth to a quarter slower.)
+    // (In line: with a call in a row's loop edge-directed frames of 640x480 are made at .74 to .89 of the rate, of 12
+    // Mpixel at .57 to .68.)
     KRO_INLINE void expect(int32_t x) const {
         const ptrdiff_t first = static_cast<ptrdiff_t>(x) * channelsIn(kind);
         expectPlane(row_.own + first);
