@@ -1,6 +1,7 @@
 #include "frame_request.hpp"
 
 #include <climits>
+#include <cstring>
 
 #include "kro/view.h"
 
@@ -22,6 +23,7 @@ const reference::OutputFormat* outputOf(uint32_t code) {
 
 FrameRequest::FrameRequest(Choices& choices, uint32_t outputFormat)
     : input_(choices.entryOf(reference::inputFormats)), output_(outputOf(outputFormat)), outputFormat_(outputFormat) {
+    std::memset(&frame_, 0, sizeof frame_);  // its padding is compared, too
     constexpr KroAlgorithm algorithms[] = {KRO_NEAREST, KRO_BILINEAR, KRO_EDGE, KRO_EDGE, 3, -1, INT_MIN};
     chooseSize(choices);
     algorithm_ = choices.oneOf(algorithms);

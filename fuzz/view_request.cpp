@@ -40,6 +40,8 @@ uint8_t* rowZero(const Block& block, ptrdiff_t stride, int32_t height) {
 }  // namespace
 
 ViewRequest::ViewRequest(Choices& choices) : input_(choices.entryOf(inputs())), output_(nullptr) {
+    std::memset(&source_, 0, sizeof source_);  // padding is compared, too
+    std::memset(&picture_, 0, sizeof picture_);
     output_ = choices.entryOf(reference::viewOutputs);
     source_.format = input_ != nullptr ? input_->code : oddCode(choices);
     picture_.format = output_ != nullptr ? output_->code : oddCode(choices);

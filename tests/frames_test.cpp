@@ -140,10 +140,6 @@ private:
     std::vector<const kro::Kernels*> tables_ = usableTables();
 };
 
-std::string methodName(Method method) {
-    static const char* const names[] = {"nearest", "bilinear", "edge"};
-    return names[static_cast<int>(method)];
-}
 std::string phaseName(Phase phase) {
     static const char* const names[] = {"RG", "GR", "GB", "BG"};
     return names[static_cast<int>(phase)];
@@ -156,7 +152,7 @@ protected:
     Method method() const { return std::get<1>(GetParam()); }
 };
 std::string phaseAndMethodName(const testing::TestParamInfo<PhaseAndMethod>& tested) {
-    return phaseName(std::get<0>(tested.param)) + "_" + methodName(std::get<1>(tested.param));
+    return phaseName(std::get<0>(tested.param)) + "_" + nameOf(std::get<1>(tested.param));
 }
 INSTANTIATE_TEST_SUITE_P(Of8Bits, Frames,
                          testing::Combine(testing::ValuesIn(reference::allPhases),

@@ -82,7 +82,7 @@ void visitViews(const Visit& visit, Size size, const std::vector<Method>& method
             for (const kro::Kernels* table : usableTables()) {
                 for (const Method method : methods) {
                     const KroViewOptions options = withAlgorithm(method);
-                    visit(*table, std::string(name) + " to " + output.name, [&] {
+                    visit(*table, std::string(name) + " to " + output.name + ", " + nameOf(method), [&] {
                         EXPECT_EQ(KRO_OK, kro::convertView(*table, &source.view(), &picture.view(), &options));
                     });
                 }

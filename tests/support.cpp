@@ -92,6 +92,11 @@ const char* nameOf(Content content) {
     return names[static_cast<int>(content)];
 }
 
+const char* nameOf(reference::Method method) {
+    static const char* const names[] = {"nearest", "bilinear", "edge", "fine"};
+    return names[static_cast<int>(method)];
+}
+
 uint32_t randomWord(uint32_t& state) {
     state ^= state << 13;
     state ^= state >> 17;

@@ -62,6 +62,7 @@ enum class Content { noise, extremes, impulses, ramp, flat, ties };
 constexpr Content allContents[] = {Content::noise, Content::extremes, Content::impulses,
                                    Content::ramp,  Content::flat,     Content::ties};
 const char* nameOf(Content content);
+const char* nameOf(reference::Method method);
 uint32_t randomWord(uint32_t& state);
 // Samples of 0 to `top`.
 std::vector<uint16_t> samples(Content content, Size size, int top, uint32_t seed);

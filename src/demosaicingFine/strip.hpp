@@ -61,8 +61,7 @@ public:
           count_(strip_.made.end),
           seen_{strip_.first == 0 ? 0 : -reach, strip_.frame.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
           inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + strip_.first
-                                                   : nullptr),
-          top_(L::all(sizeof(Sample) == 1 ? 255 : job.top)) {
+                                                   : nullptr) {
         constexpr int32_t changesBefore = 4;  // steps that models do not depend on, but their changes
         const int32_t first = job.rows.begin - stepsBefore - changesBefore;
         load(first);
@@ -109,8 +108,6 @@ private:
     const int32_t count_;  // of columns
     const Columns seen_;   // of which samples are read; what lies beyond is mirrored
     const Sample* const inPlace_;
-    const Lanes top_;
-    alignas(64) Sample prepared_[2 * nextSamples] = {};
     PlanesOf planes_;
 
     // A block of lanes of the rows around row y, which is `turn` modulo four. Rows are named by their distance from
@@ -156,12 +153,17 @@ private:
             const ptrdiff_t stride = job_.source.stride;
             split(advanced(inPlace_, frameRow * stride), stride, seen_, strip_.frame.end, out);
         } else {
-            readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
-            split(prepared_ - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
+            splitPrepared(frameRow, out);
         }
         if (strip_.first == 0 || strip_.frame.end == count_) {
             mirrorBeside(out);
         }
+    }
+    // Beside the strip on the stack, not in it: passes, which need more of the stack, are done before.
+    KRO_OUTLINE void splitPrepared(int32_t frameRow, Sample* out) const {
+        Sample prepared[2 * nextSamples] = {};
+        readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared);
+        split(prepared - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
     }
     static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return (x - (x & 1)) / 2; }
     static KRO_INLINE Sample& sampleAt(Sample* samples, int32_t x) {
@@ -337,7 +339,7 @@ private:
     // single lanes, where registers are few, a fifth more).
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
-        const Lanes top = s.top_;
+        const Lanes top = L::all(sizeof(Sample) == 1 ? 255 : s.job_.top);
         if constexpr (step == 1) {
             s.eachBlock<turn, colourOdd>(y, 3, [top](const auto& block) KRO_INLINE_LAMBDA {
                 model(block, smoothed(block, weighed(block), top));
