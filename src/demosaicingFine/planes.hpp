@@ -44,7 +44,8 @@ constexpr int32_t halfRowsBefore(Plane plane) {
     return sum;
 }
 
-template <class Sample, class Number>
+// `aligned`: as blocks are, so that none lies across lines of the cache. It costs its bytes of the stack.
+template <class Sample, class Number, int aligned>
 class Planes {
 public:
     // Of a half row. With few registers more of the stack goes to passes.
@@ -71,8 +72,8 @@ private:
     static constexpr int32_t margin = 64 / static_cast<int32_t>(sizeof(Number));
 
     // Zeros at first: what blocks find beside the columns of a strip is of no consequence, but defined.
-    alignas(64) Number lanes_[halfRowsBefore(Plane::count) * lanes + 2 * margin] = {};
-    alignas(64) Sample samples_[24 * sampleLanes + 2 * margin] = {};
+    alignas(aligned) Number lanes_[halfRowsBefore(Plane::count) * lanes + 2 * margin] = {};
+    alignas(aligned) Sample samples_[24 * sampleLanes + 2 * margin] = {};
 };
 
 }  // namespace

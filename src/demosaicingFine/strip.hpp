@@ -41,14 +41,15 @@ class FineStrip {
 
 public:
     using Number = typename L::Number;
-    using PlanesOf = Planes<Sample, Number>;
+    static constexpr int32_t step = V::columns / 2;  // from a block of lanes to the next
+    static constexpr int aligned = step == 1 ? 16 : 64;
+    using PlanesOf = Planes<Sample, Number, aligned>;
 
     static constexpr int32_t next = PlanesOf::lanes;  // from a half row to the next
     static constexpr int32_t nextSamples = PlanesOf::sampleLanes;
     static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
     static constexpr int32_t besideSamples = 8;         // lanes of samples
     static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
-    static constexpr int32_t step = V::columns / 2;     // from a block of lanes to the next
     static constexpr int slopeBits = 4;                 // of models, also of four together: 0 to 8
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
@@ -108,6 +109,7 @@ private:
     const int32_t count_;  // of columns
     const Columns seen_;   // of which samples are read; what lies beyond is mirrored
     const Sample* const inPlace_;
+    alignas(aligned) Sample prepared_[2 * nextSamples] = {};
     PlanesOf planes_;
 
     // A block of lanes of the rows around row y, which is `turn` modulo four. Rows are named by their distance from
@@ -153,17 +155,12 @@ private:
             const ptrdiff_t stride = job_.source.stride;
             split(advanced(inPlace_, frameRow * stride), stride, seen_, strip_.frame.end, out);
         } else {
-            splitPrepared(frameRow, out);
+            readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
+            split(prepared_ - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
         }
         if (strip_.first == 0 || strip_.frame.end == count_) {
             mirrorBeside(out);
         }
-    }
-    // Beside the strip on the stack, not in it: passes, which need more of the stack, are done before.
-    KRO_OUTLINE void splitPrepared(int32_t frameRow, Sample* out) const {
-        Sample prepared[2 * nextSamples] = {};
-        readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared);
-        split(prepared - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
     }
     static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return (x - (x & 1)) / 2; }
     static KRO_INLINE Sample& sampleAt(Sample* samples, int32_t x) {
