@@ -145,6 +145,7 @@ class Live(Case):
 
     def test_a_change_of_format_begins_another_file(self):
         program = self.run_program("--aravis", "simulated", "-s", "320x240", "--record", "raw")
+        wait_for("a frame to be recorded", self.names)
         self.screen.press("f")
         self.wait_for_title("BayerGR8")
         wait_for("the first file", lambda: self.names(r"^2.*_BayerRG8\.raw$"))
