@@ -43,11 +43,10 @@ private:
         FineStripOf strip(job, columns);
         const RowSpan rows = job.rows;
         for (int32_t y = rows.begin - FineStripOf::stepsBefore; y < rows.end + FineStripOf::rowsBehind; ++y) {
-            strip.beginStep(y);
+            strip.step(y);
             if (y - FineStripOf::rowsBehind >= rows.begin) {
                 row(job, strip, y - FineStripOf::rowsBehind);
             }
-            strip.endStep(y);
         }
     }
     static KRO_INLINE void row(const FrameJob& job, FineStripOf& strip, int32_t y) {
@@ -57,7 +56,7 @@ private:
         make(job, strip, y);
     }
     static KRO_INLINE FineRows<Sample, Number> rowsAround(FineStripOf& strip, int32_t y, int32_t half) {
-        constexpr int32_t odd = FineStripOf::nextSamples;
+        constexpr int32_t odd = FineStripOf::next;
         const Sample* const samples = strip.samples(y);
         return {samples + half * odd,
                 samples + (1 - half) * odd,

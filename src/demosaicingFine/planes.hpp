@@ -50,7 +50,7 @@ class Planes {
 public:
     // Of a half row. With few registers more of the stack goes to passes.
     static constexpr int32_t lanes = (sizeof(void*) == 8 ? 256 : 192) / static_cast<int32_t>(sizeof(Number));
-    static constexpr int32_t sampleLanes = lanes + 8;  // of a half row of samples
+    static constexpr int32_t beside = 5;  // of these, at both ends of a strip: what its pixels depend on
 
     // The first half row of a row; the others follow, `lanes` on.
     template <Plane plane>
@@ -59,12 +59,12 @@ public:
         constexpr int32_t first = margin + halfRowsBefore(plane) * lanes;
         return lanes_ + first + (y & (shape.rows - 1)) * (shape.parts * lanes);
     }
-    // Even columns; odd ones follow, `sampleLanes` on. Twelve rows are at hand, in three groups of four.
-    KRO_INLINE Sample* samples(int32_t y) { return samplesOfGroup(y >> 2) + (y & 3) * (2 * sampleLanes); }
+    // Even columns; odd ones follow, `lanes` on. Twelve rows are at hand, in three groups of four.
+    KRO_INLINE Sample* samples(int32_t y) { return samplesOfGroup(y >> 2) + (y & 3) * (2 * lanes); }
     KRO_INLINE Sample* samplesOfGroup(int32_t group) {
         constexpr int32_t aboveFrame = 9;  // so that nothing is negative
         return samples_ + margin +
-               static_cast<ptrdiff_t>(static_cast<uint32_t>(group + aboveFrame) % 3) * (8 * sampleLanes);
+               static_cast<ptrdiff_t>(static_cast<uint32_t>(group + aboveFrame) % 3) * (8 * lanes);
     }
 
 private:
@@ -73,7 +73,7 @@ private:
 
     // Zeros at first: what blocks find beside the columns of a strip is of no consequence, but defined.
     alignas(aligned) Number lanes_[halfRowsBefore(Plane::count) * lanes + 2 * margin] = {};
-    alignas(aligned) Sample samples_[24 * sampleLanes + 2 * margin] = {};
+    alignas(aligned) Sample samples_[24 * lanes + 2 * margin] = {};
 };
 
 }  // namespace

@@ -41,20 +41,19 @@ class FineStrip {
 
 public:
     using Number = typename L::Number;
-    static constexpr int32_t step = V::columns / 2;  // from a block of lanes to the next
-    static constexpr int aligned = step == 1 ? 16 : 64;
+    static constexpr int32_t lanesOfBlock = V::columns / 2;
+    static constexpr int aligned = lanesOfBlock == 1 ? 16 : 64;
     using PlanesOf = Planes<Sample, Number, aligned>;
 
     static constexpr int32_t next = PlanesOf::lanes;  // from a half row to the next
-    static constexpr int32_t nextSamples = PlanesOf::sampleLanes;
-    static constexpr int32_t beside = 5;                // lanes beside a strip that its pixels depend on
-    static constexpr int32_t besideSamples = 8;         // lanes of samples
-    static constexpr int32_t reach = 2 * (beside + 1);  // columns of samples
-    static constexpr int slopeBits = 4;                 // of models, also of four together: 0 to 8
+    static constexpr int32_t beside = PlanesOf::beside;
+    static constexpr int32_t reach = 2 * beside;  // columns of samples
+    static constexpr int slopeBits = 4;           // of models, also of four together: 0 to 8
     static constexpr int32_t mostColumns = 2 * (next - 2 * beside);
 
-    // Steps are counted by the row whose bends across are made: the first one, and how far behind it pixels are.
-    static constexpr int32_t stepsBefore = 6, rowsBehind = 9;
+    // Steps are counted by the row whose bends across are made: the first one, the first one whose models count, and
+    // how far behind it pixels are.
+    static constexpr int32_t stepsBefore = 10, modelsBefore = 6, rowsBehind = 9;
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
@@ -63,30 +62,17 @@ public:
           seen_{strip_.first == 0 ? 0 : -reach, strip_.frame.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
           inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + strip_.first
                                                    : nullptr) {
-        constexpr int32_t changesBefore = 4;  // steps that models do not depend on, but their changes
-        const int32_t first = job.rows.begin - stepsBefore - changesBefore;
-        load(first);
-        load(first + 1);
-        for (int32_t y = first; y < first + changesBefore; ++y) {
-            beginStep(y);
-        }
+        load(job.rows.begin - stepsBefore);
+        load(job.rows.begin - stepsBefore + 1);
     }
 
-    // A step's passes before its pixels are made, and after. What a pass reads some lanes beside those that another
-    // one has just stored would wait for the cache: other work stands between such two.
-    KRO_INLINE void beginStep(int32_t y) {
-        static constexpr Pass passes[2][period] = {
-            {changes<0, false>, changes<1, false>, changes<2, false>, changes<3, false>},
-            {changes<0, true>, changes<1, true>, changes<2, true>, changes<3, true>}};
-        load(y + 2);
+    // After it the row `rowsBehind` above y can be made.
+    KRO_INLINE void step(int32_t y) {
+        using Passes = void (*)(FineStrip & s, int32_t y);
+        static constexpr Passes passes[2][period] = {
+            {makePlanes<0, false>, makePlanes<1, false>, makePlanes<2, false>, makePlanes<3, false>},
+            {makePlanes<0, true>, makePlanes<1, true>, makePlanes<2, true>, makePlanes<3, true>}};
         passes[colourIsOdd(y - 1)][y & (period - 1)](*this, y);
-    }
-    KRO_INLINE void endStep(int32_t y) {
-        static constexpr Pass passes[2][period] = {
-            {models<0, false>, models<1, false>, models<2, false>, models<3, false>},
-            {models<0, true>, models<1, true>, models<2, true>, models<3, true>}};
-        passes[colourIsOdd(y - 1)][y & (period - 1)](*this, y);
-        wholeAtSides(y - 7);
     }
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(job_.phase, y).greenFirst; }
@@ -96,11 +82,9 @@ public:
     KRO_INLINE Number* row(int32_t y) {
         return planes_.template row<plane>(y) + beside;
     }
-    KRO_INLINE Sample* samples(int32_t y) { return planes_.samples(y) + besideSamples; }
+    KRO_INLINE Sample* samples(int32_t y) { return planes_.samples(y) + beside; }
 
 private:
-    using Pass = void (*)(FineStrip& s, int32_t y);
-
     // Sums lie where the row's estimates are put one step later.
     static constexpr Plane sumsDown = Plane::estimatesDown;
 
@@ -109,7 +93,7 @@ private:
     const int32_t count_;  // of columns
     const Columns seen_;   // of which samples are read; what lies beyond is mirrored
     const Sample* const inPlace_;
-    alignas(aligned) Sample prepared_[2 * nextSamples] = {};
+    alignas(aligned) Sample prepared_[2 * next] = {};
     PlanesOf planes_;
 
     // A block of lanes of the rows around row y, which is `turn` modulo four. Rows are named by their distance from
@@ -125,26 +109,39 @@ private:
             return strip->template row<plane>(turn + k) + part * next + i;
         }
         KRO_INLINE const Sample* samples(int32_t k, bool odd) const {
-            return groups[(((turn + k) >> 2) + 3) % 3] + (2 * ((turn + k) & 3) + odd) * nextSamples + i;
+            return groups[(((turn + k) >> 2) + 3) % 3] + (2 * ((turn + k) & 3) + odd) * next + i;
         }
         KRO_INLINE const Sample* colours(int32_t k) const { return samples(k, colourOdd); }
         KRO_INLINE const Sample* greens(int32_t k) const { return samples(k, !colourOdd); }
     };
     // Blocks that cover the strip's lanes and `more` at both ends.
     template <int turn, bool colourOdd, class Formula>
-    KRO_INLINE void eachBlock(int32_t y, int32_t more, const Formula& formula) {
+    KRO_INLINE void eachBlock(int32_t group, int32_t more, const Formula& formula) {
         const ptrdiff_t end = endOfBlocks(more);
-        for (auto block = firstBlock<turn, colourOdd>(y, more); block.i < end; block.i += step) {
+        for (auto block = firstBlock<turn, colourOdd>(group, more); block.i < end; block.i += lanesOfBlock) {
             formula(block);
         }
     }
     template <int turn, bool colourOdd>
-    KRO_INLINE Block<turn, colourOdd> firstBlock(int32_t y, int32_t more) {
-        const auto group = [&](int32_t k)
-                               KRO_INLINE_LAMBDA { return planes_.samplesOfGroup((y >> 2) + k) + besideSamples; };
-        return {this, {group(0), group(1), group(-1)}, step == 1 ? -more : -beside};
+    KRO_INLINE Block<turn, colourOdd> firstBlock(int32_t group, int32_t more) {
+        const auto samplesOf = [&](int32_t k)
+                                   KRO_INLINE_LAMBDA { return planes_.samplesOfGroup(group + k) + beside; };
+        return {this, {samplesOf(0), samplesOf(1), samplesOf(-1)}, lanesOfBlock == 1 ? -more : -beside};
     }
     KRO_INLINE ptrdiff_t endOfBlocks(int32_t more) const { return (count_ + 1) / 2 + more; }
+
+    // Models of the step before, whose pixels are made, then samples and changes. What a pass reads some lanes beside
+    // those that another one has just stored would wait for the cache: pixels, or samples, stand between such two.
+    template <int turn, bool colourOdd>
+    static KRO_OUTLINE void makePlanes(FineStrip& s, int32_t y) {
+        const int32_t group = y >> 2;
+        if (y > s.job_.rows.begin - modelsBefore) {
+            models<(turn + 3) % period, !colourOdd>(s, turn == 0 ? group - 1 : group);
+            s.wholeAtSides(y - 8);
+        }
+        s.load(y + 2);
+        changes<turn, colourOdd>(s, group);
+    }
 
     // ---- samples ----
 
@@ -153,52 +150,63 @@ private:
         Sample* const out = samples(y);
         if (inPlace_ != nullptr) {
             const ptrdiff_t stride = job_.source.stride;
-            split(advanced(inPlace_, frameRow * stride), stride, seen_, strip_.frame.end, out);
+            split(advanced(inPlace_, frameRow * stride), stride, seen_, out);
         } else {
             readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
-            split(prepared_ - seen_.begin, 0, seen_, seen_.begin + 2 * nextSamples, out);
+            split(prepared_ - seen_.begin, 0, seen_, out);
         }
         if (strip_.first == 0 || strip_.frame.end == count_) {
             mirrorBeside(out);
         }
     }
-    static KRO_INLINE ptrdiff_t laneOf(ptrdiff_t x) { return (x - (x & 1)) / 2; }
-    static KRO_INLINE Sample& sampleAt(Sample* samples, int32_t x) {
-        return samples[(x & 1) * nextSamples + laneOf(x)];
+    // Of a narrow frame what is mirrored at the one side is mirrored once more at the other: all is there after the
+    // third time.
+    KRO_INLINE void mirrorBeside(Sample* samples) const {
+        int times = count_ > reach ? 1 : 3;
+        do {
+            if (strip_.first == 0) {
+                mirrorAt<-1>(samples, samples + next);
+            }
+            if (strip_.frame.end == count_) {
+                Sample* const even = samples + ((count_ - 1) >> 1);
+                if (count_ % 2 == 0) {
+                    mirrorAt<1>(even + next, even + 1);
+                } else {
+                    mirrorAt<1>(even, even + next);
+                }
+            }
+        } while (--times > 0);
     }
-    // From the frame's sides on outwards, in turns: of a narrow frame what is mirrored at the one side is mirrored
-    // once more at the other.
-    KRO_OUTLINE void mirrorBeside(Sample* samples) const {
-        const bool left = strip_.first == 0, right = strip_.frame.end == count_;
-        for (int32_t k = 1; k <= reach; ++k) {
-            if (left) {
-                sampleAt(samples, -k) = sampleAt(samples, k);
-            }
-            if (right) {
-                sampleAt(samples, count_ - 1 + k) = sampleAt(samples, count_ - 1 - k);
-            }
+    // About the site at `own`, halfway between the one at `other` and the one before. All loads come first: a
+    // compiler that has to ask what overlaps takes three times as long.
+    template <int outwards>
+    static KRO_INLINE void mirrorAt(Sample* own, Sample* other) {
+        Sample lanes[2][beside];
+        for (int32_t k = 0; k < beside; ++k) {
+            lanes[0][k] = own[-outwards * (k + 1)];
+            lanes[1][k] = outwards > 0 ? other[-1 - k] : other[k];
+        }
+        for (int32_t k = 0; k < beside; ++k) {
+            own[outwards * (k + 1)] = lanes[0][k];
+            (outwards > 0 ? other[k] : other[-1 - k]) = lanes[1][k];
         }
     }
-    // In blocks of the passes' columns, which so find whole what was stored just before. `readable` is where the last
-    // one may end; the next row is `below` bytes away.
-    static KRO_INLINE void split(const Sample* in, ptrdiff_t below, Columns seen, int32_t readable, Sample* samples) {
+    // In blocks of the passes' columns, which so find whole what was stored just before. The next row is `below`
+    // bytes away.
+    static KRO_INLINE void split(const Sample* in, ptrdiff_t below, Columns seen, Sample* samples) {
         const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
             expectAway<V>(in + x, below);
-            const auto both = V::load(in + x);
-            L::storeLanes(samples + laneOf(x), L::low(both));
-            L::storeLanes(samples + nextSamples + laneOf(x), L::high(both));
+            V::storeSites(samples + (x >> 1), samples + next + (x >> 1), V::load(in + x));
         };
         const auto pair = [&](int32_t x) KRO_INLINE_LAMBDA {
-            samples[laneOf(x)] = in[x];
-            samples[nextSamples + laneOf(x)] = in[x + 1];
+            samples[x >> 1] = in[x];
+            samples[next + (x >> 1)] = in[x + 1];
         };
         int32_t x = seen.begin;
-        for (; x < -2 * beside; x += 2) {
-            pair(x);
-        }
-        for (; x < seen.end - 2 && x + V::columns <= readable; x += V::columns) {
+        for (; x + V::columns <= seen.end; x += V::columns) {
             block(x);
         }
+        expectAway<V>(in + seen.end - 1, below);  // blocks have asked for all lines but perhaps the last
         if (x + 2 < seen.end && seen.end - seen.begin >= V::columns) {
             x = seen.end & ~1;
             block(x - V::columns);
@@ -207,7 +215,7 @@ private:
             pair(x);
         }
         if (x < seen.end) {
-            samples[laneOf(x)] = in[x];
+            samples[x >> 1] = in[x];
         }
     }
 
@@ -251,8 +259,8 @@ private:
     // Bends down of the row below y and across of row y; with them variations of the row above are complete, and sums
     // down of the row two further up.
     template <int turn, bool colourOdd>
-    static KRO_OUTLINE void changes(FineStrip& s, int32_t y) {
-        s.eachBlock<turn, colourOdd>(y, beside, [](const auto& block) KRO_INLINE_LAMBDA {
+    static KRO_INLINE void changes(FineStrip& s, int32_t group) {
+        s.eachBlock<turn, colourOdd>(group, beside, [](const auto& block) KRO_INLINE_LAMBDA {
             const Column colour = columnOf(block, colourOdd), green = columnOf(block, !colourOdd);
             variationsAcross(block);
             bendsAcross(block, green.here, colour.here);
@@ -335,18 +343,18 @@ private:
     // that what waits for each other is not all that a processor sees of the row (Zen 5: a twentieth less time; in
     // single lanes, where registers are few, a fifth more).
     template <int turn, bool colourOdd>
-    static KRO_OUTLINE void models(FineStrip& s, int32_t y) {
+    static KRO_INLINE void models(FineStrip& s, int32_t group) {
         const Lanes top = L::all(sizeof(Sample) == 1 ? 255 : s.job_.top);
-        if constexpr (step == 1) {
-            s.eachBlock<turn, colourOdd>(y, 3, [top](const auto& block) KRO_INLINE_LAMBDA {
+        if constexpr (lanesOfBlock == 1) {
+            s.eachBlock<turn, colourOdd>(group, 3, [top](const auto& block) KRO_INLINE_LAMBDA {
                 model(block, smoothed(block, weighed(block), top));
             });
             return;
         }
         const ptrdiff_t end = s.endOfBlocks(3);
-        auto block = s.firstBlock<turn, colourOdd>(y, 3), before = block;
+        auto block = s.firstBlock<turn, colourOdd>(group, 3), before = block;
         Weighed below = weighed(block);
-        for (block.i += step; block.i < end; block.i += step) {
+        for (block.i += lanesOfBlock; block.i < end; block.i += lanesOfBlock) {
             const Weighed fresh = weighed(block);
             model(before, smoothed(before, below, top));
             below = fresh;
@@ -468,24 +476,28 @@ private:
     }
     // In the frame's outer two rows and columns colours follow green wholly: the offset is twice the difference.
     KRO_INLINE void wholeAtSides(int32_t y) {
-        const int32_t lanes = (count_ + 1) / 2;
         if (y < 2 || y >= job_.height - 2) {
-            whole({-1, lanes + 1}, y);
+            wholeRow(y);
             return;
         }
         if (strip_.first == 0) {
-            whole({-1, 1}, y);
+            whole(-1, y);
+            whole(0, y);
         }
         if (strip_.frame.end == count_) {
-            whole({(count_ - 1 - (colourIsOdd(y) ? 1 : 0)) >> 1, lanes + 1}, y);
+            const int32_t last = (count_ - 1 - (colourIsOdd(y) ? 1 : 0)) >> 1;
+            whole(last, y);
+            whole(last + 1, y);
         }
     }
-    KRO_RARE void whole(Columns lanes, int32_t y) {
-        const Number* const differences = row<Plane::colourMinusGreen>(y);
-        Number* const made = row<Plane::models>(y);
-        for (int32_t i = lanes.begin; i < lanes.end; ++i) {
-            made[i] = static_cast<Number>(2 * differences[i] * (1 << slopeBits) + 2);
+    KRO_RARE void wholeRow(int32_t y) {
+        for (int32_t i = -1; i <= (count_ + 1) / 2; ++i) {
+            whole(i, y);
         }
+    }
+    KRO_INLINE void whole(int32_t i, int32_t y) {
+        const int32_t offset = 2 * row<Plane::colourMinusGreen>(y)[i];
+        row<Plane::models>(y)[i] = static_cast<Number>(offset * (1 << slopeBits) + 2);
     }
 };
 

@@ -31,13 +31,17 @@ struct Avx2Lanes {
 
     // Quarters 0 2 1 3 in order again.
     static KRO_INLINE Vector inOrder(__m256i packedByLanes) { return _mm256_permute4x64_epi64(packedByLanes, 0xD8); }
+    template <class S>
+    static KRO_INLINE void storeSites(S* even, S* odd, Vector v) {
+        static constexpr Shuffle<32> order = sitesApart<32, sizeof(S)>();
+        const Vector sites = inOrder(shuffled(v, order));
+        Ssse3Lanes::store(even, _mm256_castsi256_si128(sites));
+        Ssse3Lanes::store(odd, _mm256_extracti128_si256(sites, 1));
+    }
 
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return _mm256_cvtepu8_epi16(Ssse3Lanes::load(p)); }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
-        Ssse3Lanes::store(p, _mm256_castsi256_si128(inOrder(_mm256_packus_epi16(a, a))));
-    }
     static KRO_INLINE Lanes all(int32_t value) { return _mm256_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm256_and_si256(v, _mm256_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm256_srli_epi16(v, 8); }
@@ -253,11 +257,6 @@ struct Avx2Dwords : Lanes32<Avx2Dwords> {
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return Avx2Lanes::load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { Avx2Lanes::store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return _mm256_cvtepu16_epi32(Ssse3Lanes::load(p)); }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) {
-        Ssse3Lanes::store(p, _mm256_castsi256_si128(packed(a, a)));
-    }
-    static KRO_INLINE Lanes low(__m256i words) { return _mm256_and_si256(words, all(0xFFFF)); }
-    static KRO_INLINE Lanes high(__m256i words) { return _mm256_srli_epi32(words, 16); }
     static KRO_INLINE __m256i joined(Lanes even, Lanes odd) {
         return _mm256_or_si256(even, _mm256_slli_epi32(odd, 16));
     }

@@ -45,10 +45,21 @@ struct Avx512Lanes {
                                     : _mm512_permutex2var_epi32(load(in), order, load(in + end - 64));
     }
 
+    // Quarters of lanes 0 2 4 6 1 3 5 7 in order again.
+    static KRO_INLINE Vector inOrder(__m512i packedByLanes) {
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packedByLanes);
+    }
+    template <class S>
+    static KRO_INLINE void storeSites(S* even, S* odd, Vector v) {
+        static constexpr Shuffle<64> order = sitesApart<64, sizeof(S)>();
+        const Vector sites = inOrder(shuffled(v, order));
+        Avx2Lanes::store(even, _mm512_castsi512_si256(sites));
+        Avx2Lanes::store(odd, _mm512_extracti64x4_epi64(sites, 1));
+    }
+
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return _mm512_cvtepu8_epi16(Avx2Lanes::load(p)); }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { Avx2Lanes::store(p, _mm512_cvtepi16_epi8(a)); }
     static KRO_INLINE Lanes all(int32_t value) { return _mm512_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm512_and_si512(v, _mm512_set1_epi16(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return _mm512_srli_epi16(v, 8); }
@@ -244,10 +255,6 @@ struct Avx512Bytes : Avx512Lanes {
         store(out, _mm512_shuffle_epi8(groups, _mm512_broadcast_i32x4(Ssse3Bytes::table(lane))));
     }
 
-    // Quarters of lanes 0 2 4 6 1 3 5 7 in order again.
-    static KRO_INLINE Vector inOrder(__m512i packedByLanes) {
-        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packedByLanes);
-    }
     static KRO_INLINE Vector reduceSaturated(Vector first, Vector second, int shift) {
         const __m128i count = _mm_cvtsi32_si128(shift);
         return inOrder(_mm512_packus_epi16(_mm512_sra_epi16(first, count), _mm512_sra_epi16(second, count)));
@@ -331,9 +338,6 @@ struct Avx512Dwords : Lanes32<Avx512Dwords> {
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return _mm512_loadu_si512(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { _mm512_storeu_si512(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return _mm512_cvtepu16_epi32(Avx2Lanes::load(p)); }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { Avx2Lanes::store(p, _mm512_cvtepi32_epi16(a)); }
-    static KRO_INLINE Lanes low(__m512i words) { return _mm512_and_si512(words, all(0xFFFF)); }
-    static KRO_INLINE Lanes high(__m512i words) { return _mm512_srli_epi32(words, 16); }
     static KRO_INLINE __m512i joined(Lanes even, Lanes odd) {
         return _mm512_or_si512(even, _mm512_slli_epi32(odd, 16));
     }
@@ -365,7 +369,7 @@ struct Avx512Dwords : Lanes32<Avx512Dwords> {
         return _mm512_min_epi32(_mm512_max_epi32(a, _mm512_setzero_si512()), top);
     }
     static KRO_INLINE __m512i packed(Lanes first, Lanes second) {
-        return Avx512Bytes<false>::inOrder(_mm512_packus_epi32(first, second));
+        return Avx512Lanes::inOrder(_mm512_packus_epi32(first, second));
     }
 };
 

@@ -26,6 +26,10 @@ struct NeonLanes {
 
     static KRO_INLINE Vector load(const void* p) { return vld1q_u8(static_cast<const uint8_t*>(p)); }
     static KRO_INLINE void store(void* p, Vector v) { vst1q_u8(static_cast<uint8_t*>(p), v); }
+    static KRO_INLINE void storeHalves(void* first, void* second, Vector v) {
+        vst1_u8(static_cast<uint8_t*>(first), vget_low_u8(v));
+        vst1_u8(static_cast<uint8_t*>(second), vget_high_u8(v));
+    }
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) {
 #if defined(__aarch64__)
         return vqtbl1q_u8(v, load(t.byte));
@@ -38,7 +42,6 @@ struct NeonLanes {
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p))); }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { vst1_u8(p, vmovn_u16(vreinterpretq_u16_s16(a))); }
     static KRO_INLINE Lanes all(int32_t value) { return of(vdupq_n_s16(static_cast<int16_t>(value))); }
     // By a mask in a register: with the instruction's own the operand would have to be copied first, mostly.
     static KRO_INLINE Lanes low(Vector v) {
@@ -199,11 +202,6 @@ struct NeonDwords : Lanes32<NeonDwords> {
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return vld1q_s32(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { vst1q_s32(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return wide(vld1_u16(p)); }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { vst1_u16(p, vmovn_u32(vreinterpretq_u32_s32(a))); }
-    static KRO_INLINE Lanes low(uint8x16_t words) { return vandq_s32(vreinterpretq_s32_u8(words), all(0xFFFF)); }
-    static KRO_INLINE Lanes high(uint8x16_t words) {
-        return vreinterpretq_s32_u32(vshrq_n_u32(vreinterpretq_u32_u8(words), 16));
-    }
     static KRO_INLINE uint8x16_t joined(Lanes even, Lanes odd) {
         return vreinterpretq_u8_s32(vsliq_n_s32(even, odd, 16));
     }

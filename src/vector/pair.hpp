@@ -63,6 +63,10 @@ struct PairBytes : PairNumbers {
     };
 
     static KRO_INLINE Vector load(const uint8_t* p) { return {p[0], p[1]}; }
+    static KRO_INLINE void storeSites(uint8_t* even, uint8_t* odd, Vector v) {
+        *even = v.even;
+        *odd = v.odd;
+    }
     static KRO_INLINE Vector pairOf(int32_t even, int32_t odd) {
         return {static_cast<uint8_t>(even), static_cast<uint8_t>(odd)};
     }
@@ -76,7 +80,6 @@ struct PairBytes : PairNumbers {
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { *p = static_cast<int16_t>(a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return *p; }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) { *p = static_cast<uint8_t>(a); }
 };
 
 // Two lanes of Int (int16_t or int32_t).
@@ -110,6 +113,10 @@ struct PairLanes {
     static KRO_INLINE void store(uint16_t* p, Vector v) {
         p[0] = static_cast<uint16_t>(v.even);
         p[1] = static_cast<uint16_t>(v.odd);
+    }
+    static KRO_INLINE void storeSites(uint16_t* even, uint16_t* odd, Vector v) {
+        *even = static_cast<uint16_t>(v.even);
+        *odd = static_cast<uint16_t>(v.odd);
     }
     static KRO_INLINE Lanes loadLanes(const Int* p) { return {p[0], p[1]}; }
     static KRO_INLINE void storeLanes(Int* p, Lanes a) {
@@ -172,13 +179,10 @@ using PairWords = PairLanes<int16_t>;
 struct PairDwords : PairNumbers {
     using Number = int32_t;
 
-    static KRO_INLINE Lanes low(PairWords::Vector words) { return static_cast<uint16_t>(words.even); }
-    static KRO_INLINE Lanes high(PairWords::Vector words) { return static_cast<uint16_t>(words.odd); }
     static KRO_INLINE PairWords::Vector joined(Lanes even, Lanes odd) { return PairWords::pairOf(even, odd); }
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return *p; }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { *p = a; }
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return *p; }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { *p = static_cast<uint16_t>(a); }
 };
 
 struct PairWide : PairLanes<int32_t> {

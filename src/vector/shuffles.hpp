@@ -107,6 +107,18 @@ constexpr DwordIndices transposedDwords() {
     return table;
 }
 
+// Elements (of `wide` bytes) of each 16-byte lane: those at even places, then those at odd ones.
+template <int size, int wide>
+constexpr Shuffle<size> sitesApart() {
+    Shuffle<size> table{};
+    for (int o = 0; o < size; ++o) {
+        const int element = o % 16 / wide, half = 8 / wide;
+        const int from = element < half ? 2 * element : 2 * (element - half) + 1;
+        table.byte[o] = static_cast<uint8_t>(o / 16 * 16 + from * wide + o % wide);
+    }
+    return table;
+}
+
 // Elements (of `wide` bytes) of a load from the row's first element that continue mirrored to the left of it,
 // `outside` of them: 2 1 0 1 2 3 .. for two.
 template <int size, int wide>

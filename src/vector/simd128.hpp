@@ -18,6 +18,10 @@ struct Simd128Lanes {
 
     static KRO_INLINE Vector load(const void* p) { return wasm_v128_load(p); }
     static KRO_INLINE void store(void* p, Vector v) { wasm_v128_store(p, v); }
+    static KRO_INLINE void storeHalves(void* first, void* second, Vector v) {
+        wasm_v128_store64_lane(first, v, 0);
+        wasm_v128_store64_lane(second, v, 1);
+    }
     static KRO_INLINE Vector table(const Shuffle<16>& t) { return load(t.byte); }
     // Of one vector only: engines make a slow sequence of a shuffle of two.
     static KRO_INLINE Vector shuffled(Vector v, const Shuffle<16>& t) { return wasm_i8x16_swizzle(v, table(t)); }
@@ -25,9 +29,6 @@ struct Simd128Lanes {
     static KRO_INLINE Lanes loadLanes(const int16_t* p) { return load(p); }
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) { return wasm_u16x8_load8x8(p); }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
-        wasm_v128_store64_lane(p, wasm_u8x16_narrow_i16x8(a, a), 0);
-    }
     static KRO_INLINE Lanes all(int32_t value) { return wasm_i16x8_splat(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return wasm_v128_and(v, wasm_i16x8_const_splat(0x00FF)); }
     static KRO_INLINE Lanes high(Vector v) { return wasm_u16x8_shr(v, 8); }
@@ -166,9 +167,6 @@ struct Simd128Dwords : Lanes32<Simd128Dwords> {
     static KRO_INLINE Lanes loadLanes(const int32_t* p) { return wasm_v128_load(p); }
     static KRO_INLINE void storeLanes(int32_t* p, Lanes a) { wasm_v128_store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) { return wasm_u32x4_load16x4(p); }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) { wasm_v128_store64_lane(p, packed(a, a), 0); }
-    static KRO_INLINE Lanes low(v128_t words) { return wasm_v128_and(words, wasm_i32x4_const_splat(0xFFFF)); }
-    static KRO_INLINE Lanes high(v128_t words) { return wasm_u32x4_shr(words, 16); }
     static KRO_INLINE v128_t joined(Lanes even, Lanes odd) { return wasm_v128_or(even, wasm_i32x4_shl(odd, 16)); }
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) { return wasm_i32x4_mul(a, b); }
     static KRO_INLINE Lanes least(Lanes a, Lanes b) { return wasm_i32x4_min(a, b); }

@@ -18,6 +18,10 @@ struct Ssse3Lanes {
 
     static KRO_INLINE Vector load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
     static KRO_INLINE void store(void* p, Vector v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+    static KRO_INLINE void storeHalves(void* first, void* second, Vector v) {
+        _mm_storel_epi64(static_cast<__m128i*>(first), v);
+        _mm_storeh_pd(static_cast<double*>(second), _mm_castsi128_pd(v));
+    }
     static KRO_INLINE Vector table(const Shuffle<16>& t) {
         return _mm_load_si128(reinterpret_cast<const __m128i*>(t.byte));
     }
@@ -27,9 +31,6 @@ struct Ssse3Lanes {
     static KRO_INLINE void storeLanes(int16_t* p, Lanes a) { store(p, a); }
     static KRO_INLINE Lanes loadLanes(const uint8_t* p) {
         return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
-    }
-    static KRO_INLINE void storeLanes(uint8_t* p, Lanes a) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a, a));
     }
     static KRO_INLINE Lanes all(int32_t value) { return _mm_set1_epi16(static_cast<int16_t>(value)); }
     static KRO_INLINE Lanes low(Vector v) { return _mm_and_si128(v, _mm_set1_epi16(0x00FF)); }
@@ -162,11 +163,6 @@ struct Ssse3Dwords : Lanes32<Ssse3Dwords> {
     static KRO_INLINE Lanes loadLanes(const uint16_t* p) {
         return firstHalf(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
     }
-    static KRO_INLINE void storeLanes(uint16_t* p, Lanes a) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), packed(a, a));
-    }
-    static KRO_INLINE Lanes low(__m128i words) { return _mm_and_si128(words, all(0xFFFF)); }
-    static KRO_INLINE Lanes high(__m128i words) { return _mm_srli_epi32(words, 16); }
     static KRO_INLINE __m128i joined(Lanes even, Lanes odd) { return _mm_or_si128(even, _mm_slli_epi32(odd, 16)); }
     // There is none of 32 bits: products of even lanes and of odd ones, of which the lower halves are taken.
     static KRO_INLINE Lanes mul(Lanes a, Lanes b) {

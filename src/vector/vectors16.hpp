@@ -30,6 +30,12 @@ struct Vectors16 : L {
         return L::load(in + offset[0]);
     }
 
+    // Even columns to the one place, odd ones to the other.
+    static KRO_INLINE void storeSites(S* even, S* odd, Vector v) {
+        static constexpr Shuffle<16> order = sitesApart<16, sizeof(S)>();
+        L::storeHalves(even, odd, L::shuffled(v, order));
+    }
+
     // Three channels to pixels. Bound by its nine shuffles: masks and rotations, which wider sets use, cost five
     // logic operations a store here.
     //     store 0  a0 b0 c0 a1 b1 c1 .. a5       store 1  b5 c5 a6 .. b10       store 2  c10 a11 b11 .. c15
