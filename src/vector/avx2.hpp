@@ -65,10 +65,12 @@ struct Avx2Lanes {
         return _mm256_sign_epi16(a, sub(first, second));
     }
     static KRO_INLINE Mask greater(Lanes a, Lanes b) { return _mm256_cmpgt_epi16(a, b); }
-    // By a mask in a register: the compiler would compare one that two selections share with 0 for them.
+    // Not by the compiler's own function, which it takes for a question about signs: it compares the mask with 0
+    // again, where two selections share it, too.
     static KRO_INLINE Lanes select(Mask m, Lanes yes, Lanes no) {
-        __asm__("" : "+x"(m));
-        return _mm256_blendv_epi8(no, yes, m);
+        Lanes chosen;
+        __asm__("vpblendvb %3, %2, %1, %0" : "=x"(chosen) : "x"(no), "xm"(yes), "x"(m));
+        return chosen;
     }
     static KRO_INLINE Lanes bitAnd(Lanes a, Lanes b) { return _mm256_and_si256(a, b); }
     static KRO_INLINE Lanes bitOr(Lanes a, Lanes b) { return _mm256_or_si256(a, b); }
