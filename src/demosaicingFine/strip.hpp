@@ -30,9 +30,10 @@ template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
 // Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some forty. On
-// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 3.1 cycles with AVX2 and 2 with AVX-512 (BGR8,
-// 1280x960; edge-directed .66 and .37). A block has 88 instructions of changes, 148 of models (140), 57 of pixels and
-// 18 of samples; a twelfth is spent on columns beside the strips.
+// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 2.8 cycles with AVX2 and 1.9 with AVX-512
+// (BGR8, 1280x960; edge-directed .6 and .37). A block has 88 instructions of changes, 148 of models, 52 of pixels and
+// 13 of samples; a twelfth is spent on columns beside the strips. A strip's row has eight blocks (AVX2) or four
+// (AVX-512); what stands around them takes as long as one.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
