@@ -131,8 +131,8 @@ private:
     }
     KRO_INLINE ptrdiff_t endOfBlocks(int32_t more) const { return (count_ + 1) / 2 + more; }
 
-    // Models of the step before, whose pixels are made, then samples and changes. What a pass reads some lanes beside
-    // those that another one has just stored would wait for the cache: pixels, or samples, stand between such two.
+    // Models of the step before, then samples and changes; pixels follow. What a pass reads some lanes beside those
+    // that another one has just stored would wait for the cache: samples, or pixels, stand between such two.
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void makePlanes(FineStrip& s, int32_t y) {
         const int32_t group = y >> 2;
@@ -178,8 +178,8 @@ private:
             }
         } while (--times > 0);
     }
-    // About the site at `own`, halfway between the one at `other` and the one before. All loads come first: a
-    // compiler that has to ask what overlaps takes three times as long.
+    // About the site at `own`, halfway between the one at `other` and the one before. All loads come first, or the
+    // compiler asks what overlaps in three times as many instructions.
     template <int outwards>
     static KRO_INLINE void mirrorAt(Sample* own, Sample* other) {
         Sample lanes[2][beside];
