@@ -30,10 +30,10 @@ template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
 // Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some forty. On
-// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 2.8 cycles with AVX2 and 1.9 with AVX-512
-// (BGR8, 1280x960; edge-directed .6 and .37). A block has 88 instructions of changes, 148 of models, 52 of pixels and
-// 13 of samples; a twelfth is spent on columns beside the strips. A strip's row has eight blocks (AVX2) or four
-// (AVX-512); what stands around them takes as long as one.
+// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 2.7 cycles with AVX2 and 1.85 with AVX-512
+// (BGR8, 1280x960; edge-directed .6 and .37). A block has 97 instructions of changes, which wait for their 18 stores,
+// 148 of models and 52 of pixels; a twelfth is spent on columns beside the strips. A strip's row has eight blocks
+// (AVX2) or four (AVX-512); what stands around them takes as long as one.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
@@ -54,17 +54,17 @@ public:
 
     // Steps are counted by the row whose bends across are made: the first one, the first one whose models count, and
     // how far behind it pixels are.
-    static constexpr int32_t stepsBefore = 10, modelsBefore = 6, rowsBehind = 9;
+    static constexpr int32_t stepsBefore = 12, modelsBefore = 6, rowsBehind = 9;
 
     FineStrip(const FrameJob& job, Columns columns)
         : job_(job),
           strip_(Strip::of(columns, job.width)),
           count_(strip_.made.end),
           seen_{strip_.first == 0 ? 0 : -reach, strip_.frame.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
-          inPlace_(readInPlace<Sample>(job.source) ? static_cast<const Sample*>(job.source.samples) + strip_.first
-                                                   : nullptr) {
-        load(job.rows.begin - stepsBefore);
-        load(job.rows.begin - stepsBefore + 1);
+          inPlace_(blocksInRow() && readInPlace<Sample>(job.source)
+                       ? static_cast<const Sample*>(job.source.samples) + strip_.first - reach
+                       : nullptr) {
+        fresh_ = freshSamples(job.rows.begin - stepsBefore + 2);
     }
 
     // After it the row `rowsBehind` above y can be made.
@@ -92,8 +92,9 @@ private:
     const FrameJob& job_;
     const Strip strip_;
     const int32_t count_;  // of columns
-    const Columns seen_;   // of which samples are read; what lies beyond is mirrored
+    const Columns seen_;   // of the frame, that pixels depend on; what lies beyond is mirrored
     const Sample* const inPlace_;
+    const Sample* fresh_;  // the row two below that of the next step, from `reach` columns before the strip on
     alignas(aligned) Sample prepared_[2 * next] = {};
     PlanesOf planes_;
 
@@ -102,14 +103,14 @@ private:
     template <int turn, bool colourOdd>
     struct Block {
         FineStrip* strip;
-        const Sample* groups[3];  // of samples, four rows each
+        Sample* groups[3];  // of samples, four rows each
         ptrdiff_t i;
 
         template <Plane plane>
         KRO_INLINE Number* row(int32_t k, int32_t part = 0) const {
             return strip->template row<plane>(turn + k) + part * next + i;
         }
-        KRO_INLINE const Sample* samples(int32_t k, bool odd) const {
+        KRO_INLINE Sample* samples(int32_t k, bool odd) const {
             return groups[(((turn + k) >> 2) + 3) % 3] + (2 * ((turn + k) & 3) + odd) * next + i;
         }
         KRO_INLINE const Sample* colours(int32_t k) const { return samples(k, colourOdd); }
@@ -131,8 +132,9 @@ private:
     }
     KRO_INLINE ptrdiff_t endOfBlocks(int32_t more) const { return (count_ + 1) / 2 + more; }
 
-    // Models of the step before, then samples and changes; pixels follow. What a pass reads some lanes beside those
-    // that another one has just stored would wait for the cache: samples, or pixels, stand between such two.
+    // Models of the step before, then changes; pixels follow. What a pass reads some lanes beside those that another
+    // one has just stored would wait for the cache: pixels stand between changes, or samples that are prepared, and
+    // what reads them.
     template <int turn, bool colourOdd>
     static KRO_OUTLINE void makePlanes(FineStrip& s, int32_t y) {
         const int32_t group = y >> 2;
@@ -140,83 +142,56 @@ private:
             models<(turn + 3) % period, !colourOdd>(s, turn == 0 ? group - 1 : group);
             s.wholeAtSides(y - 8);
         }
-        s.load(y + 2);
         changes<turn, colourOdd>(s, group);
+        s.fresh_ = s.freshSamples(y + 3);
     }
 
     // ---- samples ----
 
-    KRO_OUTLINE void load(int32_t y) {
+    // Whether all columns of the passes' blocks are columns of the frame.
+    bool blocksInRow() const {
+        const int32_t lanes = (count_ + 1) / 2 + 2 * beside;
+        const int32_t blocks = (lanes + lanesOfBlock - 1) / lanesOfBlock;
+        return strip_.first >= reach && blocks * V::columns - reach <= strip_.frame.end;
+    }
+    KRO_INLINE const Sample* freshSamples(int32_t y) {
         const int32_t frameRow = mirroredFar(y, job_.height);
-        Sample* const out = samples(y);
         if (inPlace_ != nullptr) {
-            const ptrdiff_t stride = job_.source.stride;
-            split(advanced(inPlace_, frameRow * stride), stride, seen_, out);
-        } else {
-            readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, prepared_);
-            split(prepared_ - seen_.begin, 0, seen_, out);
+            return advanced(inPlace_, frameRow * job_.source.stride);
         }
-        if (strip_.first == 0 || strip_.frame.end == count_) {
-            mirrorBeside(out);
+        prepare(frameRow);
+        return prepared_;
+    }
+    KRO_OUTLINE void prepare(int32_t frameRow) {
+        Sample* const row = prepared_ + reach;
+        readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, row + seen_.begin);
+        if (count_ <= reach) {
+            mirrorFar(row);
+            return;
+        }
+        if (strip_.first == 0) {
+            mirror<-1>(row);
+        }
+        if (strip_.frame.end == count_) {
+            mirror<1>(row + count_ - 1);
         }
     }
-    // Of a narrow frame what is mirrored at the one side is mirrored once more at the other: all is there after the
-    // third time.
-    KRO_INLINE void mirrorBeside(Sample* samples) const {
-        int times = count_ > reach ? 1 : 3;
-        do {
-            if (strip_.first == 0) {
-                mirrorAt<-1>(samples, samples + next);
-            }
-            if (strip_.frame.end == count_) {
-                Sample* const even = samples + ((count_ - 1) >> 1);
-                if (count_ % 2 == 0) {
-                    mirrorAt<1>(even + next, even + 1);
-                } else {
-                    mirrorAt<1>(even, even + next);
-                }
-            }
-        } while (--times > 0);
-    }
-    // About the site at `own`, halfway between the one at `other` and the one before. All loads come first, or the
-    // compiler asks what overlaps in three times as many instructions.
+    // What lies beyond an end. All loads come first, or the compiler asks what overlaps in three times as many
+    // instructions.
     template <int outwards>
-    static KRO_INLINE void mirrorAt(Sample* own, Sample* other) {
-        Sample lanes[2][beside];
-        for (int32_t k = 0; k < beside; ++k) {
-            lanes[0][k] = own[-outwards * (k + 1)];
-            lanes[1][k] = outwards > 0 ? other[-1 - k] : other[k];
+    static KRO_INLINE void mirror(Sample* end) {
+        Sample columns[reach];
+        for (int32_t k = 0; k < reach; ++k) {
+            columns[k] = end[-outwards * (k + 1)];
         }
-        for (int32_t k = 0; k < beside; ++k) {
-            own[outwards * (k + 1)] = lanes[0][k];
-            (outwards > 0 ? other[k] : other[-1 - k]) = lanes[1][k];
+        for (int32_t k = 0; k < reach; ++k) {
+            end[outwards * (k + 1)] = columns[k];
         }
     }
-    // In blocks of the passes' columns, which so find whole what was stored just before. The next row is `below`
-    // bytes away.
-    static KRO_INLINE void split(const Sample* in, ptrdiff_t below, Columns seen, Sample* samples) {
-        const auto block = [&](int32_t x) KRO_INLINE_LAMBDA {
-            expectAway<V>(in + x, below);
-            V::storeSites(samples + (x >> 1), samples + next + (x >> 1), V::load(in + x));
-        };
-        const auto pair = [&](int32_t x) KRO_INLINE_LAMBDA {
-            samples[x >> 1] = in[x];
-            samples[next + (x >> 1)] = in[x + 1];
-        };
-        int32_t x = seen.begin;
-        for (; x + V::columns <= seen.end; x += V::columns) {
-            block(x);
-        }
-        expectAway<V>(in + seen.end - 1, below);  // blocks have asked for all lines but perhaps the last
-        if (x + 2 < seen.end && seen.end - seen.begin >= V::columns) {
-            x = seen.end & ~1;
-            block(x - V::columns);
-        }
-        for (; x + 1 < seen.end; x += 2) {
-            pair(x);
-        }
-        if (x < seen.end) {
-            samples[x >> 1] = in[x];
+    KRO_RARE void mirrorFar(Sample* row) const {
+        for (int32_t k = 1; k <= reach; ++k) {
+            row[-k] = row[mirroredFar(-k, count_)];
+            row[count_ - 1 + k] = row[mirroredFar(count_ - 1 + k, count_)];
         }
     }
 
@@ -257,11 +232,17 @@ private:
         return twice(L::sub(L::add(before, after), here));
     }
 
-    // Bends down of the row below y and across of row y; with them variations of the row above are complete, and sums
-    // down of the row two further up.
+    // Samples of the row two below y, bends down of the row below y and across of row y; with them variations of the
+    // row above are complete, and sums down of the row two further up.
     template <int turn, bool colourOdd>
     static KRO_INLINE void changes(FineStrip& s, int32_t group) {
-        s.eachBlock<turn, colourOdd>(group, beside, [](const auto& block) KRO_INLINE_LAMBDA {
+        const Sample* const fresh = s.fresh_;
+        const ptrdiff_t below = s.inPlace_ != nullptr ? s.job_.source.stride : 0;
+        expectAway<V>(fresh + reach + s.seen_.end - 1, below);  // blocks ask for all lines but perhaps the last
+        s.eachBlock<turn, colourOdd>(group, beside, [=](const auto& block) KRO_INLINE_LAMBDA {
+            const Sample* const in = fresh + 2 * (block.i + beside);
+            expectAway<V>(in, below);
+            V::storeSites(block.samples(2, false), block.samples(2, true), V::load(in));
             const Column colour = columnOf(block, colourOdd), green = columnOf(block, !colourOdd);
             variationsAcross(block);
             bendsAcross(block, green.here, colour.here);
