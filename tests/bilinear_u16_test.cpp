@@ -81,8 +81,9 @@ constexpr int tops[] = {65535, 16383, 8191, 4095, 255};
 
 class BilinearU16 : public testing::Test {
 protected:
-    guard::Buffer source{80 * 2000 * 2};
-    Destination destination{80 * 2000 * 6};
+    static constexpr Size uncached{180, 8000};  // its picture is larger than 8 MiB
+    guard::Buffer source{uncached.height * uncached.width * 2};
+    Destination destination{uncached.height * uncached.width * 6};
 
     const uint16_t* hold(const Mosaic& m, int parity = 0) {
         return source.hold(regions::wordsOf(m), guard::bothPlacements[parity % 2]);
@@ -132,6 +133,9 @@ TEST_F(BilinearU16, DriversLargeSizes) {
         checkDrivers(size, Content::noise, 8191, 4);
     }
 }
+
+// Which AVX-512 leaves to AVX2.
+TEST_F(BilinearU16, DriversOfPicturesThatNoCacheHolds) { checkDrivers(uncached, Content::noise, 65535, 5); }
 
 TEST_F(BilinearU16, RegionRoutinesWriteTheirRectangleAndNothingElse) {
     for (Size size : smallSizes()) {

@@ -102,10 +102,16 @@ struct BilinearWrapping : Rectangle<S, uint16_t, kind, WrappingFamily> {
 };
 
 template <class S, Output kind>
-struct BilinearExact {
+struct BilinearWords {
     static void frame(const FrameJob& job) {
         if (madeByNarrowerSet<S, uint16_t>(KRO_BILINEAR, kind, job)) {
             return;
+        }
+        if constexpr (kind == Output::bgr || kind == Output::planar) {
+            if (job.wraps) {
+                BilinearWrapping<S, kind>::frame(job);
+                return;
+            }
         }
         job.source.bits <= 14 ? Rectangle<S, uint16_t, kind, BilinearFamily<UnsignedMeans>>::frame(job, {})
                               : Rectangle<S, uint16_t, kind, BilinearFamily<ExactMeans>>::frame(job, {});

@@ -157,14 +157,20 @@ private:
 
 // ---- 16 bits ----
 
+template <class S, Output kind>
+KRO_INLINE int32_t wrappingFrame(FrameJob job) {
+    job.wraps = true;
+    BilinearWords<S, kind>::frame(job);
+    return 0;
+}
+
 // What the five exported regions do, for both forms of output: arguments to jobs.
 template <class S>
 struct Bilinear16Entries {
     using Family = BilinearWrapping<S, Output::bgr>;
 
     static int32_t frame(const uint16_t* source, int32_t height, int32_t width, uint16_t* destination) {
-        Family::frame(job(source, destination, height, width, 0));
-        return 0;
+        return wrappingFrame<S, Output::bgr>(job(source, destination, height, width, 0));
     }
     static void firstRows(const uint16_t* source, uint16_t* destination, int32_t width, uint32_t order) {
         Family::exactly(job(source, destination, anyHeight, width, order), {0, 1}, {0, width});
@@ -201,8 +207,7 @@ struct Bilinear16PlanarEntries {
 
     static int32_t frame(const uint16_t* source, int32_t height, int32_t width, uint16_t* blue, uint16_t* green,
                          uint16_t* red) {
-        Family::frame(job(source, blue, green, red, height, width));
-        return 0;
+        return wrappingFrame<S, Output::planar>(job(source, blue, green, red, height, width));
     }
     static void firstRows(const uint16_t* source, uint16_t* blue, uint16_t* green, uint16_t* red, int32_t width) {
         Family::exactly(job(source, blue, green, red, anyHeight, width), {0, 1}, {0, width});

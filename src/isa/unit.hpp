@@ -29,7 +29,7 @@ constexpr Kernels kernelsOf(const char* name) {
 #undef KRO_KERNEL
         {KRO_KINDS(Nearest, S, uint8_t), KRO_KINDS(Bilinear, S), KRO_KINDS(Edge, S, uint8_t),
          KRO_KINDS(Fine, S, uint8_t)},
-        {KRO_KINDS(Nearest, S, uint16_t), KRO_KINDS(BilinearExact, S), KRO_KINDS(Edge, S, uint16_t),
+        {KRO_KINDS(Nearest, S, uint16_t), KRO_KINDS(BilinearWords, S), KRO_KINDS(Edge, S, uint16_t),
          KRO_KINDS(Fine, S, uint16_t)},
         KRO_KINDS(Grey, S, uint8_t),
         KRO_KINDS(Grey, S, uint16_t),

@@ -101,6 +101,7 @@ struct FrameJob {
     Target target;
     RowSpan rows;  // those to make
     int32_t top;   // 16 bits: interpolated samples end here
+    bool wraps;    // bilinear of 16 bits: sums do, as those of kro.h
 };
 
 namespace {
@@ -111,7 +112,7 @@ constexpr int64_t largePicture = int64_t{8} << 20;
 constexpr FrameJob frameJob(const Source& source, int32_t height, int32_t width, Phase phase, const Target& target,
                             RowSpan rows, int32_t top) {
     const ptrdiff_t apart = target.stride[0];
-    FrameJob job{source, height, width, phase, target, rows, top};
+    FrameJob job{source, height, width, phase, target, rows, top, false};
     job.target.ahead = int64_t{apart < 0 ? -apart : apart} * height >= largePicture ? apart : 0;
     return job;
 }
