@@ -81,7 +81,7 @@ constexpr int tops[] = {65535, 16383, 8191, 4095, 255};
 
 class BilinearU16 : public testing::Test {
 protected:
-    static constexpr Size uncached{180, 8000};  // its picture is larger than 8 MiB
+    static constexpr Size uncached{300, 8000};  // its picture is larger than 13 MiB
     guard::Buffer source{uncached.height * uncached.width * 2};
     Destination destination{uncached.height * uncached.width * 6};
 
