@@ -80,10 +80,13 @@ KroCoverage callPlanar(const kro::Kernels& t, Region region, const uint16_t* fro
 constexpr int tops[] = {65535, 16383, 8191, 4095, 255};
 
 class BilinearU16 : public testing::Test {
+    explicit BilinearU16(size_t samples) : source(samples * 2), destination(samples * 6) {}
+
 protected:
-    static constexpr Size uncached{300, 8000};  // its picture is larger than 13 MiB
-    guard::Buffer source{uncached.height * uncached.width * 2};
-    Destination destination{uncached.height * uncached.width * 6};
+    guard::Buffer source;
+    Destination destination;
+
+    explicit BilinearU16(Size most = {80, 2000}) : BilinearU16(static_cast<size_t>(most.height * most.width)) {}
 
     const uint16_t* hold(const Mosaic& m, int parity = 0) {
         return source.hold(regions::wordsOf(m), guard::bothPlacements[parity % 2]);
@@ -134,8 +137,13 @@ TEST_F(BilinearU16, DriversLargeSizes) {
     }
 }
 
-// Which AVX-512 leaves to AVX2.
-TEST_F(BilinearU16, DriversOfPicturesThatNoCacheHolds) { checkDrivers(uncached, Content::noise, 65535, 5); }
+// Pictures of more than 13 MiB, which AVX-512 leaves to AVX2.
+class BilinearU16Uncached : public BilinearU16 {
+protected:
+    static constexpr Size size{300, 8000};
+    BilinearU16Uncached() : BilinearU16(size) {}
+};
+TEST_F(BilinearU16Uncached, Drivers) { checkDrivers(size, Content::noise, 65535, 5); }
 
 TEST_F(BilinearU16, RegionRoutinesWriteTheirRectangleAndNothingElse) {
     for (Size size : smallSizes()) {

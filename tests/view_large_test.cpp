@@ -61,7 +61,7 @@ private:
 // One conversion to distant rows, upside down every other time.
 class LargePictures : public testing::TestWithParam<Kind> {
 protected:
-    static constexpr int mostRows = 9;
+    static constexpr int mostRows = 13;
 
     void check(Size size, uint32_t turn) {
         const reference::InputFormat& format = GetParam().formatOfTurn(turn);
@@ -114,7 +114,7 @@ INSTANTIATE_TEST_SUITE_P(Every, LargePictures, testing::ValuesIn(allKinds()), ki
 TEST_P(LargePictures, SmallSizesFarApart) {
     uint32_t turn = static_cast<uint32_t>(GetParam().phase) * 3;
     for (const Size size : {Size{4, 4}, Size{5, 31}, Size{4, 66}, Size{7, 97}, Size{6, 130}, Size{8, 197},
-                            Size{9, 256}, Size{4, 333}}) {
+                            Size{9, 256}, Size{4, 333}, Size{13, 177}}) {
         if (reducedRun && size.width % 3 != 0) {
             continue;
         }

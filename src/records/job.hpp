@@ -109,11 +109,15 @@ namespace {
 // third.
 constexpr int64_t largePicture = int64_t{8} << 20;
 
+// Of the picture, of planar output one plane.
+constexpr int64_t pictureBytes(const Target& target, int32_t height) {
+    const int64_t apart = target.stride[0];
+    return (apart < 0 ? -apart : apart) * height;
+}
 constexpr FrameJob frameJob(const Source& source, int32_t height, int32_t width, Phase phase, const Target& target,
                             RowSpan rows, int32_t top) {
-    const ptrdiff_t apart = target.stride[0];
     FrameJob job{source, height, width, phase, target, rows, top, false};
-    job.target.ahead = int64_t{apart < 0 ? -apart : apart} * height >= largePicture ? apart : 0;
+    job.target.ahead = pictureBytes(target, height) >= largePicture ? target.stride[0] : 0;
     return job;
 }
 }  // namespace

@@ -14,17 +14,19 @@ void makeByNarrowerSet(int32_t vectorBytes, bool words, int32_t algorithm, Outpu
 namespace {
 
 // Whether a large picture waits for its stores rather than for arithmetic. Stores of whole lines that are not in the
-// nearest cache take Zen 5 longer than those of half a line. Read in place, beside AVX-512 with VBMI, AVX2 makes 12
-// Mpixel to BGR8 1 to 1.05 (nearest), 1.3 to 1.4 (bilinear) and 1.05 to 1.15 times as fast (edge-directed), to BGRa8
-// 1.2, 1.2 and 1.1 to 1.3, 16 bits to 1.45; 5 Mpixel .92 to 1.6. With a cache of 32 MiB behind, pictures of 15 MB
-// gain or are level, those of 9 to 12.6 MB would lose: .62 to .95 where they are made again and again, .75 to .87
-// where others were in between. (Each store cut in two gains as much, but loses 5 to 15 % within the caches.)
-// Unpacking, grey, 32-bit lanes and fine are work that takes longer than stores.
+// nearest cache take Zen 5 longer than those of half a line. Beside AVX-512 with VBMI, AVX2 makes 12 Mpixel to BGR8 1
+// to 1.05 (nearest), 1.3 to 1.4 (bilinear) and 1.05 to 1.15 times as fast (edge-directed), to BGRa8 1.2, 1.2 and 1.1
+// to 1.3, 16 bits to 1.45, unpacked or limited samples 1.04 to 1.3; 5 Mpixel .92 to 1.6, of 12 bits to BGR16 1.2,
+// unpacked to BGR8 .8 to 1.15. With a cache of 32 MiB behind, pictures of 15 MB gain or are level, those of 9 to 12.6
+// MB would lose: .62 to .95 where they are made again and again, .75 to .87 where others were in between. (Each store
+// cut in two gains as much, but loses 5 to 15 % within the caches.) Grey, 32-bit lanes and fine are work that takes
+// longer than stores.
+template <class Sample>
 KRO_INLINE bool waitsForStores(int32_t algorithm, Output kind, const FrameJob& job) {
-    constexpr int64_t uncached = int64_t{13} << 20;
-    const int64_t apart = job.target.ahead < 0 ? -job.target.ahead : job.target.ahead;
-    return apart * job.height >= uncached / (kind == Output::planar ? 3 : 1) && kind != Output::mono &&
-           algorithm != KRO_FINE && (algorithm != KRO_EDGE || job.source.bits <= 12);
+    const int64_t mebibytes = readInPlace<Sample>(job.source) ? 13 : 24;
+    const int64_t uncached = kind == Output::planar ? largePicture : mebibytes << 20;
+    return pictureBytes(job.target, job.height) >= uncached && kind != Output::mono && algorithm != KRO_FINE &&
+           (algorithm != KRO_EDGE || job.source.bits <= 12);
 }
 
 // False where the set in hand is to make the frame.
@@ -35,8 +37,8 @@ KRO_INLINE bool madeByNarrowerSet(int32_t algorithm, Output kind, const FrameJob
         return false;
     }
     const bool fills = job.width >= columns;
-    const bool wholeLines = bytes == 64 && readInPlace<Sample>(job.source);
-    if (fills && !(wholeLines && waitsForStores(algorithm, kind, job))) {
+    constexpr bool wholeLines = bytes == 64;
+    if (fills && !(wholeLines && waitsForStores<Sample>(algorithm, kind, job))) {
         return false;
     }
     makeByNarrowerSet(bytes, sizeof(Sample) == 2, algorithm, kind, job);
