@@ -104,31 +104,52 @@ struct UnitColours {
 
     // The lower row may be missing: it is then written where the upper one follows.
     static KRO_INLINE void rows(const ColourRow& to, bool lowerToo, const FoldedColours<Number>& unit, int32_t top) {
-        const auto make = functionFor<kind>(to.target, to.phase,
-                                            [](auto colourOdd, auto ownFirst) { return two<colourOdd, ownFirst>; });
-        make(to, lowerToo ? to.y + 1 : to.y, unit, top);
+        const int32_t lowerRow = lowerToo ? to.y + 1 : to.y;
+        if (fillsBlock<V>(to.strip.made)) {
+            part<true>(to, lowerRow, unit, top);
+        }
+        if (leavesPairs<V>(to.strip.made)) {
+            part<false>(to, lowerRow, unit, top);
+        }
+        if (lowerToo) {
+            finishRow<kind, V>(lowerTarget(to, lowerRow), to.strip.made);
+        }
+        finishRow<kind, V>(upperTarget(to), to.strip.made);
     }
 
 private:
-    template <bool colourOdd, bool ownFirst>
+    using V = typename S::Words;
+
+    static KRO_INLINE auto upperTarget(const ColourRow& to) {
+        return rowTarget<kind, uint16_t>(to.target, to.phase, to.y, to.strip.first);
+    }
+    static KRO_INLINE auto lowerTarget(const ColourRow& to, int32_t lowerRow) {
+        return rowTarget<kind, uint16_t>(to.target, phaseOfRow(to.phase, 1), lowerRow, to.strip.first);
+    }
+    template <bool inBlocks>
+    static KRO_INLINE void part(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit,
+                                int32_t top) {
+        const auto make = functionFor<kind>(
+            to.target, to.phase, [](auto colourOdd, auto ownFirst) { return two<colourOdd, ownFirst, inBlocks>; });
+        make(to, lowerRow, unit, top);
+    }
+    template <bool colourOdd, bool ownFirst, bool inBlocks>
     static KRO_OUTLINE void two(const ColourRow& to, int32_t lowerRow, const FoldedColours<Number>& unit,
                                 int32_t top) {
         constexpr bool otherFirst = ordered && !ownFirst;
-        const auto upper = rowTarget<kind, uint16_t>(to.target, to.phase, to.y, to.strip.first);
-        const auto lower = rowTarget<kind, uint16_t>(to.target, phaseOfRow(to.phase, 1), lowerRow, to.strip.first);
+        const auto upper = upperTarget(to), lower = lowerTarget(to, lowerRow);
         const FoldedColours<Number> in = unit;
-        const RowsAhead<kind, typename S::Words> pieces(upper, to.target.ahead, 2);
         const auto make = [=](auto block) KRO_INLINE_LAMBDA {
             using L = WordLanes<S, decltype(block), sizeof(Number) == 4>;
             const auto pixels = FoldedNeighbours<L, decltype(block), colourOdd>(in, block.x, L::all(top)).pixels();
             put<kind, otherFirst>(lower, block, pixels.lower);
             put<kind, ownFirst>(upper, block, pixels.upper);
         };
-        eachWholeBlock<typename S::Words>(to.strip.made, make, pieces);
-        if (lowerRow != to.y) {
-            finishRow<kind, typename S::Words>(lower, to.strip.made);
+        if constexpr (inBlocks) {
+            eachWholeBlock<V>(to.strip.made, make, RowsAhead<kind, V>(upper, to.target.ahead, 2));
+        } else {
+            eachPairLeft<V>(to.strip.made, make);
         }
-        finishRow<kind, typename S::Words>(upper, to.strip.made);
     }
 };
 

@@ -30,10 +30,11 @@ template <bool colourOdd>
 constexpr int32_t eastern = colourOdd ? 1 : 0;
 
 // Bound by the number of operations, and by how long they wait for each other: `model` ends a chain of some forty. On
-// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 2.7 cycles with AVX2 and 1.85 with AVX-512
-// (BGR8, 1280x960; edge-directed .6 and .37). A block has 97 instructions of changes, which wait for their 18 stores,
-// 148 of models and 52 of pixels; a twelfth is spent on columns beside the strips. A strip's row has eight blocks
-// (AVX2) or four (AVX-512); what stands around them takes as long as one.
+// an AMD Zen 5 server core, whose adds take two cycles, a pixel takes 2.6 cycles with AVX2 and 1.75 with AVX-512
+// (BGR8, 1280x960; edge-directed .57 and .35). A block has 97 instructions of changes, which wait for their 18
+// stores, 148 of models, whose loads (14 of 46 across lines with AVX-512) take nearly as long, and 50 of pixels; a
+// twelfth is spent on columns beside the strips. A strip's row has eight blocks (AVX2) or four (AVX-512); what stands
+// around them takes as long as most of one.
 template <class S, class Sample>
 class FineStrip {
     using V = BackEnd<S, Sample>;
@@ -63,17 +64,15 @@ public:
           seen_{strip_.first == 0 ? 0 : -reach, strip_.frame.end == count_ ? count_ : ((count_ + 1) & ~1) + reach},
           inPlace_(blocksInRow() && readInPlace<Sample>(job.source)
                        ? static_cast<const Sample*>(job.source.samples) + strip_.first - reach
-                       : nullptr) {
+                       : nullptr),
+          passes_(passesOf(colourIsOdd(1))) {
         fresh_ = freshSamples(job.rows.begin - stepsBefore + 2);
     }
 
     // After it the row `rowsBehind` above y can be made.
     KRO_INLINE void step(int32_t y) {
-        using Passes = void (*)(FineStrip & s, int32_t y);
-        static constexpr Passes passes[2][period] = {
-            {makePlanes<0, false>, makePlanes<1, false>, makePlanes<2, false>, makePlanes<3, false>},
-            {makePlanes<0, true>, makePlanes<1, true>, makePlanes<2, true>, makePlanes<3, true>}};
-        passes[colourIsOdd(y - 1)][y & (period - 1)](*this, y);
+        passes_[y & (period - 1)](*this, y);
+        fresh_ = freshSamples(y + 3);
     }
 
     bool colourIsOdd(int32_t y) const { return phaseOfRow(job_.phase, y).greenFirst; }
@@ -86,6 +85,9 @@ public:
     KRO_INLINE Sample* samples(int32_t y) { return planes_.samples(y) + beside; }
 
 private:
+    // How far ahead samples are asked for: a strip has a row done before memory answers (Zen 5, beside one row: 12
+    // Mpixel AVX-512 1.1, AVX2 1.03, smaller ones 1 to 1.03).
+    static constexpr int32_t rowsBelow = 3;
     // Sums lie where the row's estimates are put one step later.
     static constexpr Plane sumsDown = Plane::estimatesDown;
 
@@ -94,7 +96,9 @@ private:
     const int32_t count_;  // of columns
     const Columns seen_;   // of the frame, that pixels depend on; what lies beyond is mirrored
     const Sample* const inPlace_;
-    const Sample* fresh_;  // the row two below that of the next step, from `reach` columns before the strip on
+    using Passes = void (*)(FineStrip& s, int32_t y);
+    const Passes* const passes_;  // of rows modulo four
+    const Sample* fresh_;         // the row two below that of the next step, from `reach` columns before the strip on
     alignas(aligned) Sample prepared_[2 * next] = {};
     PlanesOf planes_;
 
@@ -132,6 +136,13 @@ private:
     }
     KRO_INLINE ptrdiff_t endOfBlocks(int32_t more) const { return (count_ + 1) / 2 + more; }
 
+    // `colourOdd`: of odd rows, which are those one, three, five above an even one.
+    static KRO_INLINE const Passes* passesOf(bool colourOdd) {
+        static constexpr Passes passes[2][period] = {
+            {makePlanes<0, false>, makePlanes<1, true>, makePlanes<2, false>, makePlanes<3, true>},
+            {makePlanes<0, true>, makePlanes<1, false>, makePlanes<2, true>, makePlanes<3, false>}};
+        return passes[colourOdd];
+    }
     // Models of the step before, then changes; pixels follow. What a pass reads some lanes beside those that another
     // one has just stored would wait for the cache: pixels stand between changes, or samples that are prepared, and
     // what reads them.
@@ -143,7 +154,6 @@ private:
             s.wholeAtSides(y - 8);
         }
         changes<turn, colourOdd>(s, group);
-        s.fresh_ = s.freshSamples(y + 3);
     }
 
     // ---- samples ----
@@ -164,7 +174,8 @@ private:
     }
     KRO_OUTLINE void prepare(int32_t frameRow) {
         Sample* const row = prepared_ + reach;
-        readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, row + seen_.begin);
+        readRun<S>(job_, frameRow, {strip_.first + seen_.begin, strip_.first + seen_.end}, row + seen_.begin,
+                   rowsBelow);
         if (count_ <= reach) {
             mirrorFar(row);
             return;
@@ -237,8 +248,9 @@ private:
     template <int turn, bool colourOdd>
     static KRO_INLINE void changes(FineStrip& s, int32_t group) {
         const Sample* const fresh = s.fresh_;
-        const ptrdiff_t below = s.inPlace_ != nullptr ? s.job_.source.stride : 0;
-        expectAway<V>(fresh + reach + s.seen_.end - 1, below);  // blocks ask for all lines but perhaps the last
+        const ptrdiff_t below = s.inPlace_ != nullptr ? rowsBelow * s.job_.source.stride : 0;
+        // Blocks ask for all lines but perhaps the last.
+        expectAway<V>(fresh + reach + s.seen_.end - 1, below);
         s.eachBlock<turn, colourOdd>(group, beside, [=](const auto& block) KRO_INLINE_LAMBDA {
             const Sample* const in = fresh + 2 * (block.i + beside);
             expectAway<V>(in, below);

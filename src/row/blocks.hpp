@@ -155,30 +155,40 @@ struct InBlocks {
     }
 };
 
-// Calls out of line take formulas by value: what a formula holds is then put into memory where such a call is made,
-// and stays in registers otherwise.
-template <class V, class Formula>
-KRO_OUTLINE void oddColumn(int32_t column, Columns frame, Formula formula) {
-    formula(PairBlock<PairOf<V>>{column & ~1, frame, column % 2 == 0, column % 2 != 0});
+// ---- formulas that look at nothing beside them, from an even column on ----
+//
+// Whole blocks, of which the last overlaps, and pairs of columns for what they leave: the last column of an odd
+// width, or a row narrower than a block.
+template <class V>
+KRO_INLINE bool fillsBlock(Columns made) {
+    return (made.end & ~1) - made.begin >= V::columns;
 }
-template <class V, class Formula>
-KRO_RARE void fewPairs(Columns made, Columns frame, Formula formula) {
-    InPairs::each<V, 0>(made, frame, {}, formula);
+template <class V>
+KRO_INLINE bool leavesPairs(Columns made) {
+    return made.end % 2 != 0 || !fillsBlock<V>(made);
 }
-// Blocks of formulas that look at nothing beside them, from an even column on, and pairs for what is left.
+// Of a row that fills a block. (With the last block in code of its own, AVX-512 makes 16-bit edge-directed pictures
+// of 2 and 12 Mpixel .82 to .95 times as fast.)
 template <class V, class Formula, class Pieces>
 KRO_INLINE void eachWholeBlock(Columns made, const Formula& formula, const Pieces& pieces) {
-    const int32_t end = made.end & ~1;
-    if (end - made.begin < V::columns) {
-        fewPairs<V>(made, {}, formula);
-        return;
+    const int32_t last = (made.end & ~1) - V::columns;
+    int32_t x = made.begin;
+    for (;;) {
+        const int32_t end = pieces.begin(x, last);
+        for (bool over = false; !over;) {
+            formula(InnerBlock<V>{x});
+            if (x >= last) {
+                return;
+            }
+            over = x >= end;
+            x = x + V::columns < last ? x + V::columns : last;
+        }
     }
-    const int32_t last = end - V::columns;
-    eachOf<V>(made.begin, end - 1, pieces,
-              [&](int32_t x) KRO_INLINE_LAMBDA { formula(InnerBlock<V>{V::columns == 2 || x < last ? x : last}); });
-    if (end < made.end) {
-        oddColumn<V>(end, {}, formula);
-    }
+}
+template <class V, class Formula>
+KRO_INLINE void eachPairLeft(Columns made, const Formula& formula) {
+    const int32_t begin = fillsBlock<V>(made) ? made.end & ~1 : made.begin;
+    InPairs::each<V, 0>({begin, made.end}, {}, {}, formula);
 }
 template <int reach>
 KRO_INLINE constexpr Columns innerColumns(Columns frame) {
